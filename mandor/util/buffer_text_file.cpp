@@ -1,0 +1,102 @@
+#include "mandor/util/buffer_text_file.h"
+
+#include <utility>
+
+#include "mandor/util/cp1252.h"
+#include "mandor/util/error.h"
+
+namespace mandor {
+
+namespace {
+
+[[noreturn]] void ThrowClosed() { ThrowError(kBadFileNameOrNumber, "Bad file name or number"); }
+
+}  // namespace
+
+std::vector<std::string> DecodeTextLines(std::string_view bytes) {
+  std::vector<std::string> lines;
+  size_t start = 0;
+  while (start < bytes.size()) {
+    const size_t lf = bytes.find('\n', start);
+    if (lf == std::string_view::npos) {
+      lines.push_back(Windows1252ToUtf8(bytes.substr(start)));  // last line, no line end
+      break;
+    }
+    size_t end = lf;
+    if (end > start && bytes[end - 1] == '\r') --end;
+    lines.push_back(Windows1252ToUtf8(bytes.substr(start, end - start)));
+    start = lf + 1;
+  }
+  return lines;
+}
+
+std::string EncodeTextLine(std::string_view utf8) {
+  std::string out = Utf8ToWindows1252(utf8);
+  out += "\r\n";
+  return out;
+}
+
+// --- BufferTextFile ---
+
+BufferTextFile::BufferTextFile(std::string_view bytes, std::function<void()> on_close)
+    : lines_(DecodeTextLines(bytes)), on_close_(std::move(on_close)) {}
+
+BufferTextFile::~BufferTextFile() { Close(); }
+
+std::string BufferTextFile::ReadLine() {
+  if (closed_) ThrowClosed();
+  if (next_ >= lines_.size()) ThrowError(kInputPastEndOfFile);
+  return lines_[next_++];
+}
+
+bool BufferTextFile::AtEnd() const { return closed_ || next_ >= lines_.size(); }
+
+void BufferTextFile::WriteLine(std::string_view) {
+  if (closed_) ThrowClosed();
+  ThrowError(kBadFileMode);
+}
+
+void BufferTextFile::Rewind() {
+  if (closed_) ThrowClosed();
+  next_ = 0;
+}
+
+void BufferTextFile::Close() {
+  if (closed_) return;
+  closed_ = true;
+  lines_.clear();
+  if (on_close_) on_close_();
+}
+
+// --- OutputTextFile ---
+
+std::string OutputTextFile::ReadLine() {
+  if (closed_) ThrowClosed();
+  ThrowError(kBadFileMode);
+}
+
+void OutputTextFile::WriteLine(std::string_view text) {
+  if (closed_) ThrowClosed();
+  WriteBytes(EncodeTextLine(text));
+}
+
+void OutputTextFile::Rewind() {
+  if (closed_) ThrowClosed();
+  ThrowError(kBadFileMode);
+}
+
+void OutputTextFile::Close() {
+  if (closed_) return;
+  closed_ = true;
+  CloseBytes();
+}
+
+void OutputTextFile::CloseQuietly() noexcept {
+  try {
+    Close();
+  } catch (...) {
+    // A destructor cannot report a failure; Close() is the place to see it.
+  }
+}
+
+}  // namespace mandor

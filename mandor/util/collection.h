@@ -1,0 +1,131 @@
+// Collection<T> is the keyed collection every set of objects in the model
+// lives in (a document's pages, fields and rulers, a page's fields, the
+// currency table, a catalogue's documents). It is an ordered sequence of
+// shared pointers indexed from 1; each member may be stored under a unique
+// string key, and keys compare without regard to case ("Page_1" and "PAGE_1",
+// "É" and "é" are one key).
+//
+// Errors follow the classic automation collection:
+//   - Add with a key already present: Error 457;
+//   - Item/Remove with an index outside 1..Count: Error 9 (subscript out of range);
+//   - Item/Remove/insertion relative to a key that is not present: Error 5
+//     (invalid procedure call or argument).
+//
+// Key look-up is a hash look-up; appending is amortised O(1); inserting or
+// removing in the middle shifts the sequence (O(n)).
+#ifndef MANDOR_UTIL_COLLECTION_H_
+#define MANDOR_UTIL_COLLECTION_H_
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "mandor/util/error.h"
+#include "mandor/util/text.h"
+
+namespace mandor {
+
+template <class T>
+class Collection {
+ public:
+  using Ptr = std::shared_ptr<T>;
+  using const_iterator = typename std::vector<Ptr>::const_iterator;
+
+  long Count() const { return static_cast<long>(items_.size()); }
+  bool Empty() const { return items_.empty(); }
+
+  // The member at 1-based position index.
+  const Ptr& Item(long index) const { return items_[Position(index)]; }
+  // The member stored under key.
+  const Ptr& Item(std::string_view key) const {
+    auto it = by_key_.find(FoldCase(key));
+    if (it == by_key_.end()) ThrowMissingKey(key);
+    return it->second;
+  }
+
+  bool Contains(std::string_view key) const {
+    return !key.empty() && by_key_.count(FoldCase(key)) != 0;
+  }
+
+  // The key of the member at 1-based position index ("" when it has none).
+  const std::string& Key(long index) const { return keys_[Position(index)]; }
+
+  // Appends item, under key unless key is empty.
+  void Add(Ptr item, std::string_view key = {}) { InsertAt(items_.size(), std::move(item), key); }
+
+  // Inserts item before / after the member at 1-based position `index`.
+  void AddBefore(Ptr item, std::string_view key, long index) {
+    InsertAt(Position(index), std::move(item), key);
+  }
+  void AddAfter(Ptr item, std::string_view key, long index) {
+    InsertAt(Position(index) + 1, std::move(item), key);
+  }
+  // Inserts item before / after the member stored under `existing_key`.
+  void AddBefore(Ptr item, std::string_view key, std::string_view existing_key) {
+    InsertAt(PositionOfKey(existing_key), std::move(item), key);
+  }
+  void AddAfter(Ptr item, std::string_view key, std::string_view existing_key) {
+    InsertAt(PositionOfKey(existing_key) + 1, std::move(item), key);
+  }
+
+  void Remove(long index) { EraseAt(Position(index)); }
+  void Remove(std::string_view key) { EraseAt(PositionOfKey(key)); }
+
+  void Clear() {
+    items_.clear();
+    keys_.clear();
+    folded_keys_.clear();
+    by_key_.clear();
+  }
+
+  const_iterator begin() const { return items_.begin(); }
+  const_iterator end() const { return items_.end(); }
+
+ private:
+  size_t Position(long index) const {
+    if (index < 1 || index > Count()) ThrowError(kSubscriptOutOfRange);
+    return static_cast<size_t>(index - 1);
+  }
+
+  size_t PositionOfKey(std::string_view key) const {
+    std::string folded = FoldCase(key);
+    if (!key.empty() && by_key_.count(folded) != 0) {
+      for (size_t i = 0; i < folded_keys_.size(); ++i) {
+        if (folded_keys_[i] == folded) return i;
+      }
+    }
+    ThrowMissingKey(key);
+  }
+
+  void InsertAt(size_t pos, Ptr item, std::string_view key) {
+    std::string folded = key.empty() ? std::string() : FoldCase(key);
+    if (!key.empty() && !by_key_.emplace(folded, item).second) ThrowError(kDuplicateKey);
+    items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(item));
+    keys_.insert(keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::string(key));
+    folded_keys_.insert(folded_keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(folded));
+  }
+
+  void EraseAt(size_t pos) {
+    if (!keys_[pos].empty()) by_key_.erase(folded_keys_[pos]);
+    items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(pos));
+    keys_.erase(keys_.begin() + static_cast<std::ptrdiff_t>(pos));
+    folded_keys_.erase(folded_keys_.begin() + static_cast<std::ptrdiff_t>(pos));
+  }
+
+  [[noreturn]] static void ThrowMissingKey(std::string_view key) {
+    ThrowError(kInvalidArgument, Error::DefaultDescription(kInvalidArgument) + " (no member under the key \"" +
+                                     std::string(key) + "\")");
+  }
+
+  std::vector<Ptr> items_;
+  std::vector<std::string> keys_;  // as given; "" for a member without key
+  std::vector<std::string> folded_keys_;  // FoldCase(key), "" without key
+  std::unordered_map<std::string, Ptr> by_key_;  // folded key -> member
+};
+
+}  // namespace mandor
+
+#endif  // MANDOR_UTIL_COLLECTION_H_

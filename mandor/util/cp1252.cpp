@@ -1,0 +1,109 @@
+#include "mandor/util/cp1252.h"
+
+namespace mandor {
+
+namespace {
+
+// Code points of the bytes 0x80-0x9F. The undefined bytes map to the C1
+// control character of the same value.
+constexpr char32_t kHighTable[32] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,  // 80-87
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,  // 88-8F
+    0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,  // 90-97
+    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 98-9F
+};
+
+void AppendUtf8(std::string& out, char32_t cp) {
+  if (cp < 0x80) {
+    out += static_cast<char>(cp);
+  } else if (cp < 0x800) {
+    out += static_cast<char>(0xC0 | (cp >> 6));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else {
+    // Windows-1252 only reaches the Basic Multilingual Plane.
+    out += static_cast<char>(0xE0 | (cp >> 12));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  }
+}
+
+// Decodes the UTF-8 sequence starting at text[i]. On success stores the code
+// point and its length; fails on truncated, overlong, surrogate and
+// out-of-range sequences.
+bool DecodeUtf8(std::string_view text, size_t i, char32_t& cp, size_t& length) {
+  const auto byte = [&](size_t k) { return static_cast<uint8_t>(text[k]); };
+  const uint8_t lead = byte(i);
+  char32_t min;
+  if (lead < 0x80) {
+    cp = lead;
+    length = 1;
+    return true;
+  } else if ((lead & 0xE0) == 0xC0) {
+    cp = lead & 0x1F;
+    length = 2;
+    min = 0x80;
+  } else if ((lead & 0xF0) == 0xE0) {
+    cp = lead & 0x0F;
+    length = 3;
+    min = 0x800;
+  } else if ((lead & 0xF8) == 0xF0) {
+    cp = lead & 0x07;
+    length = 4;
+    min = 0x10000;
+  } else {
+    return false;
+  }
+  if (text.size() - i < length) return false;
+  for (size_t k = 1; k < length; ++k) {
+    const uint8_t b = byte(i + k);
+    if ((b & 0xC0) != 0x80) return false;
+    cp = (cp << 6) | (b & 0x3F);
+  }
+  if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
+  return true;
+}
+
+}  // namespace
+
+char32_t Windows1252ToCodePoint(uint8_t byte) {
+  if (byte >= 0x80 && byte <= 0x9F) return kHighTable[byte - 0x80];
+  return byte;
+}
+
+std::optional<uint8_t> CodePointToWindows1252(char32_t code_point) {
+  if (code_point < 0x80 || (code_point >= 0xA0 && code_point <= 0xFF)) {
+    return static_cast<uint8_t>(code_point);
+  }
+  for (int k = 0; k < 32; ++k) {
+    if (kHighTable[k] == code_point) return static_cast<uint8_t>(0x80 + k);
+  }
+  return std::nullopt;
+}
+
+std::string Utf8ToWindows1252(std::string_view utf8) {
+  std::string out;
+  out.reserve(utf8.size());
+  size_t i = 0;
+  while (i < utf8.size()) {
+    char32_t cp;
+    size_t length;
+    if (!DecodeUtf8(utf8, i, cp, length)) {
+      out += '?';  // an invalid byte: skip it alone and resynchronise
+      ++i;
+      continue;
+    }
+    const std::optional<uint8_t> byte = CodePointToWindows1252(cp);
+    out += byte ? static_cast<char>(*byte) : '?';  // no Windows-1252 form
+    i += length;
+  }
+  return out;
+}
+
+std::string Windows1252ToUtf8(std::string_view bytes) {
+  std::string out;
+  out.reserve(bytes.size() + bytes.size() / 4);
+  for (char c : bytes) AppendUtf8(out, Windows1252ToCodePoint(static_cast<uint8_t>(c)));
+  return out;
+}
+
+}  // namespace mandor

@@ -1,0 +1,187 @@
+#include "mandor/util/platform.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <random>
+#include <system_error>
+#include <utility>
+
+#include "mandor/util/buffer_text_file.h"
+#include "mandor/util/error.h"
+
+namespace mandor {
+
+namespace fs = std::filesystem;
+
+Platform::Platform() : locale_(Locale::FromEnvironment()) {}
+
+Platform::~Platform() = default;
+
+namespace {
+
+// --- SystemPlatform's text files ---
+
+// A file open for output, written through a stdio stream.
+class StdioOutputFile : public OutputTextFile {
+ public:
+  explicit StdioOutputFile(std::FILE* file) : file_(file) {}
+  ~StdioOutputFile() override { CloseQuietly(); }
+  StdioOutputFile(const StdioOutputFile&) = delete;
+  StdioOutputFile& operator=(const StdioOutputFile&) = delete;
+
+ protected:
+  void WriteBytes(std::string_view bytes) override {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) {
+      ThrowError(kPathFileAccessError);
+    }
+  }
+
+  void CloseBytes() override {
+    std::FILE* file = std::exchange(file_, nullptr);
+    const bool failed = std::ferror(file) != 0;
+    // fclose flushes the buffer and reports a failed flush.
+    if (std::fclose(file) != 0 || failed) ThrowError(kPathFileAccessError);
+  }
+
+ private:
+  std::FILE* file_;
+};
+
+// Reads a whole file. Error 53 when it is missing, 75 when it cannot be read.
+std::string ReadWholeFile(const std::string& path) {
+  std::error_code ec;
+  const fs::file_status status = fs::status(fs::path(path), ec);
+  if (!fs::exists(status)) ThrowError(kFileNotFound);
+  if (!fs::is_regular_file(status)) ThrowError(kPathFileAccessError);
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) ThrowError(errno == ENOENT ? kFileNotFound : kPathFileAccessError);
+  std::string bytes;
+  char buffer[65536];
+  size_t n;
+  while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0) bytes.append(buffer, n);
+  const bool failed = std::ferror(file) != 0;
+  std::fclose(file);
+  if (failed) ThrowError(kPathFileAccessError);
+  return bytes;
+}
+
+bool IsRegularFile(const std::string& path) {
+  std::error_code ec;
+  return !path.empty() && fs::is_regular_file(fs::path(path), ec);
+}
+
+// --- the current platform ---
+
+std::shared_ptr<Platform>& CurrentSlot() {
+  static std::shared_ptr<Platform> current = std::make_shared<SystemPlatform>();
+  return current;
+}
+
+// Bits of a 64-bit draw turned into a double in [0, 1): 53 bits fill the
+// mantissa exactly, so 1.0 can never come out.
+double UnitInterval(uint64_t bits) { return static_cast<double>(bits >> 11) * 0x1.0p-53; }
+
+}  // namespace
+
+// --- SystemPlatform ---
+
+SystemPlatform::SystemPlatform() = default;
+
+bool SystemPlatform::FileExists(const std::string& path) { return IsRegularFile(path); }
+
+void SystemPlatform::CopyFile(const std::string& from, const std::string& to) {
+  if (!IsRegularFile(from)) ThrowError(kFileNotFound);
+  std::error_code ec;
+  fs::copy_file(fs::path(from), fs::path(to), fs::copy_options::overwrite_existing, ec);
+  if (ec) ThrowError(kPathFileAccessError);
+}
+
+void SystemPlatform::DeleteFile(const std::string& path) {
+  std::error_code ec;
+  const fs::path p(path);
+  const fs::file_status link_status = fs::symlink_status(p, ec);
+  if (path.empty() || !fs::exists(link_status) || fs::is_directory(link_status)) {
+    ThrowError(kFileNotFound);
+  }
+  // On POSIX a read-only file is removed like any other: only the folder's
+  // permissions matter.
+  if (!fs::remove(p, ec) || ec) ThrowError(kPathFileAccessError);
+}
+
+void SystemPlatform::RenameFile(const std::string& from, const std::string& to) {
+  if (!IsRegularFile(from)) ThrowError(kFileNotFound);
+  std::error_code ec;
+  fs::rename(fs::path(from), fs::path(to), ec);  // rename(2): replaces the target atomically
+  if (ec) ThrowError(kPathFileAccessError);
+}
+
+std::vector<FolderEntry> SystemPlatform::ListFolder(const std::string& folder) {
+  std::error_code ec;
+  const fs::path dir(folder);
+  if (folder.empty() || !fs::is_directory(dir, ec)) ThrowError(kPathNotFound);
+  std::vector<FolderEntry> entries;
+  fs::directory_iterator it(dir, ec);
+  if (ec) ThrowError(kPathFileAccessError);
+  for (; it != fs::directory_iterator(); it.increment(ec)) {
+    std::error_code type_ec;
+    if (it->is_regular_file(type_ec)) {
+      entries.push_back({it->path().filename().string(), it->path().string()});
+    }
+  }
+  if (ec) ThrowError(kPathFileAccessError);
+  std::sort(entries.begin(), entries.end(),
+            [](const FolderEntry& a, const FolderEntry& b) { return a.name < b.name; });
+  return entries;
+}
+
+std::unique_ptr<TextFile> SystemPlatform::OpenTextFile(const std::string& path, OpenMode mode) {
+  if (mode == OpenMode::kInput) {
+    return std::make_unique<BufferTextFile>(ReadWholeFile(path));
+  }
+  std::error_code ec;
+  if (path.empty() || fs::is_directory(fs::path(path), ec)) ThrowError(kPathFileAccessError);
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) ThrowError(kPathFileAccessError);
+  return std::make_unique<StdioOutputFile>(file);
+}
+
+void SystemPlatform::Message(const std::string& text, const std::string& title, MessageStyle) {
+  if (title.empty()) {
+    std::cerr << text << std::endl;
+  } else {
+    std::cerr << title << ": " << text << std::endl;
+  }
+}
+
+bool SystemPlatform::AskYesNo(const std::string& text, const std::string& title) {
+  // Never blocks on a terminal: without a host to ask, the answer is No.
+  Message(text, title, MessageStyle::kQuestion);
+  return false;
+}
+
+double SystemPlatform::Random() {
+  static std::mt19937_64 generator{std::random_device{}()};
+  return UnitInterval(generator());
+}
+
+// --- the current platform ---
+
+Platform& CurrentPlatform() { return *CurrentSlot(); }
+
+void SetPlatform(std::shared_ptr<Platform> platform) {
+  CurrentSlot() = platform ? std::move(platform) : std::make_shared<SystemPlatform>();
+}
+
+std::shared_ptr<Platform> CurrentPlatformPtr() { return CurrentSlot(); }
+
+ScopedPlatform::ScopedPlatform(std::shared_ptr<Platform> platform)
+    : previous_(CurrentPlatformPtr()) {
+  SetPlatform(std::move(platform));
+}
+
+ScopedPlatform::~ScopedPlatform() { SetPlatform(std::move(previous_)); }
+
+}  // namespace mandor

@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages that build and test mandor. Run as root (or through sudo).
+set -euo pipefail
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -q
+$SUDO apt-get install -y -q --no-install-recommends \
+  build-essential g++ clang cmake ninja-build pkg-config libgtest-dev
