@@ -107,7 +107,7 @@ TEST_F(FctUtilTest, ReadSectionStopsAtTheNextHeader) {
   auto f = FileWith("[Constantes]\r\nA=1\r\n[Calage]\r\nX1_pixel=10\r\n\r\nX1=5\r\n  [Pages]\r\nNb=2\r\n");
   EXPECT_EQ(ReadSection(*f, "[Calage]"), (StringArray{"", "X1_pixel=10", "", "X1=5"}));
   EXPECT_EQ(ReadSection(*f, "[Constantes]"), (StringArray{"", "A=1"})) << "rewinds before searching";
-  EXPECT_EQ(ReadSection(*f, "[Pages]"), (StringArray{"", "Nb=2"}));
+  EXPECT_TRUE(ReadSection(*f, "[Pages]").empty()) << "the header must start the line";
   EXPECT_TRUE(ReadSection(*f, "[Absente]").empty());
   auto last = FileWith("A=1\r\n[Fin]\r\n");
   try {
