@@ -26,9 +26,6 @@
 
 namespace mandor {
 
-// The error number of an operation on a file that is already closed.
-inline constexpr int kBadFileNameOrNumber = 52;
-
 // Splits Windows-1252 file content into UTF-8 lines, without their line ends.
 std::vector<std::string> DecodeTextLines(std::string_view bytes);
 

@@ -9,6 +9,7 @@ std::string Error::DefaultDescription(int number) {
     case kSubscriptOutOfRange: return "Subscript out of range";
     case kDivisionByZero: return "Division by zero";
     case kTypeMismatch: return "Type mismatch";
+    case kBadFileNameOrNumber: return "Bad file name or number";
     case kFileNotFound: return "File not found";
     case kBadFileMode: return "Bad file mode";
     case kFileAlreadyOpen: return "File already open";
@@ -16,6 +17,7 @@ std::string Error::DefaultDescription(int number) {
     case kPermissionDenied: return "Permission denied";
     case kPathFileAccessError: return "Path/File access error";
     case kPathNotFound: return "Path not found";
+    case kObjectNotSet: return "Object variable or With block variable not set";
     case kDuplicateKey: return "This key is already associated with an element of this collection";
     default: return "Application-defined or object-defined error";
   }

@@ -18,6 +18,7 @@ enum ErrorNumber : int {
   kSubscriptOutOfRange = 9,
   kDivisionByZero = 11,
   kTypeMismatch = 13,
+  kBadFileNameOrNumber = 52,
   kFileNotFound = 53,
   kBadFileMode = 54,
   kFileAlreadyOpen = 55,
@@ -25,6 +26,7 @@ enum ErrorNumber : int {
   kPermissionDenied = 70,
   kPathFileAccessError = 75,
   kPathNotFound = 76,
+  kObjectNotSet = 91,       // object variable not set
   kDuplicateKey = 457,
 };
 

@@ -1,14 +1,16 @@
 #include "mandor/util/collection.h"
+#include "tests/test_util.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 
 #include <string>
 #include <vector>
 
 namespace mandor {
 namespace {
+
+using test_util::ErrorNumberOf;
 
 struct Thing {
   explicit Thing(std::string n) : name(std::move(n)) {}
@@ -21,15 +23,6 @@ std::vector<std::string> Names(const Collection<Thing>& c) {
   std::vector<std::string> out;
   for (const auto& t : c) out.push_back(t->name);
   return out;
-}
-
-int ErrorNumberOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
 }
 
 TEST(CollectionTest, IndexesFromOneAndKeepsInsertionOrder) {

@@ -8,23 +8,16 @@
 #include <string>
 
 #include "mandor/util/error.h"
+#include "tests/test_util.h"
 
 namespace mandor {
 namespace {
 
+using test_util::ErrorNumberOf;
+
 const Locale kComma = Locale::Comma();
 const Locale kPoint = Locale::Point();
 const std::string kNbsp = "\xC2\xA0";
-
-template <typename F>
-int ErrorNumberOf(F f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
 
 TEST(NumberTest, SingleToText) {
   EXPECT_EQ(SingleToText(1520.0f, kComma), "1520");

@@ -7,21 +7,14 @@
 #include <vector>
 
 #include "mandor/util/error.h"
+#include "tests/test_util.h"
 
 namespace mandor {
 namespace {
 
-// Runs f and returns the number of the mandor::Error it throws (0 if none).
-template <typename F>
-int ErrorNumberOf(F f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
+using test_util::ErrorNumberOf;
 
+// Runs f and returns the number of the mandor::Error it throws (0 if none).
 // Texts mixing ASCII, two-, three- and four-byte characters and malformed bytes.
 std::vector<std::string> SampleTexts() {
   return {"",

@@ -1,0 +1,362 @@
+#include "mandor/fields/champ.h"
+
+#include <cmath>
+#include <utility>
+
+#include "mandor/model/mandor.h"
+#include "mandor/model/page.h"
+#include "mandor/model/regle.h"
+#include "mandor/util/error.h"
+#include "mandor/util/number.h"
+#include "mandor/util/platform.h"
+#include "mandor/util/text.h"
+
+namespace mandor {
+
+namespace {
+
+// "Object variable not set": a field used without the document, font or
+// ruler it needs.
+[[noreturn]] void ThrowObjectNotSet(const char* what) {
+  ThrowError(kObjectNotSet, std::string("Object variable not set (") + what + ")");
+}
+
+// Runs step and swallows the model's errors, so that a failing step of a
+// best-effort procedure is skipped and the next one still runs.
+template <class Step>
+void IgnoringErrors(Step&& step) {
+  try {
+    std::forward<Step>(step)();
+  } catch (const Error&) {
+  }
+}
+
+// Format of a text value with a number picture: a text the locale reads as a
+// number is formatted as that number, any other text comes back as it is.
+std::string FormatText(const std::string& text, std::string_view picture, const Locale& locale) {
+  std::optional<double> number = ParseNumber(text, locale);
+  return number ? FormatNumber(*number, picture, locale) : text;
+}
+
+// True when the part of name after its first "_" begins with prefix once
+// upper-cased; false for a name without "_".
+bool PartAfterUnderscoreStartsWith(const std::string& name, std::string_view prefix) {
+  long p = InStr(name, "_");
+  if (p == 0) return false;
+  return StartsWith(UpperCase(Mid(name, p + 1)), prefix);
+}
+
+}  // namespace
+
+CChamp::CChamp() : font_(std::make_shared<CFont>()) {}
+
+// --- private helpers ---
+
+std::shared_ptr<Mandor> CChamp::Document() const {
+  std::shared_ptr<Mandor> doc = owner_.lock();
+  if (!doc) ThrowObjectNotSet("the field has no document");
+  return doc;
+}
+
+CFont& CChamp::FontRef() const {
+  if (!font_) ThrowObjectNotSet("the field has no font");
+  return *font_;
+}
+
+std::shared_ptr<CChamp> CChamp::Self() {
+  std::shared_ptr<CChamp> self = weak_from_this().lock();
+  if (!self) ThrowError(kInvalidArgument, "the field is not held by a std::shared_ptr");
+  return self;
+}
+
+// --- name and anchoring ---
+
+void CChamp::Nom(const std::string& value) {
+  nom_ = value;
+  if (InStr(nom_, "_") > 0) {
+    // Split at every "_": the first part names the horizontal ruler, the
+    // second the vertical one; further parts are ignored.
+    size_t first = nom_.find('_');
+    nom_regle_h_ = nom_.substr(0, first);
+    size_t second = nom_.find('_', first + 1);
+    nom_regle_v_ = nom_.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
+  }
+  // Both loops compare with the first part and set oRegleV: the readers and
+  // the files depend on this anchoring, so it stays as it is. Every match
+  // overrides the previous one; Regles_V comes last.
+  std::shared_ptr<Mandor> doc = owner_.lock();
+  if (!doc) return;
+  for (const auto& regle : doc->Regles_H) {
+    if (regle && regle->Nom == nom_regle_h_) regle_v_ = regle;
+  }
+  for (const auto& regle : doc->Regles_V) {
+    if (regle && regle->Nom == nom_regle_h_) regle_v_ = regle;
+  }
+}
+
+void CChamp::Accrochage_V(const std::string& value) {
+  accrochage_v_ = value;
+  std::shared_ptr<Mandor> doc = owner_.lock();
+  if (!doc) return;
+  IgnoringErrors([&] { regle_v_ = doc->Regles_V.Item(accrochage_v_); });
+}
+
+void CChamp::Accrochage_H(const std::string& value) {
+  accrochage_h_ = value;
+  std::shared_ptr<Mandor> doc = owner_.lock();
+  if (!doc) return;
+  IgnoringErrors([&] { regle_h_ = doc->Regles_H.Item(accrochage_h_); });
+  // A ruler of the field's page (taken by position, not by key) replaces a
+  // document ruler of the same name.
+  IgnoringErrors([&] {
+    std::shared_ptr<CPage> page = doc->Pages.Item(static_cast<long>(Page));
+    if (page) regle_h_ = page->Regles_H.Item(accrochage_h_);
+  });
+}
+
+// --- values ---
+
+void CChamp::InitialValue(const std::string& value) {
+  if (initial_value_fixed_) return;
+  initial_value_ = value;
+  valeur(false, value);
+  initial_value_fixed_ = true;
+}
+
+std::string CChamp::valeur(bool /*bInitial*/) const { return valeur_; }
+
+void CChamp::valeur(bool bInitial, const std::string& value) {
+  if (bInitial) InitialValue(value);
+  valeur_ = value;
+}
+
+// --- formula settings ---
+
+void CChamp::Formule(const std::string& value) {
+  formule_ = value;
+  PropagateIfRecurrent();
+}
+
+void CChamp::Accrochage_V_Type(int16_t value) {
+  accrochage_v_type_ = value;
+  PropagateIfRecurrent();
+}
+
+void CChamp::Décimales(int16_t value) {
+  décimales_ = value;
+  PropagateIfRecurrent();
+}
+
+void CChamp::Type_Champ(int16_t value) {
+  type_champ_ = value;
+  PropagateIfRecurrent();
+}
+
+void CChamp::PropagateIfRecurrent() {
+  if ((!ChampRecurrentDeRef().empty() || Recurrent()) && bPropage) PropagerParametresFormule();
+}
+
+void CChamp::CopierParametresFormule(CChamp& source, CChamp& target) {
+  // With bPropage off the target's lets do not propagate again.
+  target.bPropage = false;
+  target.Formule(source.Formule());
+  target.Type_Champ(source.Type_Champ());
+  target.Accrochage_V_Type(source.Accrochage_V_Type());
+  target.Décimales(source.Décimales());
+  target.bPropage = true;
+}
+
+void CChamp::PropagerParametresFormule() {
+  std::shared_ptr<Mandor> doc = Document();
+  std::string reference;
+  if (Recurrent()) {
+    reference = Nom();
+  } else {
+    reference = ChampRecurrentDeRef();
+    // A master missing from Champs raises the collection's error to the caller.
+    std::shared_ptr<CChamp> master = doc->Champs.Item(reference);
+    if (master) CopierParametresFormule(*this, *master);
+  }
+  for (const auto& copy : doc->champsContenantReference) {
+    if (copy && copy->ChampRecurrentDeRef() == reference) CopierParametresFormule(*this, *copy);
+  }
+}
+
+// --- value predicates ---
+
+std::optional<bool> CChamp::IsZero() const {
+  std::optional<double> number = ParseNumber(valeur_, CurrentPlatform().locale());
+  if (number && *number == 0) return true;
+  return std::nullopt;
+}
+
+bool CChamp::DiffWithInitial() const {
+  const Locale& locale = CurrentPlatform().locale();
+  const std::string separator = Mid(FormatNumber(11.9, "###.#", locale), 3, 1);
+  if (Type_Champ() == 2 || Formule().empty() || InitialValue().empty()) return false;
+
+  std::string initial = ReplaceAll(InitialValue(), ".", separator);
+  initial = ReplaceAll(initial, ",", separator);
+  std::shared_ptr<Mandor> doc = Document();
+  // FormatNombre wants a shared pointer; a field on the stack gets a
+  // non-owning one for the length of the call.
+  std::shared_ptr<const CChamp> self = weak_from_this().lock();
+  std::shared_ptr<CChamp> champ = self ? std::const_pointer_cast<CChamp>(self)
+                                       : std::shared_ptr<CChamp>(const_cast<CChamp*>(this), [](CChamp*) {});
+  const std::string initial_text = FormatText(initial, doc->FormatNombre(champ), locale);
+  const std::string value_text = FormatText(valeur_, doc->FormatNombre(champ), locale);
+  return initial_text != value_text;
+}
+
+bool CChamp::HasInPU() const { return PartAfterUnderscoreStartsWith(nom_, "PU"); }
+
+bool CChamp::HasInMT() const { return PartAfterUnderscoreStartsWith(nom_, "MT"); }
+
+std::optional<bool> CChamp::IsUnderOne() const {
+  const Locale& locale = CurrentPlatform().locale();
+  std::optional<double> number = ParseNumber(valeur_, locale);
+  if (!number) return std::nullopt;
+  // Both sides go through the locale-independent Val on purpose: in a comma
+  // locale "0,5" reads as 0 and is not reported as under one.
+  try {
+    const double a = Val(DoubleToText(std::fabs(*number), locale));
+    const double b = Val(valeur_);
+    return b != 0 && a < 1;
+  } catch (const Error&) {
+    // Near the largest double its 15-digit text reads back as an overflow:
+    // such a value is anything but under one.
+    return false;
+  }
+}
+
+bool CChamp::FormuleHasPourcent() const {
+  if (formule_.empty()) return false;
+  return InStr(formule_, "/100") > 0;
+}
+
+bool CChamp::ValueChanged() const {
+  if (initial_value_.empty()) return false;
+  return valeur_ != initial_value_;
+}
+
+// --- font delegation ---
+
+bool CChamp::Transparent() const { return FontRef().Transparent(); }
+void CChamp::Transparent(bool v) { FontRef().Transparent(v); }
+bool CChamp::Bold() const { return FontRef().Bold(); }
+void CChamp::Bold(bool v) { FontRef().Bold(v); }
+bool CChamp::Italic() const { return FontRef().Italic(); }
+void CChamp::Italic(bool v) { FontRef().Italic(v); }
+bool CChamp::Underligne() const { return FontRef().Underline(); }
+void CChamp::Underligne(bool v) { FontRef().Underline(v); }
+bool CChamp::StrikeThrough() const { return FontRef().StrikeThrough(); }
+void CChamp::StrikeThrough(bool v) { FontRef().StrikeThrough(v); }
+std::string CChamp::FontName() const { return FontRef().Name(); }
+void CChamp::FontName(const std::string& v) { FontRef().Name(v); }
+int16_t CChamp::FontSize() const { return FontRef().Size(); }
+void CChamp::FontSize(int16_t v) { FontRef().Size(v); }
+int16_t CChamp::FontSpecial() const { return FontRef().Special(); }
+void CChamp::FontSpecial(int16_t v) { FontRef().Special(v); }
+int32_t CChamp::BackColor() const { return FontRef().BackColor(); }
+void CChamp::BackColor(int32_t v) { FontRef().BackColor(v); }
+int32_t CChamp::FontColor() const { return FontRef().Color(); }
+void CChamp::FontColor(int32_t v) { FontRef().Color(v); }
+
+uint8_t CChamp::Alignement() const {
+  const CFont& font = FontRef();
+  const std::string alignment = font.Alignment();
+  if (alignment == font.ALIGN_LEFT()) return 0;
+  if (alignment == font.ALIGN_RIGHT()) return 1;
+  if (alignment == font.ALIGN_CENTER()) return 2;
+  return 0;
+}
+
+void CChamp::Alignement(uint8_t v) {
+  CFont& font = FontRef();
+  switch (v) {
+    case 0: font.Alignment(font.ALIGN_LEFT()); break;
+    case 1: font.Alignment(font.ALIGN_RIGHT()); break;
+    case 2: font.Alignment(font.ALIGN_CENTER()); break;
+    default: break;
+  }
+}
+
+void CChamp::SetFontPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont) {
+  if (!oFont) ThrowObjectNotSet("no font given");
+  std::shared_ptr<CFont> font = oFont;  // oFont may alias a parent being cleared
+  font_ = font;
+  font->ParentFont1 = nullptr;
+  font->ParentFont2 = nullptr;
+  if (regle_h_) {
+    font->ParentFont1 = regle_h_->GetFontClassFromProperties();
+    if (regle_v_) font->ParentFont2 = regle_v_->GetFontClassFromProperties();
+  } else if (regle_v_) {
+    font->ParentFont1 = regle_v_->GetFontClassFromProperties();
+  } else {
+    font->ParentFont1 = Document()->Font();
+  }
+}
+
+// --- positions in points ---
+
+float CChamp::Position_point_Left() const {
+  std::shared_ptr<CPage> page = oOwnerPage.lock();
+  return page ? PixelsToPoints(Position_pixel_Left, page->hResolution()) : 0.0f;
+}
+
+float CChamp::Position_point_Top() const {
+  std::shared_ptr<CPage> page = oOwnerPage.lock();
+  return page ? PixelsToPoints(Position_pixel_Top, page->vResolution()) : 0.0f;
+}
+
+float CChamp::Position_point_Bottom() const {
+  std::shared_ptr<CPage> page = oOwnerPage.lock();
+  return page ? PixelsToPoints(Position_pixel_Bottom, page->vResolution()) : 0.0f;
+}
+
+float CChamp::Position_point_Right() const {
+  std::shared_ptr<CPage> page = oOwnerPage.lock();
+  return page ? PixelsToPoints(Position_pixel_Right, page->hResolution()) : 0.0f;
+}
+
+// --- internal operations on the document's collections ---
+
+void CChamp::RendreRecurrent() {
+  std::shared_ptr<CChamp> self = Self();
+  std::shared_ptr<Mandor> doc = Document();
+  const std::string key = nom_;
+  doc->ChampsRecurrents.Add(self, key);
+  if (doc->numero_page > 0 && doc->Pages.Count() > 0) {
+    std::shared_ptr<CPage> page = doc->Pages.Item(static_cast<long>(doc->numero_page));
+    if (page) page->Champs.Remove(key);
+  }
+  oOwnerPage.reset();
+}
+
+void CChamp::SupprimerDuDocument(const std::string& key) {
+  // The collections may hold the last references to this field, and key may
+  // be one of its own strings: keep both alive until the end.
+  std::shared_ptr<CChamp> keep_alive = weak_from_this().lock();
+  const std::string k = key;
+  std::shared_ptr<Mandor> doc = owner_.lock();
+  if (!doc) return;
+  IgnoringErrors([&] { doc->champsContenantReference.Remove(k); });
+  IgnoringErrors([&] { doc->Champs.Remove(k); });
+  for (long i = 1; i <= doc->Pages.Count(); ++i) {
+    IgnoringErrors([&] {
+      std::shared_ptr<CPage> page = doc->Pages.Item(i);
+      if (page) page->Champs.Remove(k);
+    });
+  }
+}
+
+void CChamp::SupprimerDesRecurrents(const std::string& key) {
+  std::shared_ptr<CChamp> keep_alive = weak_from_this().lock();
+  const std::string k = key;
+  std::shared_ptr<Mandor> doc = owner_.lock();
+  if (!doc) return;
+  IgnoringErrors([&] { doc->ChampsRecurrents.Remove(k); });
+  IgnoringErrors([&] { doc->Champs.Remove(k); });
+}
+
+}  // namespace mandor

@@ -1,0 +1,232 @@
+#include "mandor/model/mandor.h"
+
+#include <gtest/gtest.h>
+
+
+#include "mandor/fields/champ.h"
+#include "mandor/util/memory_platform.h"
+#include "mandor/xml/marquage.h"
+#include "tests/test_util.h"
+
+namespace mandor {
+namespace {
+
+using test_util::ErrorNumberOf;
+
+class MandorTest : public ::testing::Test {
+ protected:
+  MandorTest() : platform_(std::make_shared<MemoryPlatform>(Locale::Comma())), scope_(platform_) {}
+
+  std::shared_ptr<CRegle> Ruler(const std::string& name) {
+    auto r = std::make_shared<CRegle>();
+    r->Nom = name;
+    return r;
+  }
+
+  std::shared_ptr<MemoryPlatform> platform_;
+  ScopedPlatform scope_;
+  std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
+};
+
+TEST_F(MandorTest, NomDocumentDerivesShortNameAndType) {
+  doc_->Nom_Document("DEVIS.BPX");
+  EXPECT_EQ(doc_->ShortName(), "DEVIS.");
+  EXPECT_EQ(doc_->Type_Document, "Prix");
+  doc_->Nom_Document("lot1.det");
+  EXPECT_EQ(doc_->Type_Document, "Détail");
+  doc_->Nom_Document("acte.ae");
+  EXPECT_EQ(doc_->Type_Document, "AE");
+  doc_->Nom_Document("acte.pdf");
+  EXPECT_EQ(doc_->Type_Document, "AE") << "an unknown ending leaves the type as it was";
+  EXPECT_EQ(doc_->ShortName(), "acte.");
+  doc_->Nom_Document("Été.det");
+  EXPECT_EQ(doc_->ShortName(), "Été.") << "lengths count characters, not bytes";
+  doc_->Répertoire_Document = "/tmp/x/";
+  EXPECT_EQ(doc_->FichierPdfImage(), "/tmp/x/Été.det.pdf");
+  EXPECT_EQ(ErrorNumberOf([&] { doc_->Nom_Document("ab"); }), kInvalidArgument);
+  EXPECT_EQ(doc_->Nom_Document(), "ab") << "the name is stored before the short name fails";
+}
+
+TEST_F(MandorTest, LookUpsReturnNullInsteadOfFailing) {
+  doc_->Regles_V.Add(Ruler("PU"), "PU");
+  doc_->Regles_H.Add(Ruler("L1"), "L1");
+  EXPECT_EQ(doc_->RegleV("pu")->Nom, "PU");
+  EXPECT_EQ(doc_->RegleV("L1"), nullptr);
+  EXPECT_EQ(doc_->RegleH("l1")->Nom, "L1");
+  EXPECT_EQ(doc_->RegleH("nope"), nullptr);
+  EXPECT_EQ(doc_->PageCourante(), nullptr) << "numero_page 0";
+  auto page = std::make_shared<CPage>();
+  doc_->Pages.Add(page, "page_12");
+  doc_->numero_page = 12;
+  EXPECT_EQ(doc_->PageCourante(), page);
+  doc_->numero_page = 1;
+  EXPECT_EQ(doc_->PageCourante(), nullptr);
+}
+
+TEST_F(MandorTest, MarquageRAZKeepsHorizontalRulersAndDataContract) {
+  doc_->Pages.Add(std::make_shared<CPage>(), "page_1");
+  doc_->Regles_V.Add(Ruler("V"), "V");
+  doc_->Regles_H.Add(Ruler("H"), "H");
+  auto field = std::make_shared<CChamp>();
+  doc_->Champs.Add(field, "f");
+  doc_->champsDataContrat.Add(field, "f");
+  doc_->Docs.Add(std::make_shared<Doc>());
+  doc_->feuille_cm_largeur = 21;
+  doc_->image_OrigineX_cm = 1;
+  doc_->X1_cm = 3;
+  doc_->TVA = 19.6f;
+  doc_->FonteName("Courier");
+  doc_->MarquageRAZ();
+  EXPECT_EQ(doc_->Pages.Count(), 0);
+  EXPECT_EQ(doc_->Regles_V.Count(), 0);
+  EXPECT_EQ(doc_->Champs.Count(), 0);
+  EXPECT_EQ(doc_->Docs.Count(), 0);
+  EXPECT_EQ(doc_->Regles_H.Count(), 1);
+  EXPECT_EQ(doc_->champsDataContrat.Count(), 1);
+  EXPECT_EQ(doc_->feuille_cm_largeur, 0);
+  EXPECT_EQ(doc_->image_OrigineX_cm, 0);
+  EXPECT_EQ(doc_->X1_cm, 3);
+  EXPECT_FLOAT_EQ(doc_->TVA, 19.6f);
+  EXPECT_EQ(doc_->FonteName(), "Arial") << "a new, empty font";
+}
+
+TEST_F(MandorTest, FontsInheritFromTheCatalogue) {
+  auto catalogue = std::make_shared<cMarquage>();
+  catalogue->Font = std::make_shared<CFont>();
+  catalogue->Font->Name("Times");
+  doc_->oOwnerMarquage(catalogue);
+  EXPECT_EQ(doc_->oOwnerMarquage(), catalogue);
+  EXPECT_EQ(doc_->FonteName(), "Times");
+  doc_->FonteName_nombre("Courier");
+  EXPECT_EQ(doc_->FonteName(), "Courier") << "the _nombre properties reach the same attribute";
+  doc_->FonteSize(12);
+  EXPECT_EQ(doc_->FonteSize_nombre(), 12);
+  doc_->Font(nullptr);
+  EXPECT_NE(doc_->Font(), nullptr);
+  EXPECT_EQ(doc_->Font()->ParentFont1, catalogue->Font);
+  EXPECT_EQ(doc_->FonteName(), "Times");
+  catalogue->Font->Name("Verdana");
+  EXPECT_EQ(doc_->FonteName(), "Verdana") << "a change in the catalogue shows at once";
+
+  // catalogue -> document -> ruler -> field
+  auto ruler = Ruler("H");
+  ruler->oOwnerMandor(doc_);
+  auto field = std::make_shared<CChamp>();
+  field->oOwnerMandor(doc_);
+  field->oRegleH(ruler);
+  field->SetFontPropertiesFromFontClass(std::make_shared<CFont>());
+  EXPECT_EQ(field->FontName(), "Verdana");
+  ruler->FontName("Courier");
+  EXPECT_EQ(field->FontName(), "Courier");
+}
+
+TEST_F(MandorTest, IDeviseResolvesThroughTheCatalogueIgnoringErrors) {
+  doc_->iDevise(3);
+  EXPECT_EQ(doc_->iDevise(), 3);
+  EXPECT_EQ(doc_->Devise(), "") << "no catalogue: nothing resolved, no error";
+  auto catalogue = std::make_shared<cMarquage>();
+  catalogue->oDevises = std::make_shared<Devises>();
+  catalogue->oDevises->AddDevise("USD", "DOLLAR", "CENT");
+  doc_->oOwnerMarquage(catalogue);
+  doc_->iDevise(1);
+  EXPECT_EQ(doc_->Devise(), "USD");
+  doc_->iDevise(2);  // position Count fails: the code of entry 0 stays
+  EXPECT_EQ(doc_->Devise(), "EUR");
+  doc_->Devise("CHF");
+  EXPECT_EQ(doc_->iDevise(), 2) << "Devise let leaves the index alone";
+}
+
+TEST_F(MandorTest, NumberPicturesFollowTheFieldDecimals) {
+  auto field = std::make_shared<CChamp>();
+  field->bPropage = false;
+  EXPECT_EQ(doc_->FormatNombre(field), "#,##0");
+  EXPECT_EQ(doc_->FormatNombreSortie(field), "###########0.");
+  field->Décimales(2);
+  EXPECT_EQ(doc_->FormatNombreSortie(field), "###########0.00");
+  field->Décimales(-3);
+  EXPECT_EQ(doc_->FormatNombre(field), "#,##0.000");
+}
+
+TEST_F(MandorTest, InsérerChampKeepsReadingOrder) {
+  auto make = [](const std::string& name, float bottom, float right) {
+    auto c = std::make_shared<CChamp>();
+    c->Nom(name);
+    c->Position_pixel_Bottom = bottom;
+    c->Position_pixel_Right = right;
+    return c;
+  };
+  Collection<CChamp> fields;
+  doc_->InsérerChamp(fields, make("a", 100, 10));
+  doc_->InsérerChamp(fields, make("b", 50, 20));
+  doc_->InsérerChamp(fields, make("c", 100, 5));
+  doc_->InsérerChamp(fields, make("d", 100, 5));  // a tie goes after the existing one
+  doc_->InsérerChamp(fields, make("e", 200, 0));
+  std::vector<std::string> order;
+  for (const auto& f : fields) order.push_back(f->Nom());
+  EXPECT_EQ(order, (std::vector<std::string>{"b", "c", "d", "a", "e"}));
+  EXPECT_EQ(fields.Item("C")->Nom(), "c");
+  EXPECT_EQ(ErrorNumberOf([&] { doc_->InsérerChamp(fields, make("A", 1, 1)); }), kDuplicateKey);
+}
+
+TEST_F(MandorTest, CloseFileErrorClosesTellsAndRaises) {
+  platform_->SetFileText("f.xnf", "x\r\n");
+  auto file = platform_->OpenTextFile("f.xnf", OpenMode::kInput);
+  doc_->Nom_Document("doc.det");
+  EXPECT_EQ(ErrorNumberOf([&] { doc_->CloseFileError(file.get(), "Impossible de lire"); }), kInvalidArgument);
+  ASSERT_EQ(platform_->messages().size(), 1u);
+  EXPECT_EQ(platform_->messages()[0].text, "Impossible de lire");
+  EXPECT_EQ(platform_->messages()[0].title, "Erreur Fichier");
+  EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kExclamation);
+  EXPECT_EQ(doc_->Nom_Document(), "");
+}
+
+// LireValeurParamètre is internal to the readers; a subclass reaches it.
+class ParamReader : public Mandor {
+ public:
+  using Mandor::LireValeurParamètre;
+};
+
+TEST_F(MandorTest, LireValeurParamètreChecksTheKey) {
+  platform_->SetFileText("p.cnf", "Nb_Pages = 3\r\nAutre=1\r\nsans signe\r\n");
+  auto file = platform_->OpenTextFile("p.cnf", OpenMode::kInput);
+  ParamReader reader;
+  EXPECT_EQ(reader.LireValeurParamètre(*file, "nb_pages"), "3");
+  EXPECT_EQ(reader.LireValeurParamètre(*file, "Nb_Champs"), "");
+  EXPECT_EQ(reader.LireValeurParamètre(*file, "Cle"), "");
+  EXPECT_EQ(reader.LireValeurParamètre(*file, "Cle"), "") << "at the end of the file";
+  ASSERT_EQ(platform_->messages().size(), 2u);
+  EXPECT_EQ(platform_->messages()[0].text, "ERREUR: attendu: Nb_Champs\nLu: Autre=1");
+  EXPECT_EQ(platform_->messages()[1].text, "ERREUR, manque signe = dans la ligne: sans signe\nAttendu: Cle");
+}
+
+TEST_F(MandorTest, DroppingTheDocumentFreesItsGraph) {
+  std::weak_ptr<CPage> page_alive;
+  std::weak_ptr<CChamp> field_alive;
+  std::weak_ptr<CRegle> ruler_alive;
+  {
+    auto doc = std::make_shared<Mandor>();
+    auto page = std::make_shared<CPage>();
+    page->oOwnerMandor = doc;
+    doc->Pages.Add(page, "page_1");
+    auto ruler = Ruler("H");
+    ruler->oOwnerMandor(doc);
+    ruler->Page(page);
+    page->Regles_H.Add(ruler, "H");
+    auto field = std::make_shared<CChamp>();
+    field->oOwnerMandor(doc);
+    field->oOwnerPage = page;
+    field->oRegleH(ruler);
+    field->SetFontPropertiesFromFontClass(std::make_shared<CFont>());
+    page->Champs.Add(field, "f");
+    doc->Champs.Add(field, "f");
+    page_alive = page;
+    field_alive = field;
+    ruler_alive = ruler;
+  }
+  EXPECT_TRUE(page_alive.expired());
+  EXPECT_TRUE(field_alive.expired());
+  EXPECT_TRUE(ruler_alive.expired());
+}
+
+}  // namespace
+}  // namespace mandor
