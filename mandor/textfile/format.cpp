@@ -1,0 +1,86 @@
+#include "mandor/textfile/format.h"
+
+#include <cstdlib>
+
+#include "mandor/util/error.h"
+#include "mandor/util/fct_util.h"
+#include "mandor/util/number.h"
+#include "mandor/util/platform.h"
+#include "mandor/util/text.h"
+
+namespace mandor::textfile {
+
+bool IsKnownOrientation(int16_t orientation) {
+  return orientation == kOrientationUnset || orientation == kOrientationPortrait ||
+         orientation == kOrientationLandscape;
+}
+
+std::string NumberedKey(std::string_view prefix, long long n) {
+  return std::string(prefix) + std::to_string(n);
+}
+
+std::string PageSectionHeader(long long n) {
+  return std::string(kPageSectionPrefix) + std::to_string(n) + kPageSectionSuffix;
+}
+
+std::string PageKey(long long n) { return NumberedKey(kPageKeyPrefix, n); }
+
+std::string ZeroPadded(long long n, int width) {
+  // The magnitude as unsigned, so that the most negative value is safe.
+  const unsigned long long magnitude =
+      n < 0 ? 0ULL - static_cast<unsigned long long>(n) : static_cast<unsigned long long>(n);
+  std::string digits = std::to_string(magnitude);
+  if (static_cast<int>(digits.size()) < width) digits.insert(0, width - digits.size(), '0');
+  return n < 0 ? "-" + digits : digits;
+}
+
+std::string GeneratedRulerId(long long line) {
+  return ZeroPadded(line, static_cast<int>(sizeof(kIdLineFormat) - 1));
+}
+
+std::string GeneratedFieldId(long long page, long long line) {
+  return ZeroPadded(page, static_cast<int>(sizeof(kIdPageFormat) - 1)) + "_" + GeneratedRulerId(line);
+}
+
+std::string SeparatorToText(std::string_view separator) {
+  if (separator == "\t") return kSeparatorTabText;
+  return std::string(separator);
+}
+
+std::optional<std::string> SeparatorFromText(std::string_view text) {
+  if (text == kSeparatorTabText) return std::string("\t");
+  if (text == kSeparatorUnknownText) return std::nullopt;
+  return Left(text, 1);  // one character, however many bytes it takes
+}
+
+bool IsMdnFileName(std::string_view file_name) {
+  const std::string ending = Right(file_name, 4);
+  return ending == kMdnSuffixUpper || ending == kMdnSuffixLower;
+}
+
+std::string Bool01Text(bool value) { return value ? "1" : "0"; }
+
+std::optional<bool> ParseBoolText(std::string_view text) {
+  const std::string t = Trim(text);
+  if (t.empty()) return std::nullopt;
+  const Locale& locale = CurrentPlatform().locale();
+  if (EqualsIgnoreCase(t, locale.true_text) || EqualsIgnoreCase(t, "True") || EqualsIgnoreCase(t, "Vrai")) {
+    return true;
+  }
+  if (EqualsIgnoreCase(t, locale.false_text) || EqualsIgnoreCase(t, "False") || EqualsIgnoreCase(t, "Faux")) {
+    return false;
+  }
+  const std::optional<double> number = ParseNumber(NombreVersLocal(t), locale);
+  if (!number) return std::nullopt;
+  return *number != 0;
+}
+
+std::string PixelText(float value) { return SingleToText(value, CurrentPlatform().locale()); }
+
+std::string CentimetreText(float value) { return NombreVersFichier(PixelText(value)); }
+
+double ParseFileNumber(std::string_view text) {
+  return ToDouble(NombreVersLocal(text), CurrentPlatform().locale());
+}
+
+}  // namespace mandor::textfile

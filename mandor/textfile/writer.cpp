@@ -1,0 +1,444 @@
+// The writer of the text marking files: the extended layout (".xnf", one
+// procedure per section, with confirmation and a ".xak" backup) and the
+// older standard layout (".cnf", in one pass). FORMAT.md beside this file
+// describes both layouts; every name and column count comes from format.h.
+//
+// A marking is never written in place: the lines go to a temporary file in
+// the same folder, which replaces the marking only once it is complete and
+// closed. A save that fails part-way leaves the previous marking as it was.
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mandor/fields/champ.h"
+#include "mandor/model/mandor.h"
+#include "mandor/textfile/format.h"
+#include "mandor/util/error.h"
+#include "mandor/util/fct_util.h"
+#include "mandor/util/number.h"
+#include "mandor/util/platform.h"
+#include "mandor/xml/marquage.h"
+
+namespace mandor {
+
+namespace {
+
+using namespace textfile;
+
+// Appended to the name of the file being replaced to name the file the new
+// content is written to.
+constexpr char kTemporarySuffix[] = ".tmp";
+
+constexpr char kOverwriteQuestion[] = "Voulez vous écraser le marquage précédent du document ";
+// The wording, missing letter included, is the one users know.
+constexpr char kCannotCreatePrefix[] = "Impossible de céer le fichier ";
+constexpr char kCannotCreateSuffix[] = " !!";
+
+// A member of a collection; a null one stops the section.
+template <class T>
+const T& Deref(const std::shared_ptr<T>& p) {
+  if (!p) ThrowError(kObjectNotSet);
+  return *p;
+}
+
+// --- value encodings ---
+
+std::string IntText(long long v) { return std::to_string(v); }
+std::string BoolText(bool v) { return BoolToText(v, CurrentPlatform().locale()); }
+
+std::string KeyLine(std::string_view key, std::string_view value) {
+  std::string line(key);
+  line += kKeyValueSeparator;
+  line += value;
+  return line;
+}
+
+std::string Join(const std::vector<std::string>& columns) {
+  std::string record;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    if (i > 0) record += kRecordSeparator;
+    record += columns[i];
+  }
+  return record;
+}
+
+// A text formatted with a number picture: a text the locale reads as a
+// number is formatted as that number, any other text is kept as it is.
+std::string FormatText(const std::string& text, std::string_view picture) {
+  const Locale& locale = CurrentPlatform().locale();
+  const std::optional<double> number = ParseNumber(text, locale);
+  return number ? FormatNumber(*number, picture, locale) : text;
+}
+
+// Column 12 of a field: empty once translated; escaped for the fields whose
+// formulas may hold the record and key separators.
+std::string FormulaText(const CChamp& champ) {
+  if (champ.HasTranslatted) return "";
+  if (champ.Type_Champ() == kEscapedFormulaTypeChamp &&
+      champ.Accrochage_V_Type() == kEscapedFormulaAccrochageVType) {
+    return ChangeCarSpec(champ.Formule(), kEscapeType);
+  }
+  return champ.Formule();
+}
+
+// --- records ---
+
+std::string RulerRecord(const CRegle& r) {
+  return Join({r.Id, r.Nom, r.FontName(), IntText(r.FontSize()), IntText(r.FontSpecial()), IntText(r.Décimales),
+               PixelText(r.Position_pixel_X), PixelText(r.Position_pixel_Y), CentimetreText(r.largeur_cm),
+               IntText(r.Imprimable), "0"});
+}
+
+// The 23 columns shared by page fields and recurrent fields; column 6 is
+// value_text.
+std::vector<std::string> FieldColumns(const CChamp& c, const std::string& value_text) {
+  return {c.Id,
+          c.Nom(),
+          c.FontName(),
+          IntText(c.FontSize()),
+          IntText(c.FontSpecial()),
+          value_text,
+          c.Accrochage_V(),
+          IntText(c.Accrochage_V_Type()),
+          c.Accrochage_H(),
+          IntText(c.Accrochage_H_Type),
+          IntText(c.Type_Champ()),
+          FormulaText(c),
+          IntText(c.Décimales()),
+          PixelText(c.Position_pixel_Top),
+          PixelText(c.Position_pixel_Bottom),
+          PixelText(c.Position_pixel_Left),
+          PixelText(c.Position_pixel_Right),
+          IntText(c.Imprimable()),
+          IntText(c.FontColor()),
+          BoolText(c.Bold()),
+          BoolText(c.StrikeThrough()),
+          BoolText(c.Underligne()),
+          IntText(c.BackColor())};
+}
+
+std::string FieldRecord(const CChamp& c, const std::string& value_text) {
+  std::vector<std::string> columns = FieldColumns(c, value_text);
+  columns.push_back(c.ChampRecurrentDeRef());
+  columns.push_back(BoolText(c.Transparent()));
+  return Join(columns);
+}
+
+std::string RecurrentRecord(const CChamp& c) { return Join(FieldColumns(c, c.InitialValue())); }
+
+std::string StdVerticalRulerRecord(const CRegle& r) {
+  return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y), IntText(r.Décimales),
+               PixelText(r.Position_pixel_X), PixelText(r.Position_pixel_Y), CentimetreText(r.largeur_cm),
+               IntText(r.Imprimable)});
+}
+
+std::string StdPageRulerRecord(const CRegle& r) {
+  return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y),
+               PixelText(r.Position_pixel_X), PixelText(r.Position_pixel_Y), CentimetreText(r.largeur_cm),
+               IntText(r.Imprimable)});
+}
+
+std::string StdFieldRecord(const CChamp& c) {
+  return Join({c.Id, c.Nom(), CentimetreText(c.Position_cm_Left), CentimetreText(c.Position_cm_Top),
+               CentimetreText(c.Position_cm_Bottom), CentimetreText(c.Position_cm_Right), c.Accrochage_V(),
+               IntText(c.Accrochage_V_Type()), c.Accrochage_H(), IntText(c.Accrochage_H_Type),
+               IntText(c.Type_Champ()), FormulaText(c), IntText(c.Décimales()), PixelText(c.Position_pixel_Top),
+               PixelText(c.Position_pixel_Bottom), PixelText(c.Position_pixel_Left),
+               PixelText(c.Position_pixel_Right), IntText(c.Imprimable())});
+}
+
+// --- sections shared by both layouts ---
+
+void WriteCalageLines(const Mandor& doc, TextFile& fich, bool extended) {
+  fich.WriteLine(kSectionCalage);
+  fich.WriteLine(KeyLine(kKeyType, IntText(doc.Type_calage)));
+  fich.WriteLine(KeyLine(kKeyOrientation, IntText(doc.Orientation)));
+  if (extended) fich.WriteLine(KeyLine(kKeyVersion, IntText(kCalageVersion)));
+  if (doc.Type_calage == kCalageTwoPoints) {
+    fich.WriteLine(KeyLine(kKeyX1Pixel, PixelText(doc.X1_pixel)));
+    fich.WriteLine(KeyLine(kKeyY1Pixel, PixelText(doc.Y1_pixel)));
+    fich.WriteLine(KeyLine(kKeyX1Cm, CentimetreText(doc.X1_cm)));
+    fich.WriteLine(KeyLine(kKeyY1Cm, CentimetreText(doc.Y1_cm)));
+    fich.WriteLine(KeyLine(kKeyX2Pixel, PixelText(doc.X2_pixel)));
+    fich.WriteLine(KeyLine(kKeyY2Pixel, PixelText(doc.Y2_pixel)));
+    fich.WriteLine(KeyLine(kKeyX2Cm, CentimetreText(doc.X2_cm)));
+    fich.WriteLine(KeyLine(kKeyY2Cm, CentimetreText(doc.Y2_cm)));
+  } else if (doc.Type_calage == kCalageSheet) {
+    fich.WriteLine(KeyLine(kKeyLargeurCm, CentimetreText(doc.feuille_cm_largeur)));
+    fich.WriteLine(KeyLine(kKeyHauteurCm, CentimetreText(doc.feuille_cm_hauteur)));
+    fich.WriteLine(KeyLine(kKeyOrigineXCm, CentimetreText(doc.image_OrigineX_cm)));
+    fich.WriteLine(KeyLine(kKeyOrigineYCm, CentimetreText(doc.image_OrigineY_cm)));
+  }
+  if (extended) fich.WriteLine(KeyLine(kKeyFondGris, Bool01Text(doc.bFondGrise)));
+}
+
+void WriteConstanteLines(const Mandor& doc, TextFile& fich) {
+  fich.WriteLine(kSectionConstantes);
+  fich.WriteLine(KeyLine(kKeyTVA, CentimetreText(doc.TVA)));
+}
+
+void WriteSourceLines(const Mandor& doc, TextFile& fich) {
+  fich.WriteLine(kSectionSource);
+  fich.WriteLine(KeyLine(kKeyNombre, IntText(doc.Docs.Count())));
+  long i = 0;
+  for (const auto& source : doc.Docs) {
+    ++i;
+    const Doc& d = Deref(source);
+    fich.WriteLine(KeyLine(NumberedKey(kKeyDocumentPrefix, i), d.Fichier));
+    fich.WriteLine(KeyLine(NumberedKey(kKeySeparateurPrefix, i), SeparatorToText(d.Séparateur)));
+  }
+}
+
+// Runs a step with errors trapped: false when it stopped early. Each
+// section is written this way.
+template <class Step>
+bool RunTrapped(Step&& step) {
+  try {
+    step();
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+// Removes a temporary file left by a failed save; a failure here changes
+// nothing for the caller.
+void DiscardTemporary(const std::string& path) {
+  try {
+    if (CurrentPlatform().FileExists(path)) CurrentPlatform().DeleteFile(path);
+  } catch (const std::exception&) {
+  }
+}
+
+}  // namespace
+
+// --- extended layout ---
+
+int16_t Mandor::SauvegarderMarquageEx(bool Confirmation) {
+  bool with_qte = false;
+  return SauvegarderMarquageEx(Confirmation, with_qte);
+}
+
+int16_t Mandor::SauvegarderMarquageEx(bool Confirmation, bool& WithQte) {
+  if (Nom_Document().empty()) return -1;
+  Platform& platform = CurrentPlatform();
+  const std::string base = Répertoire_Document + Nom_Document();
+  const std::string target = base + kExtendedExtension;
+  const std::string backup = base + kBackupExtension;
+
+  if (Confirmation && !platform.AskYesNo(kOverwriteQuestion + base, kDefaultMessageTitle)) return 0;
+
+  // One backup generation, refreshed only when there is a marking to keep.
+  if (platform.FileExists(target)) platform.CopyFile(target, backup);
+
+  const std::string temporary = target + kTemporarySuffix;
+  std::unique_ptr<TextFile> fich = OpenFileWrite(temporary);
+  bool complete = fich != nullptr;
+  if (complete) {
+    // A section that stops early leaves the file incomplete: the rest is skipped.
+    complete = WriteCalage(*fich) && WritePresentation(*fich) && WriteConstante(*fich) && WriteSource(*fich) &&
+               WriteChampsRecurrents(*fich) && WriteRegle_V(*fich) && WritePage(*fich, WithQte);
+    complete = RunTrapped([&] { fich->Close(); }) && complete;
+    fich.reset();
+  }
+  if (complete) complete = RunTrapped([&] { platform.RenameFile(temporary, target); });
+  if (complete) return 0;
+
+  DiscardTemporary(temporary);
+  try {
+    CloseFileError(nullptr, kCannotCreatePrefix + target + kCannotCreateSuffix);
+  } catch (const Error&) {
+    // Clearing the document name raises; the save still reports 0.
+  }
+  return 0;
+}
+
+std::unique_ptr<TextFile> Mandor::OpenFileWrite(const std::string& cFileName) {
+  try {
+    return CurrentPlatform().OpenTextFile(cFileName, OpenMode::kOutput);
+  } catch (const std::exception&) {
+    return nullptr;
+  }
+}
+
+bool Mandor::WriteCalage(TextFile& fich) {
+  return RunTrapped([&] { WriteCalageLines(*this, fich, true); });
+}
+
+bool Mandor::WritePresentation(TextFile& fich) {
+  return RunTrapped([&] {
+    const std::shared_ptr<CFont> font = Font();
+    fich.WriteLine(kSectionPresentation);
+    fich.WriteLine(KeyLine(kKeyFonte, font->Name()));
+    fich.WriteLine(KeyLine(kKeyPoints, IntText(font->Size())));
+    fich.WriteLine(KeyLine(kKeyGras, BoolText(font->Bold())));
+    fich.WriteLine(KeyLine(kKeySouligne, BoolText(font->Underline())));
+    fich.WriteLine(KeyLine(kKeyItalique, BoolText(font->Italic())));
+    fich.WriteLine(KeyLine(kKeyBarre, BoolText(font->StrikeThrough())));
+    fich.WriteLine(KeyLine(kKeyCouleur, IntText(font->Color())));
+    fich.WriteLine(KeyLine(kKeyCouleurFond, IntText(font->BackColor())));
+    // The currency's code when the catalogue knows the index, else the index.
+    std::string devise = IntText(iDevise());
+    try {
+      const std::shared_ptr<cMarquage> owner = oOwnerMarquage();
+      if (owner && owner->oDevises) {
+        const std::shared_ptr<mandor::Devise> entry = owner->oDevises->Item(static_cast<long>(iDevise()));
+        if (entry) devise = entry->code();
+      }
+    } catch (const std::exception&) {
+    }
+    fich.WriteLine(KeyLine(kKeyDefDevise, devise));
+    fich.WriteLine(KeyLine(kKeyChampLargeurCm, CentimetreText(champ_largeur_cm)));
+    fich.WriteLine(KeyLine(kKeyTypeDocument, Type_Document));
+  });
+}
+
+bool Mandor::WriteConstante(TextFile& fich) {
+  return RunTrapped([&] { WriteConstanteLines(*this, fich); });
+}
+
+bool Mandor::WriteSource(TextFile& fich) {
+  if (!RunTrapped([&] { WriteSourceLines(*this, fich); })) return false;
+  if (Docs.Count() == 0) {
+    // The document's default data file, created empty when missing. It is
+    // not part of the marking, so failing to create it fails nothing.
+    const std::string data_file = Répertoire_Document + Nom_Document() + kDataExtension;
+    RunTrapped([&] {
+      if (CurrentPlatform().FileExists(data_file)) return;
+      if (std::unique_ptr<TextFile> data = OpenFileWrite(data_file)) data->Close();
+    });
+  }
+  return true;
+}
+
+bool Mandor::WriteChampsRecurrents(TextFile& fich) {
+  return RunTrapped([&] {
+    fich.WriteLine(kSectionChampsRecurrents);
+    fich.WriteLine(KeyLine(kKeyNombreChampsRecurrents, IntText(ChampsRecurrents.Count())));
+    long i = 0;
+    for (const auto& champ : ChampsRecurrents) {
+      ++i;
+      fich.WriteLine(KeyLine(NumberedKey(kKeyRecurrentPrefix, i), RecurrentRecord(Deref(champ))));
+    }
+  });
+}
+
+bool Mandor::WriteRegle_V(TextFile& fich) {
+  return RunTrapped([&] {
+    fich.WriteLine(kSectionReglesVerticales);
+    fich.WriteLine(KeyLine(kKeyNombre, IntText(Regles_V.Count())));
+    long i = 0;
+    for (const auto& regle : Regles_V) {
+      ++i;
+      Deref(regle);
+      if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
+      fich.WriteLine(KeyLine(NumberedKey("", i), RulerRecord(*regle)));
+    }
+  });
+}
+
+bool Mandor::WritePage(TextFile& fich, bool WithQte) {
+  return RunTrapped([&] {
+    fich.WriteLine(kSectionPages);
+    fich.WriteLine(KeyLine(kKeyNombre, IntText(Pages.Count())));
+    // The last quantity value met, written in every field until the next.
+    std::string value_text;
+    long n = 0;
+    for (const auto& page_ptr : Pages) {
+      ++n;
+      const CPage& page = Deref(page_ptr);
+      fich.WriteLine(PageSectionHeader(n));
+      fich.WriteLine(KeyLine(kKeyNombreReglesH, IntText(page.Regles_H.Count())));
+      long i = 0;
+      for (const auto& regle : page.Regles_H) {
+        ++i;
+        Deref(regle);
+        if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
+        fich.WriteLine(KeyLine(NumberedKey(kKeyRulerPrefix, i), RulerRecord(*regle)));
+      }
+      fich.WriteLine(KeyLine(kKeyImage, Bool01Text(!page.NoImage)));
+      fich.WriteLine(KeyLine(kKeyNombreChamps, IntText(page.Champs.Count())));
+      i = 0;
+      for (const auto& champ : page.Champs) {
+        ++i;
+        Deref(champ);
+        if (champ->Id.empty()) champ->Id = GeneratedFieldId(n, i);
+        if (WithQte && champ->Nom().find(kQuantityMarker) != std::string::npos) {
+          value_text = FormatText(EnlèveSéparateurs(champ->valeur()), FormatNombreSortie(champ));
+        }
+        fich.WriteLine(KeyLine(NumberedKey(kKeyFieldPrefix, i), FieldRecord(*champ, value_text)));
+      }
+    }
+  });
+}
+
+// --- standard layout ---
+
+int16_t Mandor::SauvegarderMarquageStd() {
+  if (Nom_Document().empty()) return 0;
+  Platform& platform = CurrentPlatform();
+  const std::string target = Répertoire_Document + Nom_Document() + kStandardExtension;
+  const std::string temporary = target + kTemporarySuffix;
+  try {
+    std::unique_ptr<TextFile> fich = platform.OpenTextFile(temporary, OpenMode::kOutput);
+    WriteCalageLines(*this, *fich, false);
+
+    const std::shared_ptr<CFont> font = Font();
+    fich->WriteLine(kSectionPresentation);
+    fich->WriteLine(KeyLine(kKeyFonte, font->Name()));
+    fich->WriteLine(KeyLine(kKeyPoints, IntText(font->Size())));
+    fich->WriteLine(KeyLine(kKeyCouleur, IntText(iDevise())));  // the currency index in this layout
+    fich->WriteLine(KeyLine(kKeyChampLargeurCm, CentimetreText(champ_largeur_cm)));
+    fich->WriteLine(KeyLine(kKeyTypeDocument, Type_Document));
+
+    WriteConstanteLines(*this, *fich);
+    WriteSourceLines(*this, *fich);
+
+    fich->WriteLine(kSectionReglesVerticales);
+    fich->WriteLine(KeyLine(kKeyNombre, IntText(Regles_V.Count())));
+    long i = 0;
+    for (const auto& regle : Regles_V) {
+      ++i;
+      Deref(regle);
+      if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
+      fich->WriteLine(KeyLine(NumberedKey("", i), StdVerticalRulerRecord(*regle)));
+    }
+
+    fich->WriteLine(kSectionPages);
+    fich->WriteLine(KeyLine(kKeyNombre, IntText(Pages.Count())));
+    long n = 0;
+    for (const auto& page_ptr : Pages) {
+      ++n;
+      const CPage& page = Deref(page_ptr);
+      fich->WriteLine(PageSectionHeader(n));
+      fich->WriteLine(KeyLine(kKeyNombreReglesH, IntText(page.Regles_H.Count())));
+      i = 0;
+      for (const auto& regle : page.Regles_H) {
+        ++i;
+        Deref(regle);
+        if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
+        fich->WriteLine(KeyLine(NumberedKey(kKeyRulerPrefix, i), StdPageRulerRecord(*regle)));
+      }
+      fich->WriteLine(KeyLine(kKeyNombreChamps, IntText(page.Champs.Count())));
+      i = 0;
+      for (const auto& champ : page.Champs) {
+        ++i;
+        Deref(champ);
+        if (champ->Id.empty()) champ->Id = GeneratedFieldId(n, i);
+        fich->WriteLine(KeyLine(NumberedKey(kKeyFieldPrefix, i), StdFieldRecord(*champ)));
+      }
+    }
+    fich->Close();
+    platform.RenameFile(temporary, target);
+  } catch (const std::exception&) {
+    // The previous marking stays; the error reaches the caller.
+    DiscardTemporary(temporary);
+    throw;
+  }
+  return -1;
+}
+
+}  // namespace mandor

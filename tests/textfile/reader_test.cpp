@@ -1,0 +1,978 @@
+// Tests of the text marking reader (extended ".xnf" and standard ".cnf"
+// layouts) and of the layout helpers it shares with the writer.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "mandor/fields/champ.h"
+#include "mandor/model/mandor.h"
+#include "mandor/textfile/format.h"
+#include "mandor/util/error.h"
+#include "mandor/util/memory_platform.h"
+#include "mandor/util/text.h"
+#include "mandor/xml/marquage.h"
+
+namespace mandor {
+namespace {
+
+namespace tf = textfile;
+
+constexpr char kFolder[] = "marquages/";
+constexpr char kName[] = "bordereau.bpx";
+constexpr char kNbsp[] = "\xC2\xA0";
+
+// The raw bytes of a hand-written marking of the test tree.
+std::string DataFile(const std::string& name) {
+  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/textfile/" + name, std::ios::binary);
+  EXPECT_TRUE(in.good()) << name;
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// Lines joined with CR LF, as the files are written.
+std::string CrLf(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const auto& line : lines) text += line + "\r\n";
+  return text;
+}
+
+// The lines without the section `header` and its lines.
+std::vector<std::string> WithoutSection(const std::vector<std::string>& lines, const std::string& header) {
+  std::vector<std::string> kept;
+  bool skipping = false;
+  for (const auto& line : lines) {
+    if (line == header) {
+      skipping = true;
+      continue;
+    }
+    if (skipping && !line.empty() && line[0] == '[') skipping = false;
+    if (!skipping) kept.push_back(line);
+  }
+  return kept;
+}
+
+// The lines with the first line starting with `prefix` replaced.
+std::vector<std::string> Replaced(std::vector<std::string> lines, const std::string& prefix,
+                                  const std::string& replacement) {
+  for (auto& line : lines) {
+    if (line.rfind(prefix, 0) == 0) {
+      line = replacement;
+      return lines;
+    }
+  }
+  ADD_FAILURE() << "no line starts with " << prefix;
+  return lines;
+}
+
+class ReaderTest : public ::testing::Test {
+ protected:
+  ReaderTest() : platform_(std::make_shared<MemoryPlatform>(Locale::Comma())), scope_(platform_) {
+    doc_->Répertoire_Document = kFolder;
+    doc_->Nom_Document(kName);
+  }
+
+  static std::string Path(const char* extension) { return std::string(kFolder) + kName + extension; }
+  static std::string XnfPath() { return Path(tf::kExtendedExtension); }
+  static std::string CnfPath() { return Path(tf::kStandardExtension); }
+
+  void PutXnf(const std::vector<std::string>& lines) { platform_->SetFileText(XnfPath(), CrLf(lines)); }
+  void PutCnf(const std::vector<std::string>& lines) { platform_->SetFileText(CnfPath(), CrLf(lines)); }
+  void PutDataXnf() { platform_->SetFileBytes(XnfPath(), DataFile("bordereau.bpx.xnf")); }
+  void PutDataCnf() { platform_->SetFileBytes(CnfPath(), DataFile("bordereau.bpx.cnf")); }
+  // Names of a collection of fields, in order.
+  static std::vector<std::string> Names(const Collection<CChamp>& fields) {
+    std::vector<std::string> names;
+    for (const auto& f : fields) names.push_back(f->Nom());
+    return names;
+  }
+
+  void ExpectMessage(size_t index, const std::string& text, const std::string& title, MessageStyle style) {
+    ASSERT_LT(index, platform_->messages().size());
+    EXPECT_EQ(platform_->messages()[index].text, text);
+    EXPECT_EQ(platform_->messages()[index].title, title);
+    EXPECT_EQ(platform_->messages()[index].style, style);
+  }
+
+  std::shared_ptr<MemoryPlatform> platform_;
+  ScopedPlatform scope_;
+  std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
+};
+
+// A small extended marking: one vertical ruler, one page with one ruler and two fields.
+std::vector<std::string> SmallXnf() {
+  return {
+      "[Calage]",
+      "Type=0",
+      "Orientation=1",
+      "Version=2",
+      "FondGris=0",
+      "[Présentation]",
+      "Fonte=Arial",
+      "Points=10",
+      "Gras=False",
+      "Souligne=False",
+      "Italique=False",
+      "Barre=False",
+      "Couleur=0",
+      "CouleurFond=16777215",
+      "DefDevise=0",
+      "champ_largeur_cm=3,5",
+      "Type_document=BPU",
+      "[Constantes]",
+      "TVA=20,6",
+      "[Source]",
+      "Nombre=0",
+      "[Champs Récurrents]",
+      "Nombre_ChampsRecurrents=0",
+      "[Règles verticales]",
+      "Nombre=1",
+      "1=00001|Qté|Arial|10|0|2|1250|0|2|1|0",
+      "[Pages]",
+      "Nombre=1",
+      "[Page 1]",
+      "Nombre_règles_h=1",
+      "r1=00001|L1|Arial|10|0|2|0|820|0|1|0",
+      "Image=1",
+      "Nombre_champs=2",
+      "c1=001_00001|L1_Qté|Arial|10|0|12,50|Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|16777215||False",
+      "c2=001_00002|L1_Montant|Arial|10|0|12,50|Qté|0|L1|0|1||2|800|850|1900|2250|1|0|False|False|False|16777215||False",
+  };
+}
+
+// A small standard marking with the same content.
+std::vector<std::string> SmallCnf() {
+  return {
+      "[Calage]",
+      "Type=0",
+      "Orientation=1",
+      "[Présentation]",
+      "Fonte=Arial",
+      "Points=10",
+      "Couleur=0",
+      "champ_largeur_cm=3,5",
+      "Type_document=Prix",
+      "[Constantes]",
+      "TVA=20,6",
+      "[Source]",
+      "Nombre=0",
+      "[Règles verticales]",
+      "Nombre=1",
+      "1=00001|Qté|10,58|0|2|1250|0|2|1",
+      "[Pages]",
+      "Nombre=1",
+      "[Page 1]",
+      "Nombre_règles_h=1",
+      "r1=00001|L1|0|6,94|0|820|0|1",
+      "Nombre_champs=1",
+      "c1=001_00001|L1_Qté|10,58|6,77|7,2|12,7|Qté|0|L1|0|1||2|800|850|1250|1500|1",
+  };
+}
+
+// --- layout helpers ---
+
+TEST_F(ReaderTest, FormatHelpersBuildKeysIdsAndTexts) {
+  EXPECT_EQ(tf::NumberedKey("c", 3), "c3");
+  EXPECT_EQ(tf::NumberedKey(tf::kKeyDocumentPrefix, 12), "Document_12");
+  EXPECT_EQ(tf::NumberedKey("", 7), "7");
+  EXPECT_EQ(tf::PageSectionHeader(1), "[Page 1]");
+  EXPECT_EQ(tf::PageSectionHeader(12), "[Page 12]");
+  EXPECT_EQ(tf::PageKey(3), "page_3");
+  EXPECT_EQ(tf::GeneratedRulerId(7), "00007");
+  EXPECT_EQ(tf::GeneratedRulerId(123456), "123456");
+  EXPECT_EQ(tf::GeneratedFieldId(1, 4), "001_00004");
+  EXPECT_EQ(tf::GeneratedFieldId(2, 11), "002_00011");
+  EXPECT_EQ(tf::ZeroPadded(-3, 3), "-003");
+
+  EXPECT_EQ(tf::SeparatorToText("\t"), "TAB");
+  EXPECT_EQ(tf::SeparatorToText(";"), ";");
+  EXPECT_EQ(tf::SeparatorToText(""), "");
+  EXPECT_EQ(tf::SeparatorFromText("TAB"), std::optional<std::string>("\t"));
+  EXPECT_EQ(tf::SeparatorFromText(";x"), std::optional<std::string>(";"));
+  EXPECT_EQ(tf::SeparatorFromText("§;"), std::optional<std::string>("§")) << "one character, not one byte";
+  EXPECT_EQ(tf::SeparatorFromText(""), std::optional<std::string>(""));
+  EXPECT_EQ(tf::SeparatorFromText("inconnu"), std::nullopt);
+  EXPECT_EQ(tf::SeparatorFromText("tab"), std::optional<std::string>("t")) << "TAB is compared exactly";
+
+  EXPECT_TRUE(tf::IsMdnFileName("prix.MDN"));
+  EXPECT_TRUE(tf::IsMdnFileName("prix.mdn"));
+  EXPECT_FALSE(tf::IsMdnFileName("prix.Mdn"));
+  EXPECT_FALSE(tf::IsMdnFileName("MDN"));
+
+  EXPECT_EQ(tf::Bool01Text(true), "1");
+  EXPECT_EQ(tf::Bool01Text(false), "0");
+  for (const char* text : {"True", "true", "Vrai", "VRAI", "1", "-1"}) {
+    EXPECT_EQ(tf::ParseBoolText(text), std::optional<bool>(true)) << text;
+  }
+  for (const char* text : {"False", "Faux", "0", " 0 "}) {
+    EXPECT_EQ(tf::ParseBoolText(text), std::optional<bool>(false)) << text;
+  }
+  EXPECT_EQ(tf::ParseBoolText(""), std::nullopt);
+  EXPECT_EQ(tf::ParseBoolText("oui"), std::nullopt);
+
+  EXPECT_TRUE(tf::IsKnownOrientation(0));
+  EXPECT_TRUE(tf::IsKnownOrientation(2));
+  EXPECT_FALSE(tf::IsKnownOrientation(3));
+}
+
+TEST_F(ReaderTest, FormatNumberTextsFollowTheLocale) {
+  // Comma locale: both codes carry a comma.
+  EXPECT_EQ(tf::CentimetreText(21.5f), "21,5");
+  EXPECT_EQ(tf::PixelText(1520.5f), "1520,5");
+  EXPECT_DOUBLE_EQ(tf::ParseFileNumber("21,5"), 21.5);
+  EXPECT_DOUBLE_EQ(tf::ParseFileNumber("21.5"), 21.5);
+  // Point locale: centimetres still carry a comma, pixels the locale's point.
+  platform_->SetLocale(Locale::Point());
+  EXPECT_EQ(tf::CentimetreText(21.5f), "21,5");
+  EXPECT_EQ(tf::PixelText(1520.5f), "1520.5");
+  EXPECT_EQ(tf::CentimetreText(3.0f), "3");
+  EXPECT_DOUBLE_EQ(tf::ParseFileNumber("21,5"), 21.5);
+  try {
+    tf::ParseFileNumber("abc");
+    ADD_FAILURE() << "no error";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), kTypeMismatch);
+  }
+}
+
+// --- extended layout: the hand-written price schedule ---
+
+class ExtendedScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
+  const bool comma = GetParam();
+  platform_->SetLocale(comma ? Locale::Comma() : Locale::Point());
+  PutDataXnf();
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_TRUE(platform_->messages().empty());
+  EXPECT_EQ(platform_->OpenFileCount(), 0u);
+  EXPECT_EQ(doc_->Nom_Document(), kName);
+
+  // [Calage]
+  EXPECT_EQ(doc_->Type_calage, 2);
+  EXPECT_EQ(doc_->Orientation, 1);
+  EXPECT_FLOAT_EQ(doc_->X1_pixel, 236);
+  EXPECT_FLOAT_EQ(doc_->Y1_pixel, 354);
+  EXPECT_FLOAT_EQ(doc_->X1_cm, 2);
+  EXPECT_FLOAT_EQ(doc_->Y1_cm, 3);
+  EXPECT_FLOAT_EQ(doc_->X2_pixel, 2244.5f);
+  EXPECT_FLOAT_EQ(doc_->Y2_pixel, 3189);
+  EXPECT_FLOAT_EQ(doc_->X2_cm, 19);
+  EXPECT_FLOAT_EQ(doc_->Y2_cm, 27.25f);
+  EXPECT_FLOAT_EQ(doc_->feuille_cm_largeur, 0) << "keys absent from the section change nothing";
+  EXPECT_TRUE(doc_->bFondGrise);
+
+  // [Présentation], [Constantes]
+  auto font = doc_->Font();
+  EXPECT_EQ(font->Name(), "Arial");
+  EXPECT_EQ(font->Size(), 10);
+  EXPECT_TRUE(font->Italic());
+  EXPECT_FALSE(font->Bold());
+  EXPECT_FALSE(font->Underline());
+  EXPECT_FALSE(font->StrikeThrough());
+  EXPECT_EQ(font->Color(), 8388608);
+  EXPECT_EQ(font->BackColor(), 16777215);
+  EXPECT_EQ(doc_->Devise(), "EUR");
+  EXPECT_FLOAT_EQ(doc_->champ_largeur_cm, 3.5f);
+  EXPECT_EQ(doc_->Type_Document, "BPU");
+  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
+
+  // [Source]
+  ASSERT_EQ(doc_->Docs.Count(), 2);
+  EXPECT_EQ(doc_->Docs.Item(1)->Fichier, "Prix Lot 2.MDN");
+  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
+  EXPECT_EQ(doc_->Docs.Item(2)->Fichier, "quantités.csv");
+  EXPECT_EQ(doc_->Docs.Item(2)->Séparateur, ";");
+  EXPECT_EQ(doc_->FichierMDN, "Prix Lot 2.MDN");
+
+  // [Règles verticales]
+  ASSERT_EQ(doc_->Regles_V.Count(), 4);
+  auto pu = doc_->RegleV("prix unitaire");
+  ASSERT_NE(pu, nullptr);
+  EXPECT_EQ(pu->Id, "00003");
+  EXPECT_EQ(pu->Nom, "Prix unitaire");
+  EXPECT_FLOAT_EQ(pu->Position_pixel_X, 1520.5f);
+  EXPECT_FLOAT_EQ(pu->largeur_cm, 3.5f);
+  EXPECT_EQ(pu->Décimales, 2);
+  EXPECT_EQ(pu->Imprimable, 1);
+  EXPECT_TRUE(pu->isNewVersion());
+  EXPECT_EQ(pu->oOwnerMandor(), doc_);
+  auto montant = doc_->RegleV("Montant");
+  EXPECT_EQ(montant->FontName(), "Times New Roman");
+  EXPECT_EQ(montant->FontSize(), 12);
+  EXPECT_TRUE(montant->Bold());
+  EXPECT_EQ(doc_->Regles_V.Item(1)->Nom, "Désignation");
+
+  // [Pages]
+  ASSERT_EQ(doc_->Pages.Count(), 3);
+  for (long p = 1; p <= 3; ++p) {
+    auto page = doc_->Pages.Item(p);
+    EXPECT_EQ(page->Id, "page_" + std::to_string(p));
+    EXPECT_EQ(doc_->Pages.Item("page_" + std::to_string(p)), page);
+    EXPECT_EQ(page->oOwnerMandor.lock(), doc_);
+    for (const auto& ruler : page->Regles_H) {
+      EXPECT_EQ(ruler->Page(), page);
+      EXPECT_EQ(ruler->oOwnerMandor(), doc_);
+    }
+    for (const auto& field : page->Champs) {
+      EXPECT_EQ(field->oOwnerPage.lock(), page);
+      EXPECT_EQ(field->oOwnerMandor(), doc_);
+      EXPECT_EQ(field->Page, p);
+      EXPECT_TRUE(field->isNewVersion());
+    }
+  }
+  auto page1 = doc_->Pages.Item(1);
+  EXPECT_FALSE(page1->NoImage);
+  EXPECT_TRUE(doc_->Pages.Item(3)->NoImage);
+  ASSERT_EQ(page1->Regles_H.Count(), 3);
+  EXPECT_FLOAT_EQ(page1->Regles_H.Item("L2")->Position_pixel_Y, 905);
+  EXPECT_TRUE(page1->Regles_H.Item("L3")->Italic());
+  EXPECT_EQ(doc_->Regles_H.Count(), 0) << "page rulers stay on their page";
+
+  // Fields in reading order (bottom, then right edge), whatever the line order.
+  EXPECT_EQ(Names(page1->Champs),
+            (std::vector<std::string>{"L1_Qté", "L1_Prix unitaire", "L1_Montant", "L2_Qté", "L2_Prix unitaire",
+                                      "L2_Montant", "L3_Qté", "L3_Prix unitaire", "L3_Montant"}));
+  auto qte = page1->Champs.Item("L1_Qté");
+  EXPECT_EQ(qte->Id, "001_00001");
+  EXPECT_EQ(qte->NumChamp, 1);
+  EXPECT_EQ(qte->oRegleH(), page1->Regles_H.Item("L1"));
+  EXPECT_EQ(qte->oRegleV(), doc_->RegleV("Qté"));
+  EXPECT_EQ(qte->Accrochage_V(), "Qté");
+  EXPECT_EQ(qte->Accrochage_H(), "L1");
+  EXPECT_EQ(qte->NomRegleV(), "Qté");
+  EXPECT_FLOAT_EQ(qte->Position_pixel_Top, 800);
+  EXPECT_FLOAT_EQ(qte->Position_pixel_Bottom, 850);
+  EXPECT_FLOAT_EQ(qte->Position_pixel_Left, 1250);
+  EXPECT_FLOAT_EQ(qte->Position_pixel_Right, 1500);
+  EXPECT_EQ(qte->Décimales(), 2);
+  EXPECT_EQ(qte->Type_Champ(), 1);
+  EXPECT_EQ(qte->Imprimable(), 1);
+  EXPECT_FALSE(qte->Transparent());
+
+  auto l1_montant = page1->Champs.Item("L1_Montant");
+  EXPECT_EQ(l1_montant->Formule(), "L1_Qté*L1_Prix unitaire");
+  EXPECT_EQ(l1_montant->FontName(), "Times New Roman");
+  EXPECT_EQ(l1_montant->FontSize(), 12);
+  EXPECT_EQ(l1_montant->FontColor(), 255);
+  EXPECT_TRUE(l1_montant->Bold());
+  EXPECT_EQ(l1_montant->oRegleV(), montant);
+  // Blank font columns: the field keeps what it inherits from the document.
+  EXPECT_EQ(page1->Champs.Item("L1_Prix unitaire")->FontColor(), 8388608);
+  auto l3_qte = page1->Champs.Item("L3_Qté");
+  EXPECT_EQ(l3_qte->NumChamp, 8);
+  EXPECT_TRUE(l3_qte->Italic());
+  EXPECT_TRUE(l3_qte->Underligne());
+  EXPECT_TRUE(l3_qte->Transparent());
+  EXPECT_EQ(page1->Champs.Item("L3_Montant")->NumChamp, 7);
+
+  // The value texts were written with decimal commas: that is the data's separator.
+  EXPECT_EQ(doc_->SepDecExt, ",");
+  if (comma) {
+    EXPECT_EQ(qte->InitialValue(), "12,50");
+    EXPECT_EQ(qte->valeur(), "12,50");
+    EXPECT_EQ(page1->Champs.Item("L2_Qté")->InitialValue(), "3") << "no decimals";
+    EXPECT_EQ(page1->Champs.Item("L2_Prix unitaire")->InitialValue(), "3,00") << "the last quantity carries on";
+    EXPECT_EQ(l3_qte->InitialValue(), std::string("1") + kNbsp + "250,5");
+    EXPECT_EQ(page1->Champs.Item("L3_Montant")->InitialValue(), std::string("1") + kNbsp + "250,50");
+  }
+
+  // Pages 2 and 3, the escaped formulas.
+  auto page2 = doc_->Pages.Item(2);
+  EXPECT_EQ(Names(page2->Champs), (std::vector<std::string>{"Report_Montant", "L1_Qté", "L1_Prix unitaire",
+                                                            "L1_Montant", "L2_Qté", "L2_Prix unitaire",
+                                                            "L2_Montant"}));
+  EXPECT_EQ(page2->Champs.Item("L1_Qté")->oRegleH(), page2->Regles_H.Item("L1"));
+  auto page3 = doc_->Pages.Item(3);
+  EXPECT_EQ(Names(page3->Champs),
+            (std::vector<std::string>{"Report_Montant", "Total_Désignation", "Total_Montant"}));
+  EXPECT_EQ(page3->Champs.Item("Total_Montant")->Formule(), "Total HT=SOMME(Montant)|TVA\r\nTTC");
+  EXPECT_EQ(page3->Champs.Item("Total_Désignation")->Formule(), "Total général") << "type 0: as it stands";
+  EXPECT_EQ(page3->Champs.Item("Total_Désignation")->BackColor(), 15790320);
+
+  // Recurrent fields, linked to their copies.
+  ASSERT_EQ(doc_->ChampsRecurrents.Count(), 2);
+  auto report = doc_->ChampsRecurrents.Item("Report_Montant");
+  EXPECT_TRUE(report->Recurrent());
+  EXPECT_EQ(report->Formule(), "=REPORT(Montant)");
+  EXPECT_EQ(report->Type_Champ(), 3);
+  EXPECT_EQ(report->Accrochage_V_Type(), 5);
+  EXPECT_EQ(report->Accrochage_V(), "Montant");  // resolved by name later: the rulers come after
+  EXPECT_EQ(report->oOwnerPage.lock(), nullptr);
+  EXPECT_EQ(report->InitialValue(), "");
+  EXPECT_EQ(report->NumChamp, 1);
+  auto numero = doc_->ChampsRecurrents.Item("Page_Numéro");
+  EXPECT_EQ(numero->InitialValue(), "1");
+  EXPECT_EQ(numero->Imprimable(), 0);
+  EXPECT_EQ(numero->FontSize(), 8);
+  EXPECT_EQ(doc_->Champs.Item("Report_Montant"), report);
+  auto copy2 = page2->Champs.Item("Report_Montant");
+  auto copy3 = page3->Champs.Item("Report_Montant");
+  EXPECT_EQ(copy2->ChampRecurrentDeRef(), "Report_Montant");
+  EXPECT_EQ(copy2->Formule(), "=REPORT(Montant)");
+  ASSERT_EQ(doc_->champsContenantReference.Count(), 2);
+  EXPECT_EQ(doc_->champsContenantReference.Item(1), copy2);
+  EXPECT_EQ(doc_->champsContenantReference.Item(2), copy3);
+  // A change on one copy reaches the master and the other copy.
+  copy2->Décimales(3);
+  EXPECT_EQ(report->Décimales(), 3);
+  EXPECT_EQ(copy3->Décimales(), 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothLocales, ExtendedScheduleTest, ::testing::Values(true, false),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                           return info.param ? std::string("Comma") : std::string("Point");
+                         });
+
+TEST_F(ReaderTest, ExtendedValuesWrittenInAPointLocale) {
+  platform_->SetLocale(Locale::Point());
+  auto lines = Replaced(SmallXnf(), "c1=",
+                        "c1=001_00001|L1_Qté|Arial|10|0|12.50|Qté|0|L1|0|1||2|800|850.5|1250|1500|1|0|False|False|"
+                        "False|16777215||False");
+  PutXnf(Replaced(lines, "c2=",
+                  "c2=001_00002|L1_Montant|Arial|10|0|1,234.5|Qté|0|L1|0|1||1|800|850|1900|2250|1|0|False|False|"
+                  "False|16777215||False"));
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  auto page = doc_->Pages.Item(1);
+  EXPECT_EQ(page->Champs.Item("L1_Qté")->InitialValue(), "12.50");
+  EXPECT_FLOAT_EQ(page->Champs.Item("L1_Qté")->Position_pixel_Bottom, 850.5f);
+  EXPECT_EQ(page->Champs.Item("L1_Montant")->InitialValue(), "1,234.5") << "grouping removed, then formatted";
+  EXPECT_EQ(doc_->SepDecExt, ".") << "the last field decides";
+  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
+
+  // The same file in a comma locale: the point of the data is brought to a comma.
+  platform_->SetLocale(Locale::Comma());
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Qté")->InitialValue(), "12,50");
+  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Montant")->InitialValue(), std::string("1") + kNbsp + "234,5");
+}
+
+TEST_F(ReaderTest, ExtendedPresentationAndSourceDetails) {
+  // DefDevise as a code found in the catalogue's table gives its index.
+  auto catalogue = std::make_shared<cMarquage>();
+  catalogue->oDevises = std::make_shared<Devises>();
+  catalogue->oDevises->AddDevise("USD", "DOLLAR", "CENT");
+  doc_->oOwnerMarquage(catalogue);
+  auto lines = Replaced(SmallXnf(), "DefDevise=", "DefDevise=USD");
+  lines = Replaced(lines, "Nombre=0",
+                   "Nombre=4");  // the [Source] count (the first "Nombre=0" line)
+  std::vector<std::string> with_sources;
+  for (const auto& line : lines) {
+    with_sources.push_back(line);
+    if (line == "Nombre=4") {
+      for (const char* extra : {"Document_1=a.txt", "Séparateur_1=inconnu", "Document_2=b.mdn", "séparateur_2=;x",
+                                "DOCUMENT_3=c.MDN", "Séparateur_3=TAB", "Document_4=d.Mdn", "Séparateur_4="}) {
+        with_sources.push_back(extra);
+      }
+    }
+  }
+  PutXnf(with_sources);
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->iDevise(), 1);
+  EXPECT_EQ(doc_->Devise(), "USD");
+  ASSERT_EQ(doc_->Docs.Count(), 4);
+  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "") << "inconnu leaves the separator unset";
+  EXPECT_EQ(doc_->Docs.Item(2)->Séparateur, ";") << "the first character only; keys ignore case";
+  EXPECT_EQ(doc_->Docs.Item(3)->Fichier, "c.MDN");
+  EXPECT_EQ(doc_->Docs.Item(3)->Séparateur, "\t");
+  EXPECT_EQ(doc_->Docs.Item(4)->Séparateur, "");
+  EXPECT_EQ(doc_->FichierMDN, "c.MDN") << "the last source ending in .MDN or .mdn; .Mdn does not count";
+
+  // A numeric DefDevise is the index itself; a code the table lacks is kept as the code.
+  PutXnf(Replaced(SmallXnf(), "DefDevise=", "DefDevise=1"));
+  doc_->Devise("");
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->iDevise(), 1);
+  EXPECT_EQ(doc_->Devise(), "USD");
+  PutXnf(Replaced(SmallXnf(), "DefDevise=", "DefDevise=CHF"));
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->Devise(), "CHF");
+}
+
+TEST_F(ReaderTest, ExtendedImageKeyAndEmptyPages) {
+  // No "Image" key: the new page keeps its default; "Image=0" sets NoImage.
+  PutXnf(Replaced(SmallXnf(), "Image=", "Commentaire=sans image"));
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_FALSE(doc_->Pages.Item(1)->NoImage);
+  PutXnf(Replaced(SmallXnf(), "Image=", "Image=0"));
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_TRUE(doc_->Pages.Item(1)->NoImage);
+
+  // "[Pages]" with Nombre=0 loads a document without pages.
+  auto lines = SmallXnf();
+  lines.resize(27);  // up to and including "[Pages]"
+  ASSERT_EQ(lines.back(), "[Pages]");
+  lines.push_back("Nombre=0");
+  PutXnf(lines);
+  EXPECT_EQ(doc_->RestaurerMarquageEx(), -1);
+  EXPECT_EQ(doc_->Pages.Count(), 0);
+  EXPECT_EQ(doc_->Regles_V.Count(), 1);
+  EXPECT_TRUE(platform_->messages().empty());
+
+  // Without "[Champs Récurrents]" the file loads too.
+  PutXnf(WithoutSection(SmallXnf(), tf::kSectionChampsRecurrents));
+  EXPECT_EQ(doc_->RestaurerMarquageEx(), -1);
+  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 2);
+  EXPECT_TRUE(platform_->messages().empty());
+}
+
+TEST_F(ReaderTest, ExtendedSkipsMalformedAndMissingRecords) {
+  std::string many_columns = "c2=001_00002|Large";
+  for (int i = 0; i < 20000; ++i) many_columns += "|x";
+  auto lines = SmallXnf();
+  lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=5");
+  lines = Replaced(lines, "c2=", many_columns);
+  lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=3");
+  lines = Replaced(lines, "r1=", "R1=00001|L1|Arial|10|0|2|0|820|0|1|0");  // keys ignore case
+  lines.insert(lines.begin() + 31, "r3=00003|L3|Arial|10|0|2|0|990|0|1");  // 10 columns
+  lines.insert(lines.begin() + 25, "2=00002|Vide|Arial|10|0|2|1250|0|2|1|0|0");  // 12 columns
+  // 24 columns: skipped; line 4 missing; line 5 present.
+  lines.push_back("c3=001_00003|Court|Arial|10|0||Qté|0|L1|0|1||2|800|850|1600|1700|1|0|False|False|False|0|");
+  lines.push_back("C5=001_00005|L1_Dernier|Arial|10|0||Qté|0|L1|0|1||2|900|950|1250|1500|1|0|False|False|False|0||");
+  lines = Replaced(lines, "Nombre=1", "Nombre=2");  // two vertical rulers announced
+  PutXnf(lines);
+
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_TRUE(platform_->messages().empty());
+  EXPECT_EQ(doc_->Regles_V.Count(), 1);
+  auto page = doc_->Pages.Item(1);
+  ASSERT_EQ(page->Regles_H.Count(), 1);
+  EXPECT_EQ(page->Regles_H.Item(1)->Nom, "L1");
+  EXPECT_EQ(Names(page->Champs), (std::vector<std::string>{"L1_Qté", "L1_Dernier"}));
+  EXPECT_EQ(page->Champs.Item("L1_Dernier")->NumChamp, 5);
+  EXPECT_FALSE(page->Champs.Item("L1_Dernier")->Transparent()) << "an empty last column reads as false";
+}
+
+// Mandatory sections: the message of CloseFileError, then the handler's.
+TEST_F(ReaderTest, ExtendedMissingSectionsFailWithTheirMessages) {
+  const char* mandatory[] = {tf::kSectionCalage, tf::kSectionPresentation, tf::kSectionConstantes,
+                             tf::kSectionSource, tf::kSectionReglesVerticales, tf::kSectionPages};
+  for (const char* header : mandatory) {
+    SCOPED_TRACE(header);
+    platform_->ClearMessages();
+    doc_->Nom_Document(kName);
+    PutXnf(WithoutSection(SmallXnf(), header));
+    EXPECT_FALSE(doc_->RestaurerMarquage());
+    ASSERT_EQ(platform_->messages().size(), 2u);
+    ExpectMessage(0, "Section " + std::string(header) + " absente du fichier " + XnfPath(), "Erreur Fichier",
+                  MessageStyle::kExclamation);
+    ExpectMessage(1, "ERREUR dans RestaurerMarquageEx: Invalid procedure call or argument", kDefaultMessageTitle,
+                  MessageStyle::kCritical);
+    EXPECT_EQ(doc_->Nom_Document(), "") << "CloseFileError clears the name";
+    EXPECT_EQ(platform_->OpenFileCount(), 0u);
+    EXPECT_EQ(doc_->Pages.Count(), 0);
+  }
+
+  // What was read before the failure stays: here the rulers, not the pages.
+  doc_->Nom_Document(kName);
+  PutXnf(WithoutSection(SmallXnf(), tf::kSectionPages));
+  EXPECT_EQ(doc_->RestaurerMarquageEx(), 0);
+  EXPECT_EQ(doc_->Regles_V.Count(), 1);
+  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
+
+  // A missing page section: the message names the page and no file.
+  platform_->ClearMessages();
+  doc_->Nom_Document(kName);
+  auto lines = SmallXnf();
+  for (auto& line : lines) {
+    if (line == "[Page 1]") line = "[Page 2]";
+  }
+  PutXnf(lines);
+  EXPECT_EQ(doc_->RestaurerMarquageEx(), 0);
+  ASSERT_EQ(platform_->messages().size(), 2u);
+  ExpectMessage(0, "Section [Page 1] absente du fichier ", "Erreur Fichier", MessageStyle::kExclamation);
+  EXPECT_EQ(platform_->OpenFileCount(), 0u);
+}
+
+TEST_F(ReaderTest, ExtendedRunTimeErrorsGoToTheHandler) {
+  struct Case {
+    std::string prefix;
+    std::string replacement;
+    std::string description;
+  };
+  const Case cases[] = {
+      {"Type=", "Type=deux", "Type mismatch"},
+      {"TVA=", "TVA=vingt", "Type mismatch"},
+      {"Gras=", "Gras=peut-être", "Type mismatch"},
+      {"Points=", "Points=99999", "Overflow"},
+      {"Nombre_champs=", "Nombre_champs=3000000000", "Overflow"},
+      {"c1=", "c1=001_00001|L1_Qté|Arial|dix|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False",
+       "Type mismatch"},
+      {"c2=",
+       "c2=001_00002|L1_Qté|Arial|10|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False",
+       "This key is already associated with an element of this collection"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.replacement);
+    platform_->ClearMessages();
+    PutXnf(Replaced(SmallXnf(), c.prefix, c.replacement));
+    EXPECT_EQ(doc_->RestaurerMarquageEx(), 0);
+    ASSERT_EQ(platform_->messages().size(), 1u);
+    ExpectMessage(0, "ERREUR dans RestaurerMarquageEx: " + c.description, kDefaultMessageTitle,
+                  MessageStyle::kCritical);
+    EXPECT_EQ(platform_->OpenFileCount(), 0u);
+    EXPECT_EQ(doc_->Nom_Document(), kName) << "only CloseFileError clears the name";
+  }
+
+  // The file cannot be opened: the handler reports it and the model is untouched.
+  PutXnf(SmallXnf());
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  platform_->ClearMessages();
+  platform_->FailOn(MemoryPlatform::Operation::kOpenInput, ".xnf");
+  EXPECT_FALSE(doc_->RestaurerMarquage());
+  ExpectMessage(0, "ERREUR dans RestaurerMarquageEx: Path/File access error", kDefaultMessageTitle,
+                MessageStyle::kCritical);
+  EXPECT_EQ(doc_->Pages.Count(), 1);
+}
+
+TEST_F(ReaderTest, ExtendedHeaderAsLastLine) {
+  for (const char* last : {"[Pages]", "[Page 1]"}) {
+    SCOPED_TRACE(last);
+    platform_->ClearMessages();
+    auto lines = SmallXnf();
+    while (lines.back() != last) lines.pop_back();
+    PutXnf(lines);
+    EXPECT_FALSE(doc_->RestaurerMarquage());
+    ASSERT_EQ(platform_->messages().size(), 1u);
+    ExpectMessage(0, "ERREUR dans RestaurerMarquageEx: Input past end of file", kDefaultMessageTitle,
+                  MessageStyle::kCritical);
+    EXPECT_EQ(platform_->OpenFileCount(), 0u);
+  }
+}
+
+TEST_F(ReaderTest, ExtendedHugeCountsCostNothing) {
+  const auto start = std::chrono::steady_clock::now();
+
+  // Two billion pages, one present: page 2 is missing.
+  PutXnf(Replaced(SmallXnf(), "[Pages]", "[Pages]\r\nNombre=2000000000"));  // read before "Nombre=1"
+  EXPECT_FALSE(doc_->RestaurerMarquage());
+  ASSERT_EQ(platform_->messages().size(), 2u);
+  ExpectMessage(0, "Section [Page 2] absente du fichier ", "Erreur Fichier", MessageStyle::kExclamation);
+  EXPECT_EQ(doc_->Pages.Count(), 1);
+
+  // Two billion rulers, fields, recurrent fields and sources: only the lines present count.
+  doc_->Nom_Document(kName);
+  platform_->ClearMessages();
+  auto lines = SmallXnf();
+  lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=2000000000");
+  lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=2000000000");
+  lines = Replaced(lines, "Nombre_ChampsRecurrents=", "Nombre_ChampsRecurrents=2000000000");
+  lines = Replaced(lines, "Nombre=1", "Nombre=2000000000");  // vertical rulers
+  lines = Replaced(lines, "Nombre=0", "Nombre=2000000000\r\nDocument_1=a.csv\r\nSéparateur_1=TAB");
+  lines.push_back("c1999999999=z");  // a far number that splits into nothing
+  PutXnf(lines);
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_TRUE(platform_->messages().empty());
+  EXPECT_EQ(doc_->Regles_V.Count(), 1);
+  EXPECT_EQ(doc_->Pages.Item(1)->Regles_H.Count(), 1);
+  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 2);
+  EXPECT_EQ(doc_->ChampsRecurrents.Count(), 0);
+  ASSERT_GE(doc_->Docs.Count(), 1);
+  EXPECT_LE(doc_->Docs.Count(), 3) << "no more sources than the section has lines";
+  EXPECT_EQ(doc_->Docs.Item(1)->Fichier, "a.csv");
+  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
+
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+// Random bytes, truncations and byte changes: a message or a result, never a crash.
+TEST_F(ReaderTest, BadInputNeverCrashes) {
+  std::mt19937 random(20240611);
+  auto restore = [&] {
+    doc_->Nom_Document(kName);
+    platform_->ClearMessages();
+    bool result = false;
+    EXPECT_NO_THROW(result = doc_->RestaurerMarquage());
+    EXPECT_EQ(platform_->OpenFileCount(), 0u);
+    if (!result) {
+      EXPECT_FALSE(platform_->messages().empty());
+    }
+    return result;
+  };
+
+  for (int round = 0; round < 20; ++round) {
+    std::string bytes(1 + random() % 8192, '\0');
+    for (auto& b : bytes) b = static_cast<char>(random());
+    platform_->SetFileBytes(XnfPath(), bytes);
+    EXPECT_FALSE(restore());
+    platform_->DeleteFile(XnfPath());
+    platform_->SetFileBytes(CnfPath(), bytes);
+    EXPECT_FALSE(restore());
+    platform_->DeleteFile(CnfPath());
+  }
+
+  for (const char* name : {"bordereau.bpx.xnf", "bordereau.bpx.cnf"}) {
+    SCOPED_TRACE(name);
+    const std::string data = DataFile(name);
+    const std::string path = std::string(name).find(".xnf") != std::string::npos ? XnfPath() : CnfPath();
+    // Every truncation.
+    int successes = 0;
+    for (size_t length = 0; length < data.size(); length += 7) {
+      platform_->SetFileBytes(path, data.substr(0, length));
+      successes += restore();
+    }
+    EXPECT_LT(successes, static_cast<int>(data.size() / 7));
+    platform_->SetFileBytes(path, data);
+    EXPECT_TRUE(restore());
+    // Random byte changes.
+    for (int round = 0; round < 300; ++round) {
+      std::string changed = data;
+      for (int k = 0; k < 3; ++k) {
+        changed[random() % changed.size()] = "|=[]\r\n0,;x\x7F\xFF"[random() % 12];
+      }
+      platform_->SetFileBytes(path, changed);
+      restore();
+    }
+    platform_->DeleteFile(path);
+  }
+}
+
+// --- choice of the layout ---
+
+TEST_F(ReaderTest, RestaurerMarquageChoosesTheLayout) {
+  // Neither file: false, model untouched.
+  doc_->Pages.Add(std::make_shared<CPage>(), "page_1");
+  EXPECT_FALSE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->Pages.Count(), 1);
+  EXPECT_TRUE(platform_->messages().empty());
+
+  // Only the ".cnf": the standard reader.
+  PutDataCnf();
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->Type_Document, "Prix");
+  EXPECT_EQ(doc_->Pages.Count(), 2);
+
+  // Both: only the ".xnf" is read.
+  PutDataXnf();
+  ASSERT_TRUE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->Type_Document, "BPU");
+  EXPECT_EQ(doc_->Pages.Count(), 3);
+  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
+
+  // A broken ".xnf" is not replaced by the ".cnf".
+  platform_->SetFileText(XnfPath(), "[Calage]\r\nType=0\r\n");
+  EXPECT_FALSE(doc_->RestaurerMarquage());
+  EXPECT_EQ(doc_->Pages.Count(), 0);
+}
+
+TEST_F(ReaderTest, ReadsTheFilesOfTheRealFileSystem) {
+  ScopedPlatform system(std::make_shared<SystemPlatform>());
+  auto doc = std::make_shared<Mandor>();
+  doc->Répertoire_Document = std::string(MANDOR_TEST_DATA_DIR) + "/textfile/";
+  doc->Nom_Document(kName);
+  ASSERT_TRUE(doc->RestaurerMarquage());
+  EXPECT_EQ(doc->Pages.Count(), 3);
+  EXPECT_EQ(doc->Docs.Item(2)->Fichier, "quantités.csv");
+  EXPECT_EQ(doc->RestaurerMarquageStd(), true);
+  EXPECT_EQ(doc->Pages.Count(), 2);
+}
+
+// --- standard layout ---
+
+class StandardScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(StandardScheduleTest, ReadsTheWholeSchedule) {
+  platform_->SetLocale(GetParam() ? Locale::Comma() : Locale::Point());
+  doc_->Type_calage = 2;
+  doc_->X1_pixel = 99;
+  PutDataCnf();
+  ASSERT_TRUE(doc_->RestaurerMarquageStd());
+  EXPECT_TRUE(platform_->messages().empty());
+  EXPECT_EQ(platform_->OpenFileCount(), 0u);
+
+  EXPECT_EQ(doc_->Type_calage, 1);
+  EXPECT_EQ(doc_->Orientation, 2);
+  EXPECT_FLOAT_EQ(doc_->feuille_cm_largeur, 21);
+  EXPECT_FLOAT_EQ(doc_->feuille_cm_hauteur, 29.7f);
+  EXPECT_FLOAT_EQ(doc_->image_OrigineX_cm, 0.5f);
+  EXPECT_FLOAT_EQ(doc_->image_OrigineY_cm, 1.25f);
+  EXPECT_FLOAT_EQ(doc_->X1_pixel, 99) << "calibration points are not in a type 1 file";
+  EXPECT_EQ(doc_->FonteName(), "Arial");
+  EXPECT_EQ(doc_->FonteSize_nombre(), 11);
+  EXPECT_EQ(doc_->iDevise(), 0);
+  EXPECT_FLOAT_EQ(doc_->champ_largeur_cm, 3.5f);
+  EXPECT_EQ(doc_->Type_Document, "Prix");
+  EXPECT_FLOAT_EQ(doc_->TVA, 19.6f);
+  ASSERT_EQ(doc_->Docs.Count(), 2);
+  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
+  EXPECT_EQ(doc_->Docs.Item(2)->Séparateur, ";");
+  EXPECT_EQ(doc_->FichierMDN, "Prix Lot 2.MDN");
+
+  ASSERT_EQ(doc_->Regles_V.Count(), 3);
+  auto qte_ruler = doc_->RegleV("Qté");
+  EXPECT_FLOAT_EQ(qte_ruler->Position_cm_X, 10.58f);
+  EXPECT_EQ(qte_ruler->Décimales, 2);
+  EXPECT_FLOAT_EQ(qte_ruler->Position_pixel_X, 1250);
+  EXPECT_FLOAT_EQ(doc_->RegleV("Prix unitaire")->Position_pixel_X, 1520.5f);
+  EXPECT_FLOAT_EQ(doc_->RegleV("Prix unitaire")->largeur_cm, 3.5f);
+  EXPECT_FALSE(qte_ruler->isNewVersion());
+  EXPECT_EQ(qte_ruler->oOwnerMandor(), doc_);
+
+  ASSERT_EQ(doc_->Pages.Count(), 2);
+  auto page1 = doc_->Pages.Item("page_1");
+  EXPECT_EQ(page1->oOwnerMandor.lock(), doc_);
+  auto l1 = page1->Regles_H.Item("L1");
+  EXPECT_FLOAT_EQ(l1->Position_cm_Y, 6.94f);
+  EXPECT_FLOAT_EQ(l1->Position_pixel_Y, 820);
+  EXPECT_EQ(l1->Imprimable, 1);
+  EXPECT_EQ(l1->Page(), page1);
+  EXPECT_EQ(Names(page1->Champs),
+            (std::vector<std::string>{"L1_Qté", "L1_Prix unitaire", "L1_Montant", "L2_Montant"}));
+  auto l2_montant = page1->Champs.Item("L2_Montant");
+  EXPECT_EQ(l2_montant->Formule(), "SOMME=L1_Montant|L2");
+  EXPECT_EQ(l2_montant->Imprimable(), 0);
+  EXPECT_FLOAT_EQ(l2_montant->Position_cm_Left, 16.09f);
+  EXPECT_FLOAT_EQ(l2_montant->Position_cm_Top, 7.49f);
+  EXPECT_FLOAT_EQ(l2_montant->Position_cm_Bottom, 7.92f);
+  EXPECT_FLOAT_EQ(l2_montant->Position_cm_Right, 19.05f);
+  EXPECT_FLOAT_EQ(l2_montant->Position_pixel_Right, 2250);
+  EXPECT_EQ(l2_montant->oRegleH(), page1->Regles_H.Item("L2"));
+  EXPECT_EQ(l2_montant->oRegleV(), doc_->RegleV("Montant"));
+  EXPECT_EQ(l2_montant->oOwnerPage.lock(), page1);
+  EXPECT_EQ(l2_montant->Page, 1);
+  EXPECT_EQ(l2_montant->Id, "001_00003");
+  EXPECT_EQ(page1->Champs.Item("L1_Montant")->Formule(), "L1_Qté*L1_Prix unitaire");
+  EXPECT_EQ(page1->Champs.Item("L1_Qté")->FontName(), "Arial") << "fonts come from the document";
+  auto page2 = doc_->Pages.Item(2);
+  ASSERT_EQ(page2->Champs.Count(), 1);
+  EXPECT_EQ(page2->Champs.Item(1)->oRegleH(), page2->Regles_H.Item("L1"));
+  EXPECT_EQ(page2->Champs.Item(1)->Page, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothLocales, StandardScheduleTest, ::testing::Values(true, false),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                           return info.param ? std::string("Comma") : std::string("Point");
+                         });
+
+// Every message of the standard reader, word for word.
+TEST_F(ReaderTest, StandardMessagesWordForWord) {
+  const std::string file = CnfPath();
+  struct Case {
+    std::string prefix;
+    std::string replacement;
+    std::vector<std::string> messages;  // the last one ends the read
+  };
+  const Case cases[] = {
+      {"[Calage]", "[Calibrage]", {"ERREUR: attendu [Calage], lu: [Calibrage]"}},
+      {"[Présentation]", "Présentation", {"ERREUR: attendu [Présentation], lu: Présentation"}},
+      {"[Constantes]", "[Constante]", {"ERREUR: attendu [Constantes], lu: [Constante]"}},
+      {"[Source]", "", {"ERREUR: attendu [Source], lu: "}},
+      {"[Règles verticales]", "[Regles verticales]",
+       {"ERREUR: attendu [Règles verticales], lu: [Regles verticales]"}},
+      {"[Pages]", "[Page]", {"ERREUR: attendu [Pages], lu: [Page]"}},
+      {"[Page 1]", "[Page 2]", {"ERREUR: attendu [Page 1 lu: [Page 2]"}},
+      {"Orientation=", "Orientation=7", {"ERREUR: orientation inconnue pour le document bordereau.bpx"}},
+      {"Type_document=", "Type_document=DQE",
+       {"ERREUR: type de document inconnu: DQE\nNom du document: bordereau.bpx"}},
+      {"1=", "1=00001|Qté|10,58|0|2|1250|0|2",
+       {"ERREUR de format à la lecture du paramètre 1 de la section Règles verticales\n"
+        "Valeur: 00001|Qté|10,58|0|2|1250|0|2\n8 paramètres au lieu de 9\nFichier: " +
+        file}},
+      {"r1=", "r1=00001|L1|0|6,94|0|820|0|1|0",
+       {"ERREUR de format à la lecture du paramètre r1 de la page 1\nValeur: 00001|L1|0|6,94|0|820|0|1|0\n"
+        "9 paramètres trouvés au lieu de 8\nFichier: " +
+        file}},
+      {"c1=", "c1=001_00001|L1_Qté",
+       {"ERREUR de format à la lecture du paramètre c1 de la page 1\nValeur: 001_00001|L1_Qté\n"
+        "2 paramètres trouvés au lieu de 18\nFichier: " +
+        file}},
+      {"Nombre=1", "Nombre=2",  // vertical rulers: the next line is the [Pages] header
+       {"ERREUR, manque signe = dans la ligne: [Pages]\nAttendu: 2",
+        "ERREUR: impossible de retrouver la règle verticale 2"}},
+      {"Nombre_règles_h=", "Nombre_règles_h=2",
+       {"ERREUR: attendu: r2\nLu: Nombre_champs=1", "ERREUR: impossible de retrouver la règle horizontale 2 dans la page 1"}},
+      {"Nombre_champs=", "Nombre_champs=1000",  // the file ends after c1
+       {"ERREUR: impossible de retrouver le champ c2 dans la page 1"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.replacement);
+    platform_->ClearMessages();
+    PutCnf(Replaced(SmallCnf(), c.prefix, c.replacement));
+    EXPECT_FALSE(doc_->RestaurerMarquage());
+    ASSERT_EQ(platform_->messages().size(), c.messages.size());
+    for (size_t i = 0; i < c.messages.size(); ++i) {
+      ExpectMessage(i, c.messages[i], kDefaultMessageTitle, MessageStyle::kPlain);
+    }
+    EXPECT_EQ(platform_->OpenFileCount(), 0u);
+    EXPECT_EQ(doc_->Nom_Document(), kName);
+  }
+
+  // Numbers above 999 keep all their digits.
+  platform_->ClearMessages();
+  auto lines = Replaced(SmallCnf(), "Nombre_champs=", "Nombre_champs=1234");
+  for (int i = 2; i <= 1233; ++i) {
+    lines.push_back("c" + std::to_string(i) + "=" + std::to_string(i) + "|C" + std::to_string(i) +
+                    "|0|0|0|0|Qté|0|L1|0|1||0|" + std::to_string(i) + "|" + std::to_string(i) + "|0|1|1");
+  }
+  PutCnf(lines);
+  EXPECT_FALSE(doc_->RestaurerMarquageStd());
+  ASSERT_EQ(platform_->messages().size(), 1u);
+  ExpectMessage(0, "ERREUR: impossible de retrouver le champ c1234 dans la page 1", kDefaultMessageTitle,
+                MessageStyle::kPlain);
+  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 1233) << "what was read before the failure stays";
+}
+
+TEST_F(ReaderTest, StandardRunTimeErrorsAndBadInput) {
+  struct Case {
+    std::vector<std::string> lines;
+    std::string message;
+  };
+  auto truncated = SmallCnf();
+  truncated.resize(11);  // ends after TVA=20,6: the [Source] header is missing
+  auto huge_pages = SmallCnf();
+  ASSERT_EQ(huge_pages[16], "[Pages]");
+  huge_pages[17] = "Nombre=2000000000";  // one page present, the file ends there
+  const Case cases[] = {
+      {Replaced(SmallCnf(), "TVA=", "TVA=vingt"), "ERREUR dans RestaurerMarquageStd: Type mismatch"},
+      {Replaced(SmallCnf(), "Nombre_champs=", "Nombre_champs=99999999999"),
+       "ERREUR dans RestaurerMarquageStd: Overflow"},
+      {truncated, "ERREUR dans RestaurerMarquageStd: Input past end of file"},
+      {huge_pages, "ERREUR dans RestaurerMarquageStd: Input past end of file"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.message);
+    platform_->ClearMessages();
+    PutCnf(c.lines);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(doc_->RestaurerMarquage());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    ASSERT_FALSE(platform_->messages().empty());
+    ExpectMessage(platform_->messages().size() - 1, c.message, kDefaultMessageTitle, MessageStyle::kCritical);
+    EXPECT_EQ(platform_->OpenFileCount(), 0u);
+  }
+
+  // Two billion sources in a short file: reading stops at the end of the file.
+  platform_->ClearMessages();
+  auto lines = Replaced(SmallCnf(), "Nombre=0", "Nombre=2000000000");
+  PutCnf(lines);
+  EXPECT_FALSE(doc_->RestaurerMarquageStd());
+  EXPECT_EQ(platform_->messages().back().text, "ERREUR dans RestaurerMarquageStd: Input past end of file");
+  EXPECT_LT(doc_->Docs.Count(), 20);
+}
+
+TEST_F(ReaderTest, ExtractProceduresNeedASharedDocument) {
+  Mandor plain;
+  StringArray lines = {"", "Nombre_règles_h=0"};
+  int16_t page = 1;
+  try {
+    plain.ExtractPage(lines, page);
+    ADD_FAILURE() << "no error";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), kInvalidArgument);
+  }
+  // A shared document works directly, without a file.
+  doc_->ExtractPage(lines, page);
+  EXPECT_EQ(doc_->Pages.Item("page_1")->Id, "page_1");
+}
+
+}  // namespace
+}  // namespace mandor
