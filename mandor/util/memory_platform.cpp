@@ -211,6 +211,24 @@ std::unique_ptr<TextFile> MemoryPlatform::OpenTextFile(const std::string& path, 
   return std::make_unique<MemoryOutputFile>(state_, path, entry.bytes);
 }
 
+std::string MemoryPlatform::ReadFileBytes(const std::string& path) {
+  state_->CheckFailure(Operation::kOpenInput, path);
+  const FileEntry* entry = state_->Find(path);
+  if (entry == nullptr) ThrowError(kFileNotFound);
+  return *entry->bytes;
+}
+
+void MemoryPlatform::WriteFileBytes(const std::string& path, std::string_view bytes) {
+  state_->CheckFailure(Operation::kOpenOutput, path);
+  if (path.empty() || state_->FolderExists(path)) ThrowError(kPathFileAccessError);
+  FileEntry& entry = state_->files[path];
+  if (entry.read_only) ThrowError(kPathFileAccessError);
+  entry.bytes->clear();
+  state_->CheckWrite(path);
+  entry.bytes->append(bytes);
+  state_->CheckFailure(Operation::kClose, path);
+}
+
 void MemoryPlatform::Message(const std::string& text, const std::string& title,
                              MessageStyle style) {
   state_->messages.push_back({text, title, style});

@@ -68,6 +68,12 @@ class MemoryPlatform : public Platform {
   // it was not created with CreateFolder.
   std::vector<FolderEntry> ListFolder(const std::string& folder) override;
   std::unique_ptr<TextFile> OpenTextFile(const std::string& path, OpenMode mode) override;
+  // Honours the kOpenInput failures.
+  std::string ReadFileBytes(const std::string& path) override;
+  // Honours the kOpenOutput, kWrite and kClose failures; a write limit of
+  // FailWriteAfter counts the whole content as one line, and a failed write
+  // leaves the file truncated, as a full disk would.
+  void WriteFileBytes(const std::string& path, std::string_view bytes) override;
   void Message(const std::string& text, const std::string& title, MessageStyle style) override;
   // Records the question (style kQuestion) and returns the next queued
   // answer, or the standing answer (No unless SetAnswer changed it).

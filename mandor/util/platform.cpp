@@ -148,6 +148,18 @@ std::unique_ptr<TextFile> SystemPlatform::OpenTextFile(const std::string& path, 
   return std::make_unique<StdioOutputFile>(file);
 }
 
+std::string SystemPlatform::ReadFileBytes(const std::string& path) { return ReadWholeFile(path); }
+
+void SystemPlatform::WriteFileBytes(const std::string& path, std::string_view bytes) {
+  std::error_code ec;
+  if (path.empty() || fs::is_directory(fs::path(path), ec)) ThrowError(kPathFileAccessError);
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) ThrowError(kPathFileAccessError);
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  // fclose flushes the buffer and reports a failed flush.
+  if (std::fclose(file) != 0 || !written) ThrowError(kPathFileAccessError);
+}
+
 void SystemPlatform::Message(const std::string& text, const std::string& title, MessageStyle) {
   if (title.empty()) {
     std::cerr << text << std::endl;

@@ -74,6 +74,13 @@ class Platform {
   // Opens a text file. Input on a missing file: Error 53; output creates or
   // truncates the file; a failure to create it: Error 75.
   virtual std::unique_ptr<TextFile> OpenTextFile(const std::string& path, OpenMode mode) = 0;
+  // The whole content of a file as raw bytes. Error 53 when it is missing, 75
+  // when it cannot be read.
+  virtual std::string ReadFileBytes(const std::string& path) = 0;
+  // Creates or truncates a file and writes bytes to it. Error 75 on failure
+  // (the file may then be left partly written: write to a temporary file and
+  // rename it when that matters).
+  virtual void WriteFileBytes(const std::string& path, std::string_view bytes) = 0;
 
   // --- messages ---
   // Shows a modal message with an OK button.
@@ -105,6 +112,8 @@ class SystemPlatform : public Platform {
   void RenameFile(const std::string& from, const std::string& to) override;
   std::vector<FolderEntry> ListFolder(const std::string& folder) override;
   std::unique_ptr<TextFile> OpenTextFile(const std::string& path, OpenMode mode) override;
+  std::string ReadFileBytes(const std::string& path) override;
+  void WriteFileBytes(const std::string& path, std::string_view bytes) override;
   void Message(const std::string& text, const std::string& title, MessageStyle style) override;
   bool AskYesNo(const std::string& text, const std::string& title) override;
   double Random() override;

@@ -1,21 +1,119 @@
 // cMarquage is the catalogue: the documents (Mandor) that belong together,
 // for example the detail estimate, the price schedule and the engagement act
-// of one tender, with what they share: the currency table and the default
-// font every document font inherits from.
+// of one tender, with what they share: the catalogue file and its folder, the
+// catalogue name, the currency table and the default font every document font
+// inherits from.
+//
+// Documents are added one by one from their text markings (Add) or all at
+// once from a catalogue workbook (XML_ReadCNF). Each document points back to
+// the catalogue through its oOwnerMarquage, so a catalogue must live in a
+// std::shared_ptr (std::make_shared<cMarquage>()).
 #ifndef MANDOR_XML_MARQUAGE_H_
 #define MANDOR_XML_MARQUAGE_H_
 
+#include <cstdint>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <pugixml.hpp>
 
 #include "mandor/fields/font.h"
 #include "mandor/model/devises.h"
+#include "mandor/util/collection.h"
 
 namespace mandor {
 
+class CChamp;
+class CRegle;
+class ImagePdf;
+class Mandor;
+
 class cMarquage : public std::enable_shared_from_this<cMarquage> {
  public:
+  cMarquage();
+  ~cMarquage();
+  cMarquage(const cMarquage&) = delete;
+  cMarquage& operator=(const cMarquage&) = delete;
+
   std::shared_ptr<Devises> oDevises;  // created on first need
   std::shared_ptr<CFont> Font;        // parent of every document's font
+
+  // --- file and name ---
+  // Stores the full path; when it holds a folder separator ("\" or "/"),
+  // derives the folder (with its separator), the file and the name (the file
+  // less its last extension) and lists the folder's text markings.
+  void FullPath(const std::string& value);
+  std::string FullPath() const { return full_path_; }
+  std::string Path() const { return folder_; }
+  std::string File() const { return file_; }
+  std::string Name() const { return name_; }
+  void Name(const std::string& value) { name_ = value; }
+
+  // --- documents ---
+  // A new document restored from its text marking Path + Name (".xnf", else
+  // ".cnf"); numero_page is 1 when restored, -1 when not. An empty sKey adds
+  // it without key. Error 457 when sKey is already used.
+  std::shared_ptr<Mandor> Add(const std::string& sKey, const std::string& Name, const std::string& Path);
+  // A new document from an mn:Image element, keyed by its "mn:ID". Error 5
+  // when "mn:Name" is shorter than 4 characters, 457 for a used key.
+  std::shared_ptr<Mandor> AddItemWithNode(pugi::xml_node oNode, std::string sPath = "");
+  // By 1-based position (Error 9 outside 1..Count) or by key (Error 5 when absent).
+  std::shared_ptr<Mandor> Item(long index) const;
+  std::shared_ptr<Mandor> Item(std::string_view key) const;
+  int32_t Count() const;
+  void Remove(long index);
+  void Remove(std::string_view key);
+  void Clear();
+  // Range-for over the documents in order (the enumerator of the catalogue).
+  Collection<Mandor>::const_iterator begin() const;
+  Collection<Mandor>::const_iterator end() const;
+
+  // --- catalogue workbook ---
+  // Loads the catalogue file sFile and appends its documents. Returns this
+  // catalogue, or nullptr (catalogue untouched) when the file cannot be read
+  // or is not well-formed. A malformed header ("mn:Orientation" or "mn:H" not
+  // numeric) throws mandor::Error and leaves the catalogue as it was.
+  std::shared_ptr<cMarquage> XML_ReadCNF(const std::string& sFile);
+  // Adds the engagement act oTmpAeMandor, imaged by iPdf, to the catalogue
+  // file and returns the new document.
+  std::shared_ptr<Mandor> XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeMandor, ImagePdf& iPdf);
+
+  // The ".cnf" and ".xnf" files found in the folder when FullPath was last set.
+  const std::vector<std::string>& FolderFiles() const { return folder_files_; }
+
+ private:
+  // Reading passes over a loaded workbook (xml_reader.cpp).
+  void XML_ReadMandor(pugi::xml_node oNode);
+  void XML_ReadTVA(pugi::xml_node oNode);
+  void XML_ReadTable(pugi::xml_node oNode);
+  std::shared_ptr<CFont> GetFont(pugi::xml_node oXmlFont, std::shared_ptr<CFont> oParentFont1,
+                                 std::shared_ptr<CFont> oParentFont2);
+  void XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
+                     const std::shared_ptr<CRegle>& oRegleH);
+  std::shared_ptr<CChamp> XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor, long lCounter,
+                                        bool bRecurrent, bool bDataContrat, const std::shared_ptr<CRegle>& oRegleH);
+
+  void ScanFolder();
+
+  // Look-ups built once per reading pass instead of a query per row or field
+  // (xml_reader.cpp).
+  struct ReaderIndex;
+  ReaderIndex& IndexFor(const std::shared_ptr<Mandor>& oMandor);
+
+  Collection<Mandor> documents_;
+  std::string full_path_;
+  std::string folder_;
+  std::string file_;
+  std::string name_;
+  std::vector<std::string> folder_files_;
+  std::shared_ptr<ReaderIndex> reader_index_;
 };
 
 }  // namespace mandor

@@ -1,0 +1,51 @@
+// WorkbookDocument is a catalogue workbook file held in memory as a pugixml
+// document. Loading and saving go through the platform layer, and keep
+// everything the model does not own exactly as it was: processing
+// instructions (<?mso-application progid="Excel.Sheet"?>), comments,
+// whitespace, styles, other worksheets and namespace declarations. The file
+// is written back in the encoding its XML declaration names (UTF-8 when it
+// names none, UTF-16, ISO-8859-1 or Windows-1252), through a temporary file
+// renamed over the target, so that a failed save never leaves a truncated
+// catalogue.
+#ifndef MANDOR_XML_WORKBOOK_H_
+#define MANDOR_XML_WORKBOOK_H_
+
+#include <string>
+#include <string_view>
+
+#include <pugixml.hpp>
+
+namespace mandor {
+
+class WorkbookDocument {
+ public:
+  WorkbookDocument() = default;
+  WorkbookDocument(const WorkbookDocument&) = delete;
+  WorkbookDocument& operator=(const WorkbookDocument&) = delete;
+
+  // Reads and parses the file at path (no schema validation). False when the
+  // file cannot be read or is not well-formed XML; the document is then empty.
+  bool Load(const std::string& path);
+  // Parses bytes as the content of a catalogue file; false when not well-formed.
+  bool LoadFromBytes(std::string_view bytes);
+
+  // Writes the document to path through path + ".tmp" and a rename. Throws
+  // mandor::Error (the platform's error number, 75 for a failed write) on
+  // failure; the target is then unchanged and the temporary file removed.
+  void Save(const std::string& path) const;
+  // The bytes Save writes.
+  std::string ToBytes() const;
+
+  pugi::xml_document& document() { return doc_; }
+  const pugi::xml_document& document() const { return doc_; }
+  // The document element (Workbook); null when nothing is loaded.
+  pugi::xml_node Root() const { return doc_.document_element(); }
+
+ private:
+  pugi::xml_document doc_;
+  bool bom_ = false;  // the loaded file started with a byte-order mark
+};
+
+}  // namespace mandor
+
+#endif  // MANDOR_XML_WORKBOOK_H_

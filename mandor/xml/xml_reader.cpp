@@ -1,0 +1,442 @@
+// The reading passes of a catalogue workbook: the header (mn:MANDOR and its
+// documents, columns, pages, recurrent and data-contract fields), the VAT
+// rate, and the marking worksheet's rows and cells.
+//
+// Every attribute is read through XmlGetAttribute, so a missing attribute
+// reads as "" and is added, empty, to the document in memory. Numbers may be
+// written with "." or "," whatever the running locale.
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "mandor/fields/champ.h"
+#include "mandor/model/mandor.h"
+#include "mandor/model/page.h"
+#include "mandor/model/regle.h"
+#include "mandor/util/error.h"
+#include "mandor/util/number.h"
+#include "mandor/util/platform.h"
+#include "mandor/util/text.h"
+#include "mandor/xml/marquage.h"
+#include "mandor/xml/xml_access.h"
+
+namespace mandor {
+
+namespace {
+
+std::string Attr(const pugi::xml_node& element, const char* name) { return XmlGetAttribute(element, name).value(); }
+
+// The text with its decimal separator, "." or ",", turned into the locale's,
+// so that "12,5" and "12.5" read alike in either locale.
+std::string InLocale(std::string_view text) {
+  const bool comma = CurrentPlatform().locale().UsesDecimalComma();
+  std::string converted(text);
+  for (char& c : converted) {
+    if (comma && c == '.') c = ',';
+    if (!comma && c == ',') c = '.';
+  }
+  return converted;
+}
+
+bool IsNumber(std::string_view text) { return IsNumericText(InLocale(text), CurrentPlatform().locale()); }
+
+// Conversions of a required number: Error 13 when the text is not numeric,
+// Error 6 when it is out of range.
+double Real(std::string_view text) { return ToDouble(InLocale(text), CurrentPlatform().locale()); }
+float Single(std::string_view text) { return ToSingle(Real(text)); }
+int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
+
+// value formatted with at least `digits` digits ("000", "00000").
+std::string ZeroPadded(long value, int digits) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
+  return buffer;
+}
+
+// Runs one statement of a reader that carries on after a failing statement:
+// the property that statement sets keeps its former value.
+template <class Statement>
+void Resuming(Statement statement) {
+  try {
+    statement();
+  } catch (const std::exception&) {
+  }
+}
+
+// The child elements of parent called name whose "mn:ID" is id, in order, as
+// "name[@mn:ID='id']" selects them.
+std::vector<pugi::xml_node> ChildrenWithId(const pugi::xml_node& parent, const char* name, const std::string& id) {
+  std::vector<pugi::xml_node> found;
+  for (pugi::xml_node child = parent.child(name); child; child = child.next_sibling(name)) {
+    if (id == child.attribute("mn:ID").value()) found.push_back(child);
+  }
+  return found;
+}
+
+// True when element has a child called name whose "mn:ID" is id, as the
+// predicate "[name/@mn:ID='id']" tests it.
+bool HasChildWithId(const pugi::xml_node& element, const char* name, const std::string& id) {
+  for (pugi::xml_node child = element.child(name); child; child = child.next_sibling(name)) {
+    if (id == child.attribute("mn:ID").value()) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+// Rulers by name for the document being read. Regles_V and Regles_H are keyed
+// by the rulers' Ids ("001", "00001"), while fields name their vertical ruler
+// and rows their "mn:RefersTo" ruler by Nom; a name look-up through the keyed
+// collections would never find them.
+struct cMarquage::ReaderIndex {
+  std::weak_ptr<Mandor> document;  // an index never outlives its document's identity
+  long vertical_count = -1;
+  long horizontal_count = -1;
+  std::unordered_map<std::string, std::shared_ptr<CRegle>> vertical;    // folded Nom -> first ruler
+  std::unordered_map<std::string, std::shared_ptr<CRegle>> horizontal;  // folded Nom -> first ruler
+
+  std::shared_ptr<CRegle> Vertical(std::string_view name) const { return Find(vertical, name); }
+  std::shared_ptr<CRegle> Horizontal(std::string_view name) const { return Find(horizontal, name); }
+
+ private:
+  static std::shared_ptr<CRegle> Find(const std::unordered_map<std::string, std::shared_ptr<CRegle>>& map,
+                                      std::string_view name) {
+    if (name.empty()) return nullptr;
+    auto it = map.find(FoldCase(name));
+    return it == map.end() ? nullptr : it->second;
+  }
+};
+
+// Rebuilt only when another document is read or its rulers have changed
+// since: once per document and pass.
+cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMandor) {
+  if (!reader_index_) reader_index_ = std::make_shared<ReaderIndex>();
+  ReaderIndex& index = *reader_index_;
+  if (index.document.lock() == oMandor && index.vertical_count == oMandor->Regles_V.Count() &&
+      index.horizontal_count == oMandor->Regles_H.Count()) {
+    return index;
+  }
+  index.document = oMandor;
+  index.vertical_count = oMandor->Regles_V.Count();
+  index.horizontal_count = oMandor->Regles_H.Count();
+  index.vertical.clear();
+  index.horizontal.clear();
+  for (const auto& regle : oMandor->Regles_V) {
+    if (regle && !regle->Nom.empty()) index.vertical.emplace(FoldCase(regle->Nom), regle);
+  }
+  for (const auto& regle : oMandor->Regles_H) {
+    if (regle && !regle->Nom.empty()) index.horizontal.emplace(FoldCase(regle->Nom), regle);
+  }
+  return index;
+}
+
+std::shared_ptr<CFont> cMarquage::GetFont(pugi::xml_node oXmlFont, std::shared_ptr<CFont> oParentFont1,
+                                          std::shared_ptr<CFont> oParentFont2) {
+  return CFont::GetFontFromXmlNode(oXmlFont, std::move(oParentFont1), std::move(oParentFont2));
+}
+
+// Header pass. Any failure here (a non-numeric "mn:Orientation" or "mn:H", a
+// duplicate document ID) is fatal to the read and reaches the caller.
+void cMarquage::XML_ReadMandor(pugi::xml_node oNode) {
+  Font = GetFont(XmlGetNode(oNode, "mn:iFont"), nullptr, nullptr);
+  name_ = Attr(oNode, "mn:Name");
+  std::string decimals = "2";
+  const std::string header_dec = Attr(oNode, "mn:Dec");
+  if (IsNumber(header_dec)) decimals = std::to_string(Integer(header_dec));
+
+  for (const pugi::xml_node& image : XmlSelectNodes(oNode, "mn:Image")) {
+    std::shared_ptr<Mandor> document = AddItemWithNode(image, Path());
+    document->Orientation = Integer(Attr(image, "mn:Orientation"));
+    document->HauteurChamp = Single(Attr(image, "mn:H"));
+
+    std::string devise = Attr(image, "mn:Devise");
+    if (devise.empty()) devise = "EUR";
+    if (IsNumber(devise)) {
+      document->iDevise(Integer(devise));
+    } else {
+      if (!oDevises) oDevises = std::make_shared<Devises>();
+      document->iDevise(oDevises->FindPos(devise));
+      document->Devise(devise);
+    }
+
+    const std::string image_dec = Attr(image, "mn:Dec");
+    document->Decimales = Integer(IsNumber(image_dec) ? image_dec : decimals);
+    document->Font(GetFont(XmlGetNode(image, "mn:iFont"), document->oOwnerMarquage()->Font, nullptr));
+
+    XML_ReadColumns(image, document);
+    XML_ReadPages(image, document);
+    XML_ReadChampsRecurrents(XmlSelectNodes(image, "mn:ChampsRecurrents/mn:iCell"), document);
+    if (pugi::xml_node contract = XmlSelectNode(image, "mn:DataContrat")) XML_ReadDataContrat(contract, document);
+  }
+}
+
+// Every document gets the one VAT rate of the set. A rate that is missing
+// or not a number leaves the documents' TVA as it was rather than failing
+// the whole catalogue.
+void cMarquage::XML_ReadTVA(pugi::xml_node oNode) {
+  const std::string text = XmlGetNode(oNode, "TVA").text().get();
+  if (!IsNumber(text)) return;
+  const float tva = Single(text);
+  for (const auto& document : documents_) document->TVA = tva;
+}
+
+void cMarquage::XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor) {
+  try {
+    const std::vector<pugi::xml_node> columns = XmlSelectNodes(oImage, "mn:iCol");
+    for (size_t i = 0; i < columns.size(); ++i) {
+      const pugi::xml_node& column = columns[i];
+      auto regle = std::make_shared<CRegle>();
+      regle->Nom = Attr(column, "mn:Name");
+      regle->oOwnerMandor(oMandor);
+      regle->Décimales = Integer(Attr(column, "mn:Dec"));
+      regle->Imprimable = Attr(column, "mn:iPrint") != "0" ? -1 : 0;
+      regle->Position_pixel_X = Single(Attr(column, "mn:X"));
+      regle->WidthChamp(Single(Attr(column, "mn:W")));
+      regle->Id = ZeroPadded(static_cast<long>(i) + 1, 3);
+      regle->SetPropertiesFromFontClass(GetFont(XmlSelectNode(column, "mn:iFont"), oMandor->Font(), nullptr));
+      oMandor->Regles_V.Add(regle, regle->Id);
+    }
+  } catch (const std::exception& error) {
+    // The document keeps the columns read so far.
+    CurrentPlatform().Message(error.what(), kDefaultMessageTitle, MessageStyle::kPlain);
+  }
+}
+
+void cMarquage::XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor) {
+  for (const pugi::xml_node& xml_page : XmlSelectNodes(oImage, "mn:iPage")) {
+    auto page = std::make_shared<CPage>();
+    page->oOwnerMandor = oMandor;
+    page->Id = std::to_string(ToInt32(Real(Attr(xml_page, "mn:ID"))));
+    // A page without size attributes is an A4 sheet scanned at 200 dpi.
+    const std::string height = Attr(xml_page, "mn:Height");
+    const std::string width = Attr(xml_page, "mn:Width");
+    const std::string x_res = Attr(xml_page, "mn:XRes");
+    const std::string y_res = Attr(xml_page, "mn:YRes");
+    page->Height = Single(height.empty() ? "2339" : height);
+    page->Width = Single(width.empty() ? "1653" : width);
+    page->hResolution(x_res.empty() ? int16_t{200} : Integer(x_res));
+    page->vResolution(y_res.empty() ? int16_t{200} : Integer(y_res));
+    oMandor->Pages.Add(page, "page_" + page->Id);
+    XML_ReadCells(XmlSelectNodes(xml_page, "Cell"), oMandor, nullptr);
+  }
+}
+
+// Recurrent fields go into Champs, and also into ChampsRecurrents: the
+// writer rebuilds "mn:ChampsRecurrents" from ChampsRecurrents, so a field
+// kept only in Champs would vanish from the catalogue at the next save.
+void cMarquage::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes,
+                                         const std::shared_ptr<Mandor>& oMandor) {
+  for (size_t i = 0; i < oNodes.size(); ++i) {
+    std::shared_ptr<CChamp> champ = XML_ReadChamp(oNodes[i], oMandor, static_cast<long>(i), true, false, nullptr);
+    oMandor->Champs.Add(champ, champ->Nom());
+    if (!oMandor->ChampsRecurrents.Contains(champ->Nom())) oMandor->ChampsRecurrents.Add(champ, champ->Nom());
+  }
+}
+
+// A failure here (a duplicate name, a page that does not exist) is fatal to
+// the read, as in the header pass.
+void cMarquage::XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor) {
+  long counter = 0;
+  for (pugi::xml_node cell = oNode.child("mn:iCell"); cell; cell = cell.next_sibling("mn:iCell")) {
+    std::shared_ptr<CChamp> champ = XML_ReadChamp(cell, oMandor, counter++, false, true, nullptr);
+    const std::shared_ptr<CPage>& page = oMandor->Pages.Item(static_cast<long>(champ->Page));
+    oMandor->Champs.Add(champ, champ->Nom());
+    oMandor->champsDataContrat.Add(champ, champ->Nom());
+    page->Champs.Add(champ, champ->Nom());
+    champ->oOwnerPage = page;
+  }
+}
+
+// Table pass. The rows of every document are found in one walk of the table
+// instead of one query over the whole table per document.
+void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
+  std::unordered_map<std::string, std::vector<pugi::xml_node>> rows_by_document;
+  for (pugi::xml_node row = oNode.child("Row"); row; row = row.next_sibling("Row")) {
+    std::vector<std::string> seen;  // a row with two mn:iRow of one document is listed once
+    for (pugi::xml_node i_row = row.child("mn:iRow"); i_row; i_row = i_row.next_sibling("mn:iRow")) {
+      std::string id = i_row.attribute("mn:ID").value();
+      if (std::find(seen.begin(), seen.end(), id) != seen.end()) continue;
+      rows_by_document[id].push_back(row);
+      seen.push_back(std::move(id));
+    }
+  }
+  for (const auto& document : documents_) {
+    auto it = rows_by_document.find(document->Id);
+    if (it != rows_by_document.end()) XML_ReadRows(it->second, document);
+  }
+}
+
+// The rulers of all rows are made first, then the cells are read, so that a
+// "mn:RefersTo" may name a line further down as well as one above. An error
+// in one row leaves that row (or what is left of it) out and the rest is read.
+void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor) {
+  const std::string& id = oMandor->Id;
+  std::vector<std::shared_ptr<CRegle>> own_rulers(oRows.size());
+  std::vector<pugi::xml_node> i_rows(oRows.size());
+
+  for (size_t r = 0; r < oRows.size(); ++r) {
+    try {
+      const pugi::xml_node& row = oRows[r];
+      const std::vector<pugi::xml_node> matches = ChildrenWithId(row, "mn:iRow", id);
+      if (matches.empty()) continue;
+      const pugi::xml_node i_row = matches.front();
+      i_rows[r] = i_row;
+      auto regle = std::make_shared<CRegle>();
+      const std::string name = Attr(i_row, "mn:Name");
+      regle->Imprimable = Attr(i_row, "mn:iPrint") != "0" ? -1 : 0;
+      regle->SetPropertiesFromFontClass(GetFont(XmlGetNode(i_row, "mn:iFont"), oMandor->Font(), nullptr));
+      if (name.empty()) continue;
+
+      regle->Nom = name;
+      regle->oOwnerMandor(oMandor);
+      Resuming([&] { regle->Position_pixel_Y = Single(Attr(i_row, "mn:Y")); });
+      const std::string height = Attr(i_row, "mn:H");
+      regle->hauteur_pixel = IsNumber(height) ? Single(height) : oMandor->HauteurChamp;
+      std::shared_ptr<CPage> page;
+      Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(Attr(i_row, "mn:Page")))); });
+      if (page) regle->Page(page);
+      if (pugi::xml_node ilm = row.child("mn:ILM")) {
+        regle->TypeLigne = Attr(ilm, "mn:Type");
+        Resuming([&] { regle->Level = Integer(Attr(ilm, "mn:Level")); });
+      }
+      regle->Id = ZeroPadded(static_cast<long>(r) + 1, 5);
+      if (page) page->Regles_H.Add(regle, regle->Id);
+      oMandor->Regles_H.Add(regle, regle->Id);
+      own_rulers[r] = regle;
+    } catch (const std::exception&) {
+    }
+  }
+
+  for (size_t r = 0; r < oRows.size(); ++r) {
+    if (!i_rows[r]) continue;
+    try {
+      std::shared_ptr<CRegle> regle = own_rulers[r];
+      if (!regle) regle = IndexFor(oMandor).Horizontal(Attr(i_rows[r], "mn:RefersTo"));
+      std::vector<pugi::xml_node> cells;
+      for (pugi::xml_node cell = oRows[r].child("Cell"); cell; cell = cell.next_sibling("Cell")) {
+        if (HasChildWithId(cell, "mn:iCell", id)) cells.push_back(cell);
+      }
+      XML_ReadCells(cells, oMandor, regle);
+    } catch (const std::exception&) {
+    }
+  }
+}
+
+// A field whose name is already used in the document or on its page is left
+// out (the collections refuse a second entry under one key); the other
+// fields are read. A field whose page does not exist stays in the document's
+// Champs only.
+void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
+                              const std::shared_ptr<CRegle>& oRegleH) {
+  for (size_t position = 0; position < oCells.size(); ++position) {
+    for (const pugi::xml_node& i_cell : ChildrenWithId(oCells[position], "mn:iCell", oMandor->Id)) {
+      std::shared_ptr<CChamp> champ =
+          XML_ReadChamp(i_cell, oMandor, static_cast<long>(position), false, false, oRegleH);
+      const std::string name = champ->Nom();
+      std::shared_ptr<CPage> page;
+      if (champ->Page >= 1 && champ->Page <= oMandor->Pages.Count()) page = oMandor->Pages.Item(champ->Page);
+      if (oMandor->Champs.Contains(name) || (page && page->Champs.Contains(name))) continue;
+      if (page) {
+        page->Champs.Add(champ, name);
+        champ->oOwnerPage = page;
+      }
+      oMandor->Champs.Add(champ, name);
+    }
+  }
+}
+
+// One field. Each property is read on its own: a bad value in one attribute
+// leaves that property at its former value and the rest is still read.
+std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor,
+                                                 long lCounter, bool bRecurrent, bool bDataContrat,
+                                                 const std::shared_ptr<CRegle>& oRegleH) {
+  auto champ = std::make_shared<CChamp>();
+  champ->Nom(Attr(oNode, "mn:Name"));
+  champ->oOwnerMandor(oMandor);
+  Resuming([&] { champ->Page = Integer(Attr(oNode, "mn:Page")); });
+  champ->Id = ZeroPadded(lCounter, 5);
+
+  // Rulers. The names are set before the rulers themselves, because the
+  // name setters look the rulers up by key, which finds nothing here.
+  std::shared_ptr<CRegle> regle_v = IndexFor(oMandor).Vertical(champ->NomRegleV());
+  if (regle_v) champ->Accrochage_V(regle_v->Nom);
+  champ->oRegleV(regle_v);
+  if (oRegleH) champ->Accrochage_H(oRegleH->Nom);
+  champ->oRegleH(oRegleH);
+
+  // Own position where given, else the rulers'.
+  float left = 0, top = 0, width = 0, height = 0;
+  const std::string x = Attr(oNode, "mn:X"), y = Attr(oNode, "mn:Y");
+  const std::string w = Attr(oNode, "mn:W"), h = Attr(oNode, "mn:H");
+  Resuming([&] { height = !h.empty() ? Single(h) : (oRegleH ? oRegleH->hauteur_pixel : 0.0f); });
+  Resuming([&] { width = !w.empty() ? Single(w) : (regle_v ? regle_v->WidthChamp() : 0.0f); });
+  Resuming([&] { left = !x.empty() ? Single(x) : (regle_v ? regle_v->Position_pixel_X : 0.0f); });
+  Resuming([&] { top = !y.empty() ? Single(y) : (oRegleH ? oRegleH->Position_pixel_Y : 0.0f); });
+  champ->Position_pixel_Left = left;
+  champ->Position_pixel_Top = top;
+  champ->Position_pixel_Right = left + width;
+  champ->Position_pixel_Bottom = top + height;
+
+  // Printable when "1"; when empty, when every ruler it hangs on is printable.
+  const std::string print = Attr(oNode, "mn:iPrint");
+  bool printable = print == "1";
+  if (print.empty()) {
+    printable = (!regle_v || regle_v->Imprimable != 0) && (!oRegleH || oRegleH->Imprimable != 0);
+  }
+  champ->Imprimable(printable ? -1 : 0);
+
+  const std::string type = Attr(oNode, "mn:Type");
+  if (!type.empty()) Resuming([&] { champ->Type_Champ(Integer(type)); });
+  const std::string v_type = Attr(oNode, "mn:V_Type");
+  if (IsNumber(v_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(v_type)); });
+  const std::string sub_type = Attr(oNode, "mn:SubType");
+  if (IsNumber(sub_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(sub_type)); });
+  const std::string h_type = Attr(oNode, "mn:H_Type");
+  if (IsNumber(h_type)) Resuming([&] { champ->Accrochage_H_Type = Integer(h_type); });
+
+  const std::string dec = Attr(oNode, "mn:Dec");
+  if (!dec.empty()) {
+    Resuming([&] { champ->Décimales(Integer(dec)); });
+  } else if (regle_v) {
+    champ->Décimales(regle_v->Décimales);
+  }
+
+  // The secondary name is read from "mn:subName" although the writer writes
+  // "mn:SubName": both spellings are part of the file format.
+  champ->SubName = Attr(oNode, "mn:subName");
+  champ->Formule(Attr(oNode, "mn:Formula"));
+  champ->ChampRecurrentDeRef(Attr(oNode, "mn:Referant"));
+
+  // The font is read against the parents the field will have, so that an
+  // override equal to the built-in default but not to the rulers' is kept.
+  std::shared_ptr<CFont> parent1, parent2;
+  if (oRegleH) {
+    parent1 = oRegleH->GetFontClassFromProperties();
+    if (regle_v) parent2 = regle_v->GetFontClassFromProperties();
+  } else if (regle_v) {
+    parent1 = regle_v->GetFontClassFromProperties();
+  } else {
+    parent1 = oMandor->Font();
+  }
+  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(XmlSelectNode(oNode, "mn:iFont"), parent1, parent2)); });
+
+  if (bRecurrent) champ->Recurrent(true);
+  if (bDataContrat) {
+    champ->IsDataContrat(true);
+    champ->Label(Attr(oNode, "mn:Label"));
+    champ->IsOptional(Attr(oNode, "mn:Optional") == "1");
+    champ->Groupe(Attr(oNode, "mn:Groupe"));
+    champ->ToReport(Attr(oNode, "mn:ToReport"));
+    // The value is written with the field; reading it back keeps it across
+    // a read and a save.
+    champ->InitialValue(Attr(oNode, "mn:Value"));
+  }
+  return champ;
+}
+
+}  // namespace mandor

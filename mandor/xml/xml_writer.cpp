@@ -1,0 +1,495 @@
+// Writing one document back into its catalogue workbook: the document's
+// mn:Image (attributes, font, columns, page-level cells, recurrent fields,
+// data contract) and its part of the marking worksheet (rows of its
+// horizontal rulers, one mn:iRow and one mn:iCell per ruler and field).
+// Everything that belongs to other documents, and everything the model does
+// not own, is left as it is.
+//
+// Each step indexes the nodes it looks for in one walk before its loop, so
+// that a save costs a few passes over the workbook whatever the number of
+// fields and rows.
+
+#include <climits>
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <regex>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include <pugixml.hpp>
+
+#include "mandor/fields/champ.h"
+#include "mandor/model/mandor.h"
+#include "mandor/util/error.h"
+#include "mandor/util/number.h"
+#include "mandor/util/platform.h"
+#include "mandor/xml/marquage.h"
+#include "mandor/xml/workbook.h"
+#include "mandor/xml/xml_access.h"
+
+namespace mandor {
+
+namespace {
+
+// Attribute values are written in the invariant form (decimal point).
+std::string SingleText(float v) { return SingleToText(v, Locale::Point()); }
+
+void Set(pugi::xml_node element, const char* name, const std::string& value) {
+  if (!element) ThrowError(kObjectNotSet, std::string("Object variable not set (element for ") + name + ")");
+  XmlGetAttribute(element, name).set_value(value.c_str());
+}
+
+// Text of an attribute without creating it when it is missing (an empty
+// "ss:Index" added to a cell or row would break the spreadsheet).
+std::string Peek(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
+
+// Page-level fields: a "T", then "A", "B" or "D", then digits only.
+bool IsPageLevelName(const std::string& name) {
+  static const std::regex pattern("^T[ABD][0-9]*$");
+  return std::regex_match(name, pattern);
+}
+
+// The document's mn:Image under Workbook/mn:MANDOR; null when absent.
+pugi::xml_node FindImage(const pugi::xml_node& xml, const std::string& id) {
+  for (const pugi::xml_node& image : XmlSelectNodes(xml, "Workbook/mn:MANDOR/mn:Image")) {
+    if (Peek(image, "mn:ID") == id) return image;
+  }
+  return {};
+}
+
+// The worksheet that holds the markings: the one named after the catalogue
+// ("mn:Name" of mn:MANDOR), which is the one the reader reads; the first
+// worksheet with a table when none bears that name. Other worksheets of the
+// workbook are never written.
+pugi::xml_node MarkingWorksheet(const pugi::xml_node& xml) {
+  const std::string name = Peek(XmlSelectNode(xml, "Workbook/mn:MANDOR"), "mn:Name");
+  const std::vector<pugi::xml_node> sheets = XmlSelectNodes(xml, "Workbook/Worksheet");
+  for (const pugi::xml_node& sheet : sheets) {
+    if (Peek(sheet, "ss:Name") == name && sheet.child("Table")) return sheet;
+  }
+  for (const pugi::xml_node& sheet : sheets) {
+    if (sheet.child("Table")) return sheet;
+  }
+  return {};
+}
+
+// A 1-based spreadsheet index read from an optional "ss:Index"; 0 when the
+// attribute is absent. Error 13 when present but not a number.
+long ExplicitIndex(const pugi::xml_node& element) {
+  const pugi::xml_attribute index = element.attribute("ss:Index");
+  if (!index) return 0;
+  return ToInt32(ToDouble(index.value(), Locale::Point()));
+}
+
+// The column number of a worksheet reference such as "=Bordereau!C3" (or
+// "R2C3", "C3:C3"): the digits after the first "C" of the part after the
+// last "!". Error 13 without such digits, 6 beyond a 16-bit integer.
+int16_t ColumnOfReference(const std::string& reference) {
+  const size_t bang = reference.rfind('!');
+  const std::string cell = bang == std::string::npos ? reference : reference.substr(bang + 1);
+  for (size_t i = 0; i < cell.size(); ++i) {
+    if (cell[i] != 'C' && cell[i] != 'c') continue;
+    size_t end = i + 1;
+    while (end < cell.size() && cell[end] >= '0' && cell[end] <= '9') ++end;
+    if (end == i + 1) continue;
+    return ToInt16(ToDouble(cell.substr(i + 1, end - i - 1), Locale::Point()));
+  }
+  ThrowError(kTypeMismatch, "Type mismatch (no column in the reference \"" + reference + "\")");
+}
+
+// A worksheet name as a reference writes it: between quotes, inner quotes doubled.
+std::string QuotedSheetName(const std::string& name) {
+  std::string quoted = "'";
+  for (char c : name) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+  return quoted + "'";
+}
+
+// The named ranges of a worksheet's Names, first occurrence of each name.
+std::unordered_map<std::string, pugi::xml_node> IndexNamedRanges(const pugi::xml_node& worksheet) {
+  std::unordered_map<std::string, pugi::xml_node> ranges;
+  for (const pugi::xml_node& range : XmlSelectNodes(worksheet, "Names/NamedRange")) {
+    ranges.emplace(Peek(range, "ss:Name"), range);
+  }
+  return ranges;
+}
+
+// The cell of row that covers column, or a new cell for it inserted before
+// the first cell further right (appended when there is none). A cell without
+// "ss:Index" follows the previous one (a merged cell spans its
+// "ss:MergeAcross" more columns); a cell after a gap always states its
+// index, so the cells after the new one keep their columns.
+pugi::xml_node CellOfColumn(pugi::xml_node row, long column, const std::string& range_name) {
+  long next = 1;
+  pugi::xml_node after;
+  for (const pugi::xml_node& cell : XmlSelectNodes(row, "Cell")) {
+    const long explicit_index = ExplicitIndex(cell);
+    const long index = explicit_index > 0 ? explicit_index : next;
+    const std::string merge = Peek(cell, "ss:MergeAcross");
+    const long span = merge.empty() ? 0 : ToInt32(ToDouble(merge, Locale::Point()));
+    if (column >= index && column <= index + span) return cell;
+    if (index > column) {
+      after = cell;
+      break;
+    }
+    next = index + span + 1;
+  }
+  pugi::xml_node cell = XmlCreateElement(row, "Cell", pugi::xml_node(), after);
+  Set(cell, "ss:Index", std::to_string(column));
+  Set(XmlCreateElement(cell, "Data"), "ss:Type", "String");
+  Set(XmlCreateElement(cell, "NamedCell"), "ss:Name", range_name);
+  return cell;
+}
+
+// The worksheet fields of a document whose mn:iCell the save rewrites, and
+// the nodes that locate new ones, indexed once for the whole pass.
+struct WorksheetIndex {
+  std::unordered_map<std::string, pugi::xml_node> cells;  // this document's mn:iCell by "mn:Name"
+  std::unordered_map<std::string, pugi::xml_node> rows;   // row by this document's mn:iRow "mn:Name"
+  std::vector<pugi::xml_node> all_cells;                  // this document's mn:iCell, in order
+};
+
+WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id) {
+  WorksheetIndex index;
+  for (const pugi::xml_node& row : XmlSelectNodes(table, "Row")) {
+    for (const pugi::xml_node& irow : XmlSelectNodes(row, "mn:iRow")) {
+      if (Peek(irow, "mn:ID") == id) index.rows.emplace(Peek(irow, "mn:Name"), row);
+    }
+    for (const pugi::xml_node& cell : XmlSelectNodes(row, "Cell")) {
+      for (const pugi::xml_node& icell : XmlSelectNodes(cell, "mn:iCell")) {
+        if (Peek(icell, "mn:ID") != id) continue;
+        index.cells.emplace(Peek(icell, "mn:Name"), icell);
+        index.all_cells.push_back(icell);
+      }
+    }
+  }
+  return index;
+}
+
+// mn:iPage elements of an image by page number ("1" and "01" are page 1).
+std::unordered_map<std::string, pugi::xml_node> IndexPages(const pugi::xml_node& image) {
+  std::unordered_map<std::string, pugi::xml_node> pages;
+  for (const pugi::xml_node& page : XmlSelectNodes(image, "mn:iPage")) {
+    const std::string id = Peek(page, "mn:ID");
+    const std::optional<double> number = ParseNumber(id, Locale::Point());
+    pages.emplace(number ? std::to_string(static_cast<long long>(*number)) : id, page);
+  }
+  return pages;
+}
+
+// Carries an error of the cells step past the save's own handler.
+struct CellsFailure {
+  Error error;
+};
+
+}  // namespace
+
+bool Mandor::SauvegarderMarquageXml(std::shared_ptr<Mandor>& oMandor) {
+  bool saved = false;
+  try {
+    if (!oMandor) ThrowError(kObjectNotSet, "Object variable not set (no document to save)");
+    const std::shared_ptr<cMarquage> catalogue = oMandor->oOwnerMarquage();
+    if (!catalogue) ThrowError(kObjectNotSet, "Object variable not set (the document has no catalogue)");
+    const std::string path = catalogue->FullPath();
+
+    WorkbookDocument workbook;
+    if (!workbook.Load(path)) {
+      CurrentPlatform().Message("Impossible d'ouvrir le fichier XML [" + path + "].", kDefaultMessageTitle,
+                                MessageStyle::kCritical);
+      return false;
+    }
+    const pugi::xml_node xml = workbook.document();
+    const pugi::xml_node image = EcrireImageXml(xml, oMandor);
+    if (image) EcrireColonnesXml(image, oMandor);
+    EcrireLignesXml(MarkingWorksheet(xml).child("Table"), oMandor);
+    EffacerCellulesPagesXml(image, oMandor);
+    try {
+      EcrireCellulesXml(xml, oMandor);
+    } catch (const Error& e) {
+      throw CellsFailure{e};
+    } catch (const std::exception& e) {
+      throw CellsFailure{Error(kInvalidArgument, e.what())};
+    }
+    EcrireChampsRecurrentsXml(image, oMandor);
+    EcrireDataContratXml(image.child("mn:DataContrat"), oMandor);
+    workbook.Save(path);
+    saved = true;
+  } catch (const CellsFailure& failure) {
+    // The cells step cannot be resumed: its failure ends the save with an
+    // error for the host instead of a message, and the file is not written.
+    throw failure.error;
+  } catch (const std::exception& e) {
+    CurrentPlatform().Message(std::string("Une erreur est survenue au cours de l'enregistrement : ") + e.what(),
+                              "Sauvegarde annulée", MessageStyle::kCritical);
+  }
+  return saved;
+}
+
+pugi::xml_node Mandor::EcrireImageXml(const pugi::xml_node& oXml, const std::shared_ptr<Mandor>& oMandor) {
+  const pugi::xml_node image = FindImage(oXml, oMandor->Id);
+  if (!image) return image;
+  Set(image, "mn:Dec", std::to_string(oMandor->Decimales));
+  Set(image, "mn:Devise", oMandor->Devise());
+  oMandor->Font()->GetXmlFontFromFontClass(image);
+  return image;
+}
+
+void Mandor::EcrireColonnesXml(const pugi::xml_node& oImage, const std::shared_ptr<Mandor>& oMandor) {
+  oMandor->Font()->GetXmlFontFromFontClass(oImage);
+  std::unordered_map<std::string, pugi::xml_node> columns;
+  for (const pugi::xml_node& column : XmlSelectNodes(oImage, "mn:iCol")) {
+    columns.emplace(Peek(column, "mn:Name"), column);
+  }
+  // Columns are updated, never created.
+  for (const auto& regle : oMandor->Regles_V) {
+    const auto found = columns.find(regle->Nom);
+    if (found == columns.end()) continue;
+    const pugi::xml_node column = found->second;
+    Set(column, "mn:X", SingleText(regle->Position_pixel_X));
+    Set(column, "mn:Dec", std::to_string(regle->Décimales));
+    Set(column, "mn:iPrint", std::to_string(regle->Imprimable));
+    Set(column, "mn:W", SingleText(regle->WidthChamp()));
+    if (const std::shared_ptr<CFont> font = regle->GetFontClassFromProperties()) font->GetXmlFontFromFontClass(column);
+  }
+}
+
+void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr<Mandor>& oMandor) {
+  const std::string& id = oMandor->Id;
+  // Rows by their line record and by this document's own mn:iRow; the
+  // number of the last row, to number the rows appended.
+  std::unordered_map<std::string, pugi::xml_node> rows_by_line;
+  std::unordered_map<std::string, pugi::xml_node> rows_by_ruler;
+  long last_row = 0;
+  for (const pugi::xml_node& row : XmlSelectNodes(oTable, "Row")) {
+    const long explicit_index = ExplicitIndex(row);
+    last_row = explicit_index > 0 ? explicit_index : last_row + 1;
+    const std::string span = Peek(row, "ss:Span");
+    if (!span.empty()) last_row += ToInt32(ToDouble(span, Locale::Point()));
+    for (const pugi::xml_node& line : XmlSelectNodes(row, "mn:ILM")) rows_by_line.emplace(Peek(line, "mn:Name"), row);
+    for (const pugi::xml_node& irow : XmlSelectNodes(row, "mn:iRow")) {
+      if (Peek(irow, "mn:ID") == id) rows_by_ruler.emplace(Peek(irow, "mn:Name"), row);
+    }
+  }
+  const pugi::xml_node worksheet = oTable.parent();
+  std::unordered_map<std::string, pugi::xml_node> ranges;
+  bool ranges_indexed = false;
+
+  for (const auto& page : oMandor->Pages) {
+    for (const auto& regle : page->Regles_H) {
+      const std::string& nom = regle->Nom;
+      // The row that already carries this ruler for this document comes
+      // first: looking only at the line records would give a second row to
+      // a ruler whose row has none (or another one), and reading the file
+      // back would then find the ruler twice.
+      pugi::xml_node row;
+      if (const auto found = rows_by_ruler.find(nom); found != rows_by_ruler.end()) {
+        row = found->second;
+      } else if (const auto line = rows_by_line.find(nom); line != rows_by_line.end()) {
+        row = line->second;
+      }
+      if (!row) {
+        if (!oTable) ThrowError(kObjectNotSet, "Object variable not set (no marking worksheet table)");
+        if (!ranges_indexed) {
+          ranges = IndexNamedRanges(worksheet);
+          ranges_indexed = true;
+        }
+        const auto nump = ranges.find("NumP");
+        if (nump == ranges.end()) ThrowError(kObjectNotSet, "Object variable not set (named range NumP)");
+        const std::string nump_reference = Peek(nump->second, "ss:RefersTo");
+        const int16_t nump_column = ColumnOfReference(nump_reference);
+
+        row = XmlCreateElement(oTable, "Row");
+        ++last_row;
+        pugi::xml_node cell = XmlCreateElement(row, "Cell");
+        // The first cell of a row is in column 1 unless it says otherwise.
+        if (nump_column != 1) Set(cell, "ss:Index", std::to_string(nump_column));
+        pugi::xml_node data = XmlCreateElement(cell, "Data");
+        Set(data, "ss:Type", "String");
+        data.text().set(nom.c_str());
+        Set(XmlCreateElement(cell, "NamedCell"), "ss:Name", "NumP");
+        pugi::xml_node line = XmlCreateElement(row, "mn:ILM");
+        Set(line, "mn:Name", nom);
+        Set(line, "mn:Type", regle->TypeLigne);
+        Set(line, "mn:Level", std::to_string(regle->Level));
+
+        // "P_0_<name>" names the line-number cell of the new row. A range of
+        // that name left from an earlier row is pointed at the new one
+        // rather than doubled (a workbook cannot hold a name twice).
+        const size_t bang = nump_reference.rfind('!');
+        const std::string sheet = bang == std::string::npos ? "=" + QuotedSheetName(Peek(worksheet, "ss:Name"))
+                                                            : nump_reference.substr(0, bang);
+        const std::string refers_to = sheet + "!R" + std::to_string(last_row) + "C" + std::to_string(nump_column);
+        const std::string range_name = "P_0_" + nom;
+        pugi::xml_node range;
+        if (const auto existing = ranges.find(range_name); existing != ranges.end()) {
+          range = existing->second;
+        } else {
+          range = XmlCreateElement(XmlGetNode(worksheet, "Names"), "NamedRange");
+          Set(range, "ss:Name", range_name);
+          ranges.emplace(range_name, range);
+        }
+        Set(range, "ss:RefersTo", refers_to);
+
+        // The row count grows with the row; a table that does not state it
+        // is left without it.
+        if (pugi::xml_attribute count = oTable.attribute("ss:ExpandedRowCount")) {
+          const int16_t rows = ToInt16(ToDouble(count.value(), Locale::Point()));
+          if (rows == INT16_MAX) ThrowError(kOverflow);
+          count.set_value(std::to_string(rows + 1).c_str());
+        }
+        rows_by_line.emplace(nom, row);
+      }
+
+      pugi::xml_node irow;
+      for (const pugi::xml_node& candidate : XmlSelectNodes(row, "mn:iRow")) {
+        if (Peek(candidate, "mn:ID") == id && Peek(candidate, "mn:Name") == nom) {
+          irow = candidate;
+          break;
+        }
+      }
+      if (!irow) {
+        irow = XmlCreateElement(row, "mn:iRow");
+        Set(irow, "mn:ID", id);
+        Set(irow, "mn:Name", nom);
+        rows_by_ruler.emplace(nom, row);
+      }
+      Set(irow, "mn:Y", SingleText(regle->Position_pixel_Y));
+      Set(irow, "mn:Page", page->Id);
+      if (const std::shared_ptr<CFont> font = regle->GetFontClassFromProperties()) font->GetXmlFontFromFontClass(irow);
+    }
+  }
+}
+
+void Mandor::EffacerCellulesPagesXml(const pugi::xml_node& oImage, const std::shared_ptr<Mandor>& /*oMandor*/) {
+  for (pugi::xml_node page : XmlSelectNodes(oImage, "mn:iPage")) {
+    for (pugi::xml_node cell : XmlSelectNodes(page, "Cell")) page.remove_child(cell);
+  }
+}
+
+void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr<Mandor>& oMandor) {
+  const std::string& id = oMandor->Id;
+  const pugi::xml_node image = FindImage(oXml, id);
+  const pugi::xml_node worksheet = MarkingWorksheet(oXml);
+  const pugi::xml_node table = worksheet.child("Table");
+  WorksheetIndex index = IndexWorksheet(table, id);
+  const std::unordered_map<std::string, pugi::xml_node> pages = IndexPages(image);
+  std::unordered_map<std::string, pugi::xml_node> ranges;
+  bool ranges_indexed = false;
+  std::unordered_set<size_t> written;  // the worksheet mn:iCell elements of this save
+
+  const auto page_of = [&pages](const CChamp& champ) {
+    const auto found = pages.find(std::to_string(champ.Page));
+    if (found == pages.end()) {
+      ThrowError(kObjectNotSet, "Object variable not set (no page " + std::to_string(champ.Page) + " for the field " +
+                                    champ.Nom() + ")");
+    }
+    return found->second;
+  };
+  const auto write_on_page = [&](CChamp& champ) {
+    pugi::xml_node node = XmlCreateElement(XmlCreateElement(page_of(champ), "Cell"), "mn:iCell");
+    champ.MajXmlNodeFromChampProperties(node);
+  };
+
+  for (const auto& champ : oMandor->Champs) {
+    const std::string nom = champ->Nom();
+    // Recurrent and data-contract fields have steps of their own and no
+    // rulers to place them in the worksheet; they are left to those steps
+    // whatever their name.
+    if (champ->Recurrent() || champ->IsDataContrat()) continue;
+    if (IsPageLevelName(nom)) {
+      write_on_page(*champ);
+      continue;
+    }
+
+    pugi::xml_node node;
+    if (const auto found = index.cells.find(nom); found != index.cells.end()) node = found->second;
+    if (!node) {
+      // A new field: the cell at the crossing of its rulers' row and column.
+      pugi::xml_node row;
+      long column = 0;
+      if (const std::shared_ptr<CRegle> regle_h = champ->oRegleH()) {
+        if (const auto found = index.rows.find(regle_h->Nom); found != index.rows.end()) row = found->second;
+      }
+      const std::shared_ptr<CRegle> regle_v = champ->oRegleV();
+      if (row && regle_v) {
+        if (!ranges_indexed) {
+          ranges = IndexNamedRanges(worksheet);
+          ranges_indexed = true;
+        }
+        if (const auto found = ranges.find(regle_v->Nom); found != ranges.end()) {
+          column = ColumnOfReference(Peek(found->second, "ss:RefersTo"));
+        }
+      }
+      if (!row || column < 1) {
+        // No place for it in the worksheet (a field read from a page-level
+        // cell, or whose rulers have no row or named column): it stays a
+        // page-level field rather than making the save fail.
+        write_on_page(*champ);
+        continue;
+      }
+      node = XmlCreateElement(CellOfColumn(row, column, regle_v->Nom), "iCell");
+    }
+    champ->MajXmlNodeFromChampProperties(node);
+    index.cells[nom] = node;
+    written.insert(node.hash_value());
+  }
+
+  // The worksheet keeps exactly the mn:iCell elements just written for this
+  // document: those of fields deleted from the document go, and so do those
+  // of fields now written elsewhere (page-level, recurrent, data contract) or
+  // a second element of the same name, which reading back would find twice.
+  // Other documents' elements stay.
+  for (pugi::xml_node icell : index.all_cells) {
+    if (written.count(icell.hash_value()) != 0) continue;
+    if (pugi::xml_node cell = icell.parent()) cell.remove_child(icell);
+  }
+}
+
+void Mandor::EcrireChampsRecurrentsXml(const pugi::xml_node& oImage, const std::shared_ptr<Mandor>& oMandor) {
+  if (!oImage) return;
+  pugi::xml_node image = oImage;
+  for (pugi::xml_node old : XmlSelectNodes(image, "mn:ChampsRecurrents")) image.remove_child(old);
+
+  // The reader puts recurrent fields into Champs only (flagged Recurrent),
+  // not into ChampsRecurrents: rebuilding from ChampsRecurrents alone would
+  // drop every recurrent field of a catalogue that was read and saved. Both
+  // are written, each name once.
+  std::vector<std::shared_ptr<CChamp>> champs;
+  std::unordered_set<std::string> names;
+  for (const auto& champ : oMandor->ChampsRecurrents) {
+    if (names.insert(champ->Nom()).second) champs.push_back(champ);
+  }
+  for (const auto& champ : oMandor->Champs) {
+    if (champ->Recurrent() && !champ->IsDataContrat() && names.insert(champ->Nom()).second) champs.push_back(champ);
+  }
+  if (champs.empty()) return;
+
+  const pugi::xml_node list = XmlCreateElement(oImage, "mn:ChampsRecurrents");
+  for (const auto& champ : champs) {
+    pugi::xml_node node = XmlCreateElement(list, "mn:iCell");
+    champ->MajXmlNodeFromChampProperties(node);
+  }
+}
+
+void Mandor::EcrireDataContratXml(const pugi::xml_node& oDataContrat, const std::shared_ptr<Mandor>& oMandor) {
+  if (!oDataContrat) return;
+  std::unordered_map<std::string, pugi::xml_node> cells;
+  for (const pugi::xml_node& cell : XmlSelectNodes(oDataContrat, "mn:iCell"))
+    cells.emplace(Peek(cell, "mn:Name"), cell);
+  for (const auto& champ : oMandor->champsDataContrat) {
+    pugi::xml_node node;
+    if (const auto found = cells.find(champ->Nom()); found != cells.end()) {
+      node = found->second;
+    } else {
+      // A data-contract field the file does not hold yet gets its element
+      // instead of failing the whole save.
+      node = XmlCreateElement(oDataContrat, "mn:iCell");
+      cells.emplace(champ->Nom(), node);
+    }
+    champ->MajXmlNodeDataContratFromChampProperties(node);
+  }
+}
+
+}  // namespace mandor

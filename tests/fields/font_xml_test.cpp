@@ -1,0 +1,160 @@
+// Tests of reading a font from an "mn:iFont" element and writing one back.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include <pugixml.hpp>
+
+#include "mandor/fields/font.h"
+#include "mandor/util/memory_platform.h"
+
+namespace mandor {
+namespace {
+
+std::string Serialized(const pugi::xml_node& node) {
+  std::ostringstream out;
+  node.print(out, "", pugi::format_raw);
+  return out.str();
+}
+
+class FontXmlTest : public ::testing::Test {
+ protected:
+  pugi::xml_node Element(const std::string& xml) {
+    EXPECT_TRUE(doc_.load_string(xml.c_str()));
+    return doc_.first_child();
+  }
+
+  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope_{platform_};
+  pugi::xml_document doc_;
+};
+
+TEST_F(FontXmlTest, ReadsEveryAttribute) {
+  const pugi::xml_node node = Element(
+      "<mn:iFont mn:Name=\"Times New Roman\" mn:Size=\"14\" mn:B=\"1\" mn:I=\"-1\" mn:U=\"0\" mn:S=\"2\""
+      " mn:Color=\"255\" mn:BackColor=\"-65280\" mn:Alignment=\"2\"/>");
+  const auto font = CFont::GetFontFromXmlNode(node);
+  EXPECT_EQ(font->Name(), "Times New Roman");
+  EXPECT_EQ(font->Size(), 14);
+  EXPECT_TRUE(font->Bold());
+  EXPECT_TRUE(font->Italic());
+  EXPECT_FALSE(font->Underline());
+  EXPECT_FALSE(font->HasUnderline());  // false is what it would inherit
+  EXPECT_TRUE(font->StrikeThrough());
+  EXPECT_EQ(font->Color(), 255);
+  EXPECT_EQ(font->BackColor(), 65280);
+  EXPECT_TRUE(font->Transparent());
+  EXPECT_EQ(font->Alignment(), "2");
+  EXPECT_FALSE(font->ParentFont1);
+}
+
+TEST_F(FontXmlTest, BackColorSignCarriesTransparency) {
+  auto parent = std::make_shared<CFont>();
+  parent->BackColor(123);
+  parent->Transparent(false);
+  // "-1": transparent, no colour of its own; "1": opaque, no colour of its own.
+  const auto transparent = CFont::GetFontFromXmlNode(Element("<f mn:BackColor=\"-1\"/>"), parent);
+  EXPECT_TRUE(transparent->Transparent());
+  EXPECT_FALSE(transparent->HasBackColor());
+  EXPECT_EQ(transparent->BackColor(), 123);
+  const auto opaque = CFont::GetFontFromXmlNode(Element("<f mn:BackColor=\"1\"/>"));
+  EXPECT_FALSE(opaque->Transparent());
+  EXPECT_FALSE(opaque->HasBackColor());
+  const auto colored = CFont::GetFontFromXmlNode(Element("<f mn:BackColor=\" -255\"/>"));
+  EXPECT_TRUE(colored->Transparent());
+  EXPECT_EQ(colored->BackColor(), 255);
+}
+
+TEST_F(FontXmlTest, SkipsWhatIsNotANumberAndInheritsTheRest) {
+  auto parent1 = std::make_shared<CFont>();
+  parent1->Size(12);
+  auto parent2 = std::make_shared<CFont>();
+  parent2->Bold(true);
+  pugi::xml_node node =
+      Element("<f mn:Name=\"\" mn:Size=\"grand\" mn:B=\"0\" mn:Color=\"1e12\" mn:Alignment=\"300\" mn:I=\"1,0\"/>");
+  const auto font = CFont::GetFontFromXmlNode(node, parent1, parent2);
+  EXPECT_EQ(font->ParentFont1, parent1);
+  EXPECT_EQ(font->ParentFont2, parent2);
+  EXPECT_FALSE(font->HasName());
+  EXPECT_EQ(font->Size(), 12);
+  EXPECT_FALSE(font->HasColor());      // out of range
+  EXPECT_FALSE(font->HasAlignment());  // out of range for a byte
+  EXPECT_FALSE(font->Bold());          // its own "not bold" over parent 2's bold
+  EXPECT_TRUE(font->HasBold());
+  // Every attribute asked for is now on the element, empty when it was missing.
+  EXPECT_STREQ(node.attribute("mn:U").value(), "");
+  EXPECT_STREQ(node.attribute("mn:BackColor").value(), "");
+  // An override equal to the parent's value is not kept; sizes are clamped.
+  const auto same = CFont::GetFontFromXmlNode(Element("<f mn:Size=\"12\"/>"), parent1);
+  EXPECT_FALSE(same->HasSize());
+  EXPECT_EQ(CFont::GetFontFromXmlNode(Element("<f mn:Size=\"100\"/>"))->Size(), 72);
+  // No element: an empty font on the parents given.
+  const auto empty = CFont::GetFontFromXmlNode(pugi::xml_node(), parent1);
+  EXPECT_FALSE(empty->HasSet());
+  EXPECT_EQ(empty->Size(), 12);
+}
+
+TEST_F(FontXmlTest, WritesOnlyWhatDiffersAndReadsBackTheSame) {
+  pugi::xml_node cell = Element("<mn:iCell mn:Name=\"L1_PU\"><a/><mn:iFont mn:Size=\"30\"/><b/></mn:iCell>");
+  auto parent = std::make_shared<CFont>();
+  parent->Bold(true);
+  CFont font;
+  font.ParentFont1 = parent;
+  // No override: the old record goes and no new one comes.
+  EXPECT_FALSE(font.GetXmlFontFromFontClass(cell));
+  EXPECT_EQ(Serialized(cell), "<mn:iCell mn:Name=\"L1_PU\"><a/><b/></mn:iCell>");
+
+  font.Name("Verdana");
+  font.Size(11);
+  font.Color(255);
+  font.BackColor(4080);
+  font.Transparent(false);
+  font.Bold(false);
+  font.Underline(true);
+  font.Alignment("1");
+  const pugi::xml_node written = font.GetXmlFontFromFontClass(cell);
+  ASSERT_TRUE(written);
+  EXPECT_EQ(Serialized(written),
+            "<mn:iFont mn:Name=\"Verdana\" mn:Size=\"11\" mn:Color=\"255\" mn:BackColor=\"4080\" mn:B=\"0\""
+            " mn:U=\"1\" mn:Alignment=\"1\"/>");
+  const auto back = CFont::GetFontFromXmlNode(written, parent);
+  EXPECT_EQ(back->Name(), "Verdana");
+  EXPECT_EQ(back->Size(), 11);
+  EXPECT_EQ(back->Color(), 255);
+  EXPECT_EQ(back->BackColor(), 4080);
+  EXPECT_FALSE(back->Transparent());
+  EXPECT_FALSE(back->Bold());
+  EXPECT_TRUE(back->Underline());
+  EXPECT_EQ(back->Alignment(), "1");
+
+  // Writing again replaces the record where it stands.
+  cell.append_child("c");
+  font.Transparent(true);
+  font.Size(9);
+  font.GetXmlFontFromFontClass(cell);
+  EXPECT_EQ(std::distance(cell.begin(), cell.end()), 4);
+  EXPECT_STREQ(cell.child("mn:iFont").next_sibling().name(), "c");
+  EXPECT_EQ(Serialized(cell.child("mn:iFont")),
+            "<mn:iFont mn:Name=\"Verdana\" mn:Color=\"255\" mn:BackColor=\"-4080\" mn:B=\"0\" mn:U=\"1\""
+            " mn:Alignment=\"1\"/>");
+
+  // Only the transparency differs: "-1" when transparent.
+  CFont clear;
+  clear.Transparent(false);
+  EXPECT_STREQ(clear.GetXmlFontFromFontClass(cell).attribute("mn:BackColor").value(), "");
+  auto opaque_parent = std::make_shared<CFont>();
+  opaque_parent->Transparent(false);
+  CFont see_through;
+  see_through.ParentFont1 = opaque_parent;
+  see_through.Transparent(true);
+  const pugi::xml_node minus_one = see_through.GetXmlFontFromFontClass(cell);
+  EXPECT_STREQ(minus_one.attribute("mn:BackColor").value(), "-1");
+  EXPECT_TRUE(CFont::GetFontFromXmlNode(minus_one, opaque_parent)->Transparent());
+  EXPECT_FALSE(see_through.GetXmlFontFromFontClass(pugi::xml_node()));
+}
+
+}  // namespace
+}  // namespace mandor

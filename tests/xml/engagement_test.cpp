@@ -1,0 +1,260 @@
+// Adding an engagement act to a catalogue (cMarquage::XML_AddNewAE).
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <pugixml.hpp>
+
+#include "mandor/model/mandor.h"
+#include "mandor/model/page.h"
+#include "mandor/util/memory_platform.h"
+#include "mandor/xml/image_pdf.h"
+#include "mandor/xml/marquage.h"
+#include "mandor/xml/workbook.h"
+#include "mandor/xml/xml_access.h"
+#include "tests/test_util.h"
+
+namespace mandor {
+namespace {
+
+constexpr const char* kPath = "lots/lot3.xml";
+
+std::string ReadDataFile(const std::string& name) {
+  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+// A catalogue of the given images ("mn1:DQE", "mn2:AE", ...), with a worksheet
+// row that carries an mn:iRow of each.
+std::string Catalogue(const std::vector<std::string>& images) {
+  std::ostringstream xml;
+  xml << "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
+         "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
+         " <mn:MANDOR mn:Name=\"Lot 5\">\n";
+  for (const std::string& image : images) {
+    const std::string id = image.substr(0, image.find(':'));
+    const std::string type = image.substr(image.find(':') + 1);
+    xml << "  <mn:Image mn:ID=\"" << id << "\" mn:Name=\"" << type << " " << id << ".pdf\" mn:Type=\"" << type
+        << "\" mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>\n";
+  }
+  xml << "  <mn:Extra/>\n </mn:MANDOR>\n <Worksheet ss:Name=\"Lot 5\"><Table><Row>";
+  for (const std::string& image : images) {
+    xml << "<mn:iRow mn:ID=\"" << image.substr(0, image.find(':')) << "\" mn:Name=\"L1\" mn:Y=\"10\" mn:Page=\"1\"/>";
+  }
+  xml << "<Cell><Data ss:Type=\"String\">L1</Data></Cell></Row></Table></Worksheet>\n</Workbook>\n";
+  return xml.str();
+}
+
+class EngagementTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<cMarquage> ReadCatalogue(const std::string& bytes) {
+    platform_->SetFileBytes(kPath, bytes);
+    auto catalogue = std::make_shared<cMarquage>();
+    EXPECT_NE(catalogue->XML_ReadCNF(kPath), nullptr);
+    return catalogue;
+  }
+  static std::shared_ptr<Mandor> NewAct() {
+    auto act = std::make_shared<Mandor>();
+    act->Orientation = 1;
+    act->HauteurChamp = 42.5f;
+    act->Devise("EUR");
+    return act;
+  }
+  std::unique_ptr<WorkbookDocument> Saved() const {
+    auto workbook = std::make_unique<WorkbookDocument>();
+    EXPECT_TRUE(workbook->LoadFromBytes(platform_->FileBytes(kPath).value_or("")));
+    return workbook;
+  }
+  static std::vector<std::string> ImageIds(const WorkbookDocument& workbook) {
+    std::vector<std::string> ids;
+    for (const auto& image : XmlSelectNodes(workbook.document(), "Workbook/mn:MANDOR/mn:Image")) {
+      ids.push_back(image.attribute("mn:ID").value());
+    }
+    return ids;
+  }
+  static std::vector<std::string> Keys(const cMarquage& catalogue) {
+    std::vector<std::string> ids;
+    for (const auto& doc : catalogue) ids.push_back(doc->Id);
+    return ids;
+  }
+
+  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope_{platform_};
+  FixedImagePdf pdf_{"AE Lot5.pdf", {{1653, 2339, 200, 200}, {2480.5, 3508, 300, 301}, {1700, 2200, 150, 150}}};
+};
+
+TEST_F(EngagementTest, FirstActTakesTheFirstFreeNumberAndIsWritten) {
+  auto catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn2:BPU"}));
+  auto act = NewAct();
+  auto result = catalogue->XML_AddNewAE(act, pdf_);
+  ASSERT_EQ(result, act);
+  EXPECT_EQ(act->Id, "mn3");
+  EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn2", "mn3"}));
+  EXPECT_EQ(catalogue->Item("mn3"), act);
+  EXPECT_EQ(act->oOwnerMarquage(), catalogue);
+  EXPECT_EQ(act->numero_page, 1);
+  EXPECT_EQ(act->Type_Document, act->DOCUMENT_AE());
+
+  // Pages from the image object, keyed page_1 to page_3.
+  ASSERT_EQ(act->Pages.Count(), 3);
+  EXPECT_EQ(pdf_.selected(), (std::vector<int16_t>{1, 2, 3}));
+  auto page2 = act->Pages.Item("page_2");
+  EXPECT_EQ(page2->Id, "2");
+  EXPECT_FLOAT_EQ(page2->Width, 2480.5f);
+  EXPECT_FLOAT_EQ(page2->Height, 3508);
+  EXPECT_EQ(page2->hResolution(), 300);
+  EXPECT_EQ(page2->vResolution(), 301);
+  EXPECT_EQ(page2->oOwnerMandor.lock(), act);
+  EXPECT_EQ(act->Pages.Item("page_3")->Id, "3");
+
+  // The file: a new mn:Image last under mn:MANDOR, attributes in order.
+  auto saved = Saved();
+  const pugi::xml_node mandor = XmlSelectNode(saved->document(), "Workbook/mn:MANDOR");
+  const pugi::xml_node image = mandor.last_child();
+  ASSERT_STREQ(image.name(), "mn:Image");
+  std::vector<std::string> attributes;
+  for (const auto& a : image.attributes()) attributes.push_back(std::string(a.name()) + "=" + a.value());
+  EXPECT_EQ(attributes, (std::vector<std::string>{"mn:ID=mn3", "mn:Name=AE Lot5.pdf", "mn:Count=0", "mn:Type=AE",
+                                                  "mn:Orientation=1", "mn:H=42.5", "mn:Devise=EUR"}));
+  const auto pages = XmlSelectNodes(image, "mn:iPage");
+  ASSERT_EQ(pages.size(), 3u);
+  EXPECT_STREQ(pages[1].attribute("mn:ID").value(), "2");
+  EXPECT_STREQ(pages[1].attribute("mn:Width").value(), "2480.5");
+  EXPECT_STREQ(pages[1].attribute("mn:Height").value(), "3508");
+  EXPECT_STREQ(pages[1].attribute("mn:XRes").value(), "300");
+  EXPECT_STREQ(pages[1].attribute("mn:YRes").value(), "301");
+  EXPECT_FALSE(image.child("mn:iFont"));
+  EXPECT_FALSE(image.child("mn:iCol"));
+
+  // The saved catalogue reads back with the act.
+  auto reread = std::make_shared<cMarquage>();
+  ASSERT_NE(reread->XML_ReadCNF(kPath), nullptr);
+  EXPECT_EQ(reread->Item("mn3")->Type_Document, "AE");
+  EXPECT_EQ(reread->Item("mn3")->Pages.Count(), 3);
+}
+
+TEST_F(EngagementTest, NewActReplacesTheFormerOne) {
+  // An act mn2 is replaced by a new mn2, last in the file and in the catalogue.
+  auto catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn2:AE", "mn3:BPU"}));
+  auto former = catalogue->Item("mn2");
+  auto act = NewAct();
+  ASSERT_EQ(catalogue->XML_AddNewAE(act, pdf_), act);
+  EXPECT_EQ(act->Id, "mn2");
+  EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
+  EXPECT_EQ(catalogue->Item("mn2"), act);
+  EXPECT_NE(catalogue->Item("mn2"), former);
+  auto saved = Saved();
+  EXPECT_EQ(ImageIds(*saved), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
+  EXPECT_STREQ(
+      XmlSelectNode(saved->document(), "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn2']").attribute("mn:Name").value(),
+      "AE Lot5.pdf");
+  // The former act's worksheet elements stay.
+  EXPECT_TRUE(XmlSelectNode(saved->document(), "Workbook/Worksheet/Table/Row/mn:iRow[@mn:ID='mn2']"));
+  EXPECT_TRUE(XmlSelectNode(saved->document(), "Workbook/mn:MANDOR/mn:Extra"));
+
+  // Replacing it once more keeps mn2.
+  auto next = NewAct();
+  ASSERT_EQ(catalogue->XML_AddNewAE(next, pdf_), next);
+  EXPECT_EQ(next->Id, "mn2");
+  EXPECT_EQ(catalogue->Count(), 3);
+  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
+}
+
+TEST_F(EngagementTest, NumberingCountsUpFromTheFormerAct) {
+  // mn1 is the act: the new one is mn1 again.
+  auto catalogue = ReadCatalogue(Catalogue({"mn1:PC", "mn2:DQE"}));
+  auto act = NewAct();
+  ASSERT_NE(catalogue->XML_AddNewAE(act, pdf_), nullptr);
+  EXPECT_EQ(act->Id, "mn1");
+  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn2", "mn1"}));
+
+  // The act mn2 of a file that also holds mn3 and mn4 is replaced by mn2.
+  catalogue = ReadCatalogue(Catalogue({"mn4:DQE", "mn2:AE", "mn3:BPU"}));
+  auto second = NewAct();
+  second->Devise("");
+  ASSERT_NE(catalogue->XML_AddNewAE(second, pdf_), nullptr);
+  EXPECT_EQ(second->Id, "mn2");
+  // An act without currency gets index 0 and an empty "mn:Devise".
+  EXPECT_EQ(second->iDevise(), 0);
+  EXPECT_STREQ(XmlSelectNode(Saved()->document(), "//mn:Image[@mn:ID='mn2']").attribute("mn:Devise").value(), "");
+
+  // Without a former act, the first number from 1 that no image uses.
+  catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn3:BPU"}));
+  auto third = NewAct();
+  ASSERT_NE(catalogue->XML_AddNewAE(third, pdf_), nullptr);
+  EXPECT_EQ(third->Id, "mn2");
+  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
+}
+
+TEST_F(EngagementTest, Failures) {
+  // An unreadable catalogue: a message, nothing returned, nothing changed.
+  auto catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn2:AE"}));
+  const std::string original = platform_->FileBytes(kPath).value();
+  platform_->SetFileBytes(kPath, "not xml <");
+  auto act = NewAct();
+  EXPECT_EQ(catalogue->XML_AddNewAE(act, pdf_), nullptr);
+  ASSERT_EQ(platform_->messages().size(), 1u);
+  EXPECT_EQ(platform_->messages()[0].text, "Impossible d'ouvrir le fichier XML [lots/lot3.xml] !");
+  EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kCritical);
+  EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn2"}));
+  EXPECT_TRUE(act->Id.empty());
+  EXPECT_EQ(platform_->FileBytes(kPath).value(), "not xml <");
+
+  // A former act whose image ID holds no number fails before anything is removed.
+  platform_->SetFileBytes(kPath, original);
+  catalogue->Item("mn2")->Id = "mnX";
+  EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, pdf_); }), 13);
+  EXPECT_EQ(catalogue->Count(), 2);
+  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
+  catalogue->Item("mn2")->Id = "mn2";
+
+  // An error of the image object reaches the caller; the file is not written.
+  FixedImagePdf empty_pages("AE.pdf", {});
+  struct Broken : FixedImagePdf {
+    using FixedImagePdf::FixedImagePdf;
+    int32_t PageCount() const override { return 2; }  // claims more pages than it has
+  } broken("AE.pdf", {{1653, 2339, 200, 200}});
+  EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, broken); }), 9);
+  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
+
+  // A failed save leaves the catalogue file whole.
+  auto catalogue2 = ReadCatalogue(original);
+  platform_->FailOn(MemoryPlatform::Operation::kRename, "");
+  auto act2 = NewAct();
+  EXPECT_NE(test_util::ErrorNumberOf([&] { catalogue2->XML_AddNewAE(act2, pdf_); }), 0);
+  platform_->ClearFailures();
+  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
+
+  // An image without pages gives an act without pages.
+  auto act3 = NewAct();
+  auto catalogue3 = ReadCatalogue(original);
+  ASSERT_NE(catalogue3->XML_AddNewAE(act3, empty_pages), nullptr);
+  EXPECT_EQ(act3->Pages.Count(), 0);
+  EXPECT_FALSE(XmlSelectNode(Saved()->document(), "//mn:Image[@mn:ID='mn2']/mn:iPage"));
+}
+
+TEST_F(EngagementTest, ActOfTheHandWrittenTender) {
+  // The tender's catalogue already holds its act mn3.
+  platform_->SetFileBytes(kPath, ReadDataFile("ecriture_lot3.xml"));
+  auto catalogue = std::make_shared<cMarquage>();
+  ASSERT_NE(catalogue->XML_ReadCNF(kPath), nullptr);
+  auto act = NewAct();
+  FixedImagePdf pdf("AE Lot3 v2.pdf", {{1653, 2339, 200, 200}});
+  ASSERT_NE(catalogue->XML_AddNewAE(act, pdf), nullptr);
+  EXPECT_EQ(act->Id, "mn3");
+  auto saved = Saved();
+  EXPECT_EQ(ImageIds(*saved), (std::vector<std::string>{"mn1", "mn2", "mn3"}));
+  EXPECT_STREQ(XmlSelectNode(saved->document(), "//mn:Image[@mn:ID='mn3']").attribute("mn:Name").value(),
+               "AE Lot3 v2.pdf");
+  // The other documents' elements are untouched.
+  EXPECT_TRUE(XmlSelectNode(saved->document(), "//mn:Image[@mn:ID='mn1']/mn:DataContrat"));
+}
+
+}  // namespace
+}  // namespace mandor

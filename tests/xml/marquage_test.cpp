@@ -1,0 +1,153 @@
+// Tests of the catalogue: its file and name, the folder scan, adding
+// documents from text markings and from mn:Image elements, and the
+// collection members.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <pugixml.hpp>
+
+#include "mandor/model/mandor.h"
+#include "mandor/util/memory_platform.h"
+#include "mandor/xml/marquage.h"
+#include "tests/test_util.h"
+
+namespace mandor {
+namespace {
+
+using test_util::ErrorNumberOf;
+
+std::string TextMarking(const std::string& name) {
+  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/textfile/" + name, std::ios::binary);
+  EXPECT_TRUE(in.good()) << name;
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+class MarquageTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope_{platform_};
+  std::shared_ptr<cMarquage> catalogue_ = std::make_shared<cMarquage>();
+};
+
+TEST_F(MarquageTest, FullPathDerivesFolderFileAndName) {
+  catalogue_->FullPath("C:\\Lots\\Lot 12.final.cnf");
+  EXPECT_EQ(catalogue_->FullPath(), "C:\\Lots\\Lot 12.final.cnf");
+  EXPECT_EQ(catalogue_->Path(), "C:\\Lots\\");
+  EXPECT_EQ(catalogue_->File(), "Lot 12.final.cnf");
+  EXPECT_EQ(catalogue_->Name(), "Lot 12.final");
+
+  // Without a separator only the full path changes.
+  catalogue_->FullPath("other.xml");
+  EXPECT_EQ(catalogue_->FullPath(), "other.xml");
+  EXPECT_EQ(catalogue_->Path(), "C:\\Lots\\");
+  EXPECT_EQ(catalogue_->File(), "Lot 12.final.cnf");
+  EXPECT_EQ(catalogue_->Name(), "Lot 12.final");
+
+  catalogue_->FullPath("/srv/lots/catalogue");
+  EXPECT_EQ(catalogue_->Path(), "/srv/lots/");
+  EXPECT_EQ(catalogue_->Name(), "catalogue");
+  catalogue_->Name("Électricité");
+  EXPECT_EQ(catalogue_->Name(), "Électricité");
+}
+
+TEST_F(MarquageTest, FolderScanListsTextMarkings) {
+  for (const char* path : {"lots/A.CNF", "lots/B.xnf", "lots/C.xml", "lots/D", "lots/sub/E.cnf", "lots/F.old.Xnf"}) {
+    platform_->SetFileBytes(path, "");
+  }
+  catalogue_->FullPath("lots/catalogue.xml");
+  EXPECT_EQ(catalogue_->FolderFiles(), (std::vector<std::string>{"lots/A.CNF", "lots/B.xnf", "lots/F.old.Xnf"}));
+  // A folder that cannot be listed gives an empty list, not an error.
+  catalogue_->FullPath("missing/catalogue.xml");
+  EXPECT_TRUE(catalogue_->FolderFiles().empty());
+  EXPECT_EQ(catalogue_->Path(), "missing/");
+}
+
+TEST_F(MarquageTest, AddRestoresTextMarkings) {
+  platform_->SetFileBytes("marquages/bordereau.bpx.xnf", TextMarking("bordereau.bpx.xnf"));
+  const auto restored = catalogue_->Add("k1", "bordereau.bpx", "marquages/");
+  EXPECT_EQ(restored->numero_page, 1);
+  EXPECT_EQ(restored->Id, "k1");
+  EXPECT_EQ(restored->Nom_Document(), "bordereau.bpx");
+  EXPECT_EQ(restored->Répertoire_Document, "marquages/");
+  EXPECT_EQ(restored->oOwnerMarquage(), catalogue_);
+  EXPECT_GT(restored->Champs.Count(), 0);
+
+  // A marking that cannot be restored stays in the catalogue, marked -1;
+  // without a key it is reached by position only.
+  const auto missing = catalogue_->Add("", "absent.bpx", "marquages/");
+  EXPECT_EQ(missing->numero_page, -1);
+  EXPECT_EQ(catalogue_->Count(), 2);
+  EXPECT_EQ(catalogue_->Item(2), missing);
+  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Item(""); }), kInvalidArgument);
+
+  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Add("K1", "absent.bpx", "marquages/"); }), kDuplicateKey);
+  EXPECT_EQ(catalogue_->Count(), 2);
+}
+
+TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElement) {
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string(
+      "<mn:MANDOR xmlns:mn=\"urn:schemas-mandor:marquage\">"
+      "<mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\" mn:Type=\"PC\"/>"
+      "<mn:Image mn:ID=\"mn2\" mn:Name=\"Lot2.pdf\" mn:Type=\"dqe\"/>"
+      "<mn:Image mn:ID=\"mn3\" mn:Name=\"Lot3.pdf\"/>"
+      "<mn:Image mn:ID=\"mn4\" mn:Name=\"pdf\" mn:Type=\"DET\"/>"
+      "<mn:Image mn:ID=\"mn1\" mn:Name=\"Bis1.pdf\" mn:Type=\"BPU\"/></mn:MANDOR>"));
+  std::vector<pugi::xml_node> images(doc.first_child().begin(), doc.first_child().end());
+
+  const auto ae = catalogue_->AddItemWithNode(images[0], "C:\\Lots");
+  EXPECT_EQ(ae->Id, "mn1");
+  EXPECT_EQ(ae->Nom_Document(), "Lot1");
+  EXPECT_EQ(ae->Type_Document, "AE");
+  EXPECT_EQ(ae->Répertoire_Document, "C:\\Lots\\");
+  EXPECT_EQ(ae->oOwnerMarquage(), catalogue_);
+  EXPECT_EQ(ae->Font()->ParentFont1, catalogue_->Font);
+
+  const auto lower = catalogue_->AddItemWithNode(images[1]);
+  EXPECT_EQ(lower->Type_Document, "");  // codes are case-sensitive
+  EXPECT_EQ(lower->Répertoire_Document, "\\");
+  EXPECT_EQ(catalogue_->AddItemWithNode(images[2], "lots/")->Répertoire_Document, "lots/");
+  // The attribute read is added, empty, to the element.
+  EXPECT_TRUE(images[2].attribute("mn:Type"));
+  EXPECT_STREQ(images[2].attribute("mn:Type").value(), "");
+
+  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[3]); }), kInvalidArgument);
+  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[4]); }), kDuplicateKey);
+  EXPECT_EQ(catalogue_->Count(), 3);
+}
+
+TEST_F(MarquageTest, ItemsRemoveClearAndIteration) {
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string(
+      "<m><mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\"/><mn:Image mn:ID=\"mn2\" mn:Name=\"Lot2.pdf\"/>"
+      "<mn:Image mn:ID=\"mn3\" mn:Name=\"Lot3.pdf\"/></m>"));
+  catalogue_->Clear();  // nothing to clear
+  std::vector<std::shared_ptr<Mandor>> added;
+  for (const pugi::xml_node& image : doc.first_child().children()) added.push_back(catalogue_->AddItemWithNode(image));
+
+  std::vector<std::shared_ptr<Mandor>> walked(catalogue_->begin(), catalogue_->end());
+  EXPECT_EQ(walked, added);
+  EXPECT_EQ(catalogue_->Item("MN3"), added[2]);
+  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Item(4); }), kSubscriptOutOfRange);
+  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Item("mn9"); }), kInvalidArgument);
+  catalogue_->Remove("mn2");
+  catalogue_->Remove(1);
+  EXPECT_EQ(catalogue_->Item(1), added[2]);
+  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Remove("mn1"); }), kInvalidArgument);
+  catalogue_->Clear();
+  EXPECT_EQ(catalogue_->Count(), 0);
+
+  // Documents the host still holds outlive the catalogue, without it.
+  const auto kept = catalogue_->AddItemWithNode(doc.first_child().first_child());
+  catalogue_.reset();
+  EXPECT_EQ(kept->oOwnerMarquage(), nullptr);
+}
+
+}  // namespace
+}  // namespace mandor

@@ -1,0 +1,275 @@
+// Tests of the node-access operations of the catalogue workbook and of
+// loading and saving the workbook file.
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "mandor/util/cp1252.h"
+#include "mandor/util/memory_platform.h"
+#include "mandor/xml/workbook.h"
+#include "mandor/xml/xml_access.h"
+#include "tests/test_util.h"
+
+namespace mandor {
+namespace {
+
+using test_util::ErrorNumberOf;
+
+constexpr char kSmallWorkbook[] =
+    "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
+    " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
+    "<mn:MANDOR mn:Name=\"Lot\"><mn:Image mn:ID=\"mn1\"/><mn:Image mn:ID=\"mn2\"/></mn:MANDOR>"
+    "<CustomDocumentProperties xmlns=\"urn:schemas-microsoft-com:office:office\"><TVA>20</TVA>"
+    "</CustomDocumentProperties>"
+    "<Worksheet ss:Name=\"Lot\"><Table>"
+    "<Row><mn:iRow mn:ID=\"mn2\"/><Cell ss:Index=\"2\"/><Cell ss:Index=\"4\"/><Cell ss:Index=\"10\"/></Row>"
+    "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\"/><Cell ss:Index=\"1\"/></Row>"
+    "</Table></Worksheet></Workbook>";
+
+std::string DataFile(const std::string& name) {
+  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
+  EXPECT_TRUE(in.good()) << name;
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::string Serialized(const pugi::xml_node& node) {
+  std::ostringstream out;
+  node.print(out, "", pugi::format_raw);
+  return out.str();
+}
+
+TEST(XmlAccessTest, SelectNodeAndNodesMatchQualifiedNamesAndSwallowErrors) {
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string(kSmallWorkbook));
+  const pugi::xml_node header = XmlSelectNode(doc, "Workbook/mn:MANDOR");
+  ASSERT_TRUE(header);
+  EXPECT_STREQ(header.attribute("mn:Name").value(), "Lot");
+
+  const pugi::xml_node table = XmlSelectNode(doc, "Workbook/Worksheet[@ss:Name='Lot']/Table");
+  ASSERT_TRUE(table);
+  const pugi::xml_node row = XmlSelectNode(table, "Row[mn:iRow/@mn:ID='mn1']");
+  ASSERT_TRUE(row);
+  EXPECT_STREQ(row.child("mn:iRow").attribute("mn:Name").value(), "L1");
+  // "Cell[@ss:Index>'3']" compares numbers: 10 is after 4, not before it.
+  const std::vector<pugi::xml_node> after = XmlSelectNodes(table.first_child(), "Cell[@ss:Index>'3']");
+  ASSERT_EQ(after.size(), 2u);
+  EXPECT_STREQ(after[0].attribute("ss:Index").value(), "4");
+  EXPECT_STREQ(after[1].attribute("ss:Index").value(), "10");
+
+  const std::vector<pugi::xml_node> images = XmlSelectNodes(header, "mn:Image");
+  ASSERT_EQ(images.size(), 2u);
+  EXPECT_STREQ(images[1].attribute("mn:ID").value(), "mn2");
+
+  // Nothing found, a malformed query, a query giving no element, a null node.
+  EXPECT_FALSE(XmlSelectNode(doc, "Workbook/Nothing"));
+  EXPECT_FALSE(XmlSelectNode(doc, "Workbook/[[["));
+  EXPECT_TRUE(XmlSelectNodes(doc, "Workbook/[[[").empty());
+  EXPECT_FALSE(XmlSelectNode(doc, "count(Workbook)"));
+  EXPECT_FALSE(XmlSelectNode(header, "@mn:Name"));
+  EXPECT_FALSE(XmlSelectNode(pugi::xml_node(), "Workbook"));
+  EXPECT_TRUE(XmlSelectNodes(pugi::xml_node(), "Workbook").empty());
+  // The same query text many times, with and without errors in between.
+  for (int i = 0; i < 600; ++i) {
+    ASSERT_TRUE(XmlSelectNode(table, "Row[mn:iRow/@mn:ID='mn" + std::to_string(i % 2 + 1) + "']"));
+    ASSERT_FALSE(XmlSelectNode(table, "Row[" + std::to_string(i)));
+  }
+}
+
+TEST(XmlAccessTest, GetAttributeCreatesMissingAttributesEmpty) {
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string(kSmallWorkbook));
+  pugi::xml_node image = XmlSelectNode(doc, "Workbook/mn:MANDOR/mn:Image");
+  EXPECT_STREQ(XmlGetAttribute(image, "mn:ID").value(), "mn1");
+
+  pugi::xml_attribute type = XmlGetAttribute(image, "mn:Type");
+  ASSERT_TRUE(type);
+  EXPECT_STREQ(type.value(), "");
+  EXPECT_EQ(Serialized(image), "<mn:Image mn:ID=\"mn1\" mn:Type=\"\"/>");
+  // Read again: the same attribute, not a second one.
+  XmlGetAttribute(image, "mn:Type").set_value("DQE");
+  EXPECT_STREQ(XmlGetAttribute(image, "mn:Type").value(), "DQE");
+  EXPECT_EQ(Serialized(image), "<mn:Image mn:ID=\"mn1\" mn:Type=\"DQE\"/>");
+
+  EXPECT_FALSE(XmlGetAttribute(pugi::xml_node(), "mn:ID"));
+  EXPECT_FALSE(XmlGetAttribute(doc, "mn:ID"));  // the document node is no element
+}
+
+TEST(XmlAccessTest, GetNodeFindsOrCreatesTheChild) {
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string(
+      "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
+      "<mn:MANDOR><mn:iFont mn:Size=\"10\"/><Extra/></mn:MANDOR></Workbook>"));
+  pugi::xml_node header = doc.document_element().first_child();
+
+  EXPECT_STREQ(XmlGetNode(header, "mn:iFont").attribute("mn:Size").value(), "10");
+  // A prefixed name falls back on the local name.
+  pugi::xml_node extra = XmlGetNode(header, "mn:Extra");
+  EXPECT_STREQ(extra.name(), "Extra");
+  EXPECT_EQ(std::distance(header.begin(), header.end()), 2);
+
+  pugi::xml_node row = XmlGetNode(header, "mn:iRow");
+  EXPECT_STREQ(row.name(), "mn:iRow");
+  EXPECT_EQ(header.last_child(), row);
+  EXPECT_EQ(XmlGetNode(header, "mn:iRow"), row);  // found the second time
+  EXPECT_FALSE(XmlGetNode(pugi::xml_node(), "mn:iFont"));
+}
+
+TEST(XmlAccessTest, CreateElementPlacesAndQualifiesTheElement) {
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string(kSmallWorkbook));
+  pugi::xml_node table = XmlSelectNode(doc, "Workbook/Worksheet/Table");
+  pugi::xml_node first = table.first_child();
+  pugi::xml_node second = first.next_sibling();
+
+  // Appended last by default; in the default namespace of the workbook, so
+  // no declaration is needed.
+  pugi::xml_node last = XmlCreateElement(table, "Row");
+  EXPECT_EQ(table.last_child(), last);
+  EXPECT_EQ(Serialized(last), "<Row/>");
+  // Before an insertion point given directly.
+  pugi::xml_node before_second = XmlCreateElement(table, "Row", pugi::xml_node(), second);
+  EXPECT_EQ(before_second.next_sibling(), second);
+  // Before the previous sibling of a reference sibling.
+  pugi::xml_node before_first = XmlCreateElement(table, "Row", before_second);
+  EXPECT_EQ(table.first_child(), before_first);
+  EXPECT_EQ(before_first.next_sibling(), first);
+  // A prefixed element keeps its name and needs no declaration.
+  pugi::xml_node ilm = XmlCreateElement(first, "mn:ILM");
+  EXPECT_EQ(Serialized(ilm), "<mn:ILM/>");
+
+  // Under an element of another default namespace, an unprefixed element is
+  // still a spreadsheet element.
+  pugi::xml_node properties = XmlSelectNode(doc, "Workbook/CustomDocumentProperties");
+  pugi::xml_node rate = XmlCreateElement(properties, "Rate");
+  EXPECT_STREQ(rate.attribute("xmlns").value(), kSpreadsheetNamespace);
+  EXPECT_FALSE(XmlCreateElement(pugi::xml_node(), "Row"));
+}
+
+TEST(WorkbookDocumentTest, LoadAndSaveKeepEverythingTheModelDoesNotOwn) {
+  const std::string original = DataFile("tender.xml");
+  WorkbookDocument workbook;
+  ASSERT_TRUE(workbook.LoadFromBytes(original));
+  const std::string first = workbook.ToBytes();
+
+  // The prolog, the comment and the whitespace between elements are kept.
+  EXPECT_EQ(first.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<?mso-application progid=\"Excel.Sheet\"?>\n<!--", 0), 0u)
+      << first.substr(0, 120);
+  EXPECT_NE(first.find("<Styles>\n  <Style ss:ID=\"Default\" ss:Name=\"Normal\">"), std::string::npos);
+  EXPECT_NE(first.find("<Worksheet ss:Name=\"Notes\">"), std::string::npos);
+  EXPECT_NE(first.find("Mille deux cent cinquante euros"), std::string::npos);
+  EXPECT_EQ(first.back(), '\n');
+  // Apart from the blanks inside the Workbook start tag, the bytes are the file's.
+  const size_t tag_end = original.find("xmlns:mn=\"urn:schemas-mandor:marquage\">");
+  ASSERT_NE(tag_end, std::string::npos);
+  EXPECT_EQ(first.substr(first.find("xmlns:mn=")), original.substr(tag_end));
+
+  // A second load and save is a fixed point.
+  WorkbookDocument again;
+  ASSERT_TRUE(again.LoadFromBytes(first));
+  EXPECT_EQ(again.ToBytes(), first);
+  EXPECT_STREQ(again.Root().name(), "Workbook");
+}
+
+TEST(WorkbookDocumentTest, EncodingAndLineEndsFollowTheFile) {
+  // Windows-1252 and ISO-8859-1: the DOM holds UTF-8, the file its own bytes.
+  for (const char* encoding : {"windows-1252", "ISO-8859-1"}) {
+    const std::string bytes = std::string("<?xml version=\"1.0\" encoding=\"") + encoding +
+                              "\"?>\r\n<Workbook>\r\n <Data>\xC9t\xE9</Data>\r\n</Workbook>\r\n";
+    WorkbookDocument workbook;
+    ASSERT_TRUE(workbook.LoadFromBytes(bytes)) << encoding;
+    EXPECT_STREQ(workbook.Root().child("Data").text().get(), "\xC3\x89t\xC3\xA9") << encoding;
+    EXPECT_EQ(workbook.ToBytes(), bytes) << encoding;
+  }
+  // UTF-16 stays UTF-16, with its byte-order mark.
+  const std::string utf8 = "<?xml version=\"1.0\" encoding=\"UTF-16\"?><Workbook>\xC3\x89</Workbook>";
+  std::string utf16 = "\xFF\xFE";
+  for (unsigned char c : Utf8ToWindows1252(utf8)) {
+    utf16 += static_cast<char>(c);
+    utf16 += '\0';
+  }
+  WorkbookDocument wide;
+  ASSERT_TRUE(wide.LoadFromBytes(utf16));
+  EXPECT_STREQ(wide.Root().text().get(), "\xC3\x89");
+  EXPECT_EQ(wide.ToBytes(), utf16);
+  // A UTF-8 byte-order mark is kept, and no declaration is added to a file without one.
+  WorkbookDocument marked;
+  ASSERT_TRUE(marked.LoadFromBytes("\xEF\xBB\xBF<Workbook/>"));
+  EXPECT_EQ(marked.ToBytes(), "\xEF\xBB\xBF<Workbook/>");
+}
+
+TEST(WorkbookDocumentTest, UnreadableOrMalformedFilesDoNotLoad) {
+  auto platform = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope(platform);
+  platform->SetFileBytes("lots/bad.xml", "<Workbook><Row></Workbook>");
+  platform->SetFileBytes("lots/two.xml", "<Workbook/><Workbook/>");
+  platform->SetFileBytes("lots/text.xml", "just text");
+  platform->SetFileBytes("lots/empty.xml", "");
+  platform->SetFileBytes("lots/locked.xml", "<Workbook/>");
+  platform->FailOn(MemoryPlatform::Operation::kOpenInput, "locked");
+  WorkbookDocument workbook;
+  for (const char* path : {"lots/missing.xml", "lots/bad.xml", "lots/two.xml", "lots/text.xml", "lots/empty.xml",
+                           "lots/locked.xml"}) {
+    EXPECT_FALSE(workbook.Load(path)) << path;
+    EXPECT_FALSE(workbook.Root()) << path;
+  }
+  platform->SetFileBytes("lots/good.xml", "<!-- c --><Workbook/>\n");
+  EXPECT_TRUE(workbook.Load("lots/good.xml"));
+  EXPECT_STREQ(workbook.Root().name(), "Workbook");
+}
+
+TEST(WorkbookDocumentTest, SaveReplacesTheFileOnlyWhenTheWholeFileIsWritten) {
+  auto platform = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope(platform);
+  platform->SetFileBytes("lots/tender.xml", "<Workbook><Old/></Workbook>");
+  WorkbookDocument workbook;
+  ASSERT_TRUE(workbook.LoadFromBytes("<Workbook><New/></Workbook>"));
+
+  platform->FailOn(MemoryPlatform::Operation::kWrite, ".tmp");
+  EXPECT_EQ(ErrorNumberOf([&] { workbook.Save("lots/tender.xml"); }), kPathFileAccessError);
+  EXPECT_EQ(platform->FileBytes("lots/tender.xml").value(), "<Workbook><Old/></Workbook>");
+  EXPECT_FALSE(platform->FileExists("lots/tender.xml.tmp"));
+
+  platform->ClearFailures();
+  platform->FailOn(MemoryPlatform::Operation::kRename, "tender", kPermissionDenied);
+  EXPECT_EQ(ErrorNumberOf([&] { workbook.Save("lots/tender.xml"); }), kPermissionDenied);
+  EXPECT_EQ(platform->FileBytes("lots/tender.xml").value(), "<Workbook><Old/></Workbook>");
+  EXPECT_FALSE(platform->FileExists("lots/tender.xml.tmp"));
+
+  platform->ClearFailures();
+  workbook.Save("lots/tender.xml");
+  EXPECT_EQ(platform->FileBytes("lots/tender.xml").value(), "<Workbook><New/></Workbook>");
+  EXPECT_EQ(platform->Paths(), std::vector<std::string>{"lots/tender.xml"});
+}
+
+TEST(WorkbookDocumentTest, SavesAndLoadsOnTheRealFileSystem) {
+  ScopedPlatform scope(std::make_shared<SystemPlatform>());
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("mandor_workbook_" + std::to_string(::getpid()));
+  std::filesystem::create_directories(folder);
+  const std::string path = (folder / "tender.xml").string();
+
+  WorkbookDocument workbook;
+  ASSERT_TRUE(workbook.LoadFromBytes(DataFile("tender.xml")));
+  workbook.Save(path);
+  WorkbookDocument loaded;
+  ASSERT_TRUE(loaded.Load(path));
+  EXPECT_EQ(loaded.ToBytes(), workbook.ToBytes());
+  EXPECT_FALSE(std::filesystem::exists(path + ".tmp"));
+  EXPECT_FALSE(loaded.Load((folder / "missing.xml").string()));
+  // A folder where the file should be: the save fails and leaves nothing behind.
+  std::filesystem::create_directories(folder / "taken.xml");
+  EXPECT_EQ(ErrorNumberOf([&] { workbook.Save((folder / "taken.xml").string()); }), kPathFileAccessError);
+  EXPECT_FALSE(std::filesystem::exists((folder / "taken.xml.tmp")));
+  std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace mandor

@@ -1,0 +1,696 @@
+// Saving a document into its catalogue workbook (Mandor::SauvegarderMarquageXml).
+
+#include <chrono>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <pugixml.hpp>
+
+#include "mandor/fields/champ.h"
+#include "mandor/model/mandor.h"
+#include "mandor/model/page.h"
+#include "mandor/model/regle.h"
+#include "mandor/util/memory_platform.h"
+#include "mandor/util/number.h"
+#include "mandor/xml/marquage.h"
+#include "mandor/xml/workbook.h"
+#include "mandor/xml/xml_access.h"
+#include "tests/test_util.h"
+
+namespace mandor {
+namespace {
+
+constexpr const char* kPath = "lots/lot3.xml";
+constexpr const char* kSheet = "Workbook/Worksheet[@ss:Name='Lot 3 Électricité']/Table";
+
+std::string ReadDataFile(const std::string& name) {
+  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+// One line per field, ruler, column and page of a document, with everything
+// a save must keep, so that two readings can be compared as a whole.
+std::string Describe(const Mandor& doc) {
+  std::ostringstream out;
+  const auto font = [](const std::shared_ptr<CFont>& f) {
+    if (!f) return std::string("-");
+    return f->Name() + "/" + std::to_string(f->Size()) + "/" + std::to_string(f->Bold()) + std::to_string(f->Italic()) +
+           "/" + std::to_string(f->Color());
+  };
+  out << doc.Id << " " << doc.Nom_Document() << " " << doc.Type_Document << " dec=" << doc.Decimales
+      << " devise=" << doc.Devise() << " h=" << doc.HauteurChamp << " font=" << font(doc.Font()) << "\n";
+  for (const auto& page : doc.Pages) {
+    out << " page " << page->Id << " " << page->Width << "x" << page->Height << " " << page->hResolution() << "/"
+        << page->vResolution() << " fields=" << page->Champs.Count() << "\n";
+    for (const auto& regle : page->Regles_H) {
+      out << "  row " << regle->Nom << " y=" << regle->Position_pixel_Y << " h=" << regle->hauteur_pixel
+          << " type=" << regle->TypeLigne << " level=" << regle->Level << " font=" << font(regle->Font()) << "\n";
+    }
+  }
+  for (const auto& regle : doc.Regles_V) {
+    out << " col " << regle->Nom << " x=" << regle->Position_pixel_X << " w=" << regle->WidthChamp()
+        << " dec=" << regle->Décimales << " print=" << regle->Imprimable << " font=" << font(regle->Font()) << "\n";
+  }
+  for (const auto& champ : doc.Champs) {
+    out << " field " << champ->Nom() << " p" << champ->Page << " [" << champ->Position_pixel_Left << ","
+        << champ->Position_pixel_Top << "," << champ->Position_pixel_Right << "," << champ->Position_pixel_Bottom
+        << "] type=" << champ->Type_Champ() << " dec=" << champ->Décimales() << " print=" << champ->Imprimable()
+        << " f=" << champ->Formule() << " sub=" << champ->SubName << " v=" << champ->valeur()
+        << " rec=" << champ->Recurrent() << " dc=" << champ->IsDataContrat() << " label=" << champ->Label()
+        << " font=" << font(champ->Font()) << "\n";
+  }
+  for (const auto& champ : doc.ChampsRecurrents) out << " recurrent " << champ->Nom() << "\n";
+  for (const auto& champ : doc.champsDataContrat) out << " contract " << champ->Nom() << "\n";
+  return out.str();
+}
+
+std::string Describe(const cMarquage& catalogue) {
+  std::string all;
+  for (const auto& doc : catalogue) all += Describe(*doc);
+  return all;
+}
+
+// Rulers are keyed by their Id; tests look them up by name.
+std::shared_ptr<CRegle> Ruler(const Collection<CRegle>& rulers, const std::string& nom) {
+  for (const auto& regle : rulers) {
+    if (regle->Nom == nom) return regle;
+  }
+  return nullptr;
+}
+
+class XmlWriterTest : public ::testing::Test {
+ protected:
+  void SetUp() override { platform_->SetFileBytes(kPath, ReadDataFile("ecriture_lot3.xml")); }
+
+  std::shared_ptr<cMarquage> Read() {
+    auto catalogue = std::make_shared<cMarquage>();
+    EXPECT_NE(catalogue->XML_ReadCNF(kPath), nullptr);
+    return catalogue;
+  }
+  static bool Save(std::shared_ptr<Mandor> doc) { return doc->SauvegarderMarquageXml(doc); }
+  std::string Bytes() const { return platform_->FileBytes(kPath).value_or(""); }
+  // The saved file, parsed.
+  std::unique_ptr<WorkbookDocument> Saved() const {
+    auto workbook = std::make_unique<WorkbookDocument>();
+    EXPECT_TRUE(workbook->LoadFromBytes(Bytes()));
+    return workbook;
+  }
+  static pugi::xml_node Select(const WorkbookDocument& workbook, const std::string& query) {
+    return XmlSelectNode(workbook.document(), query);
+  }
+  static size_t Count(const WorkbookDocument& workbook, const std::string& query) {
+    return XmlSelectNodes(workbook.document(), query).size();
+  }
+  static std::string ICellQuery(const std::string& id, const std::string& name) {
+    return std::string(kSheet) + "/Row/Cell/mn:iCell[@mn:ID='" + id + "' and @mn:Name='" + name + "']";
+  }
+
+  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope_{platform_};
+};
+
+TEST_F(XmlWriterTest, ReadAndSavedCatalogueKeepsEverything) {
+  // In either locale: numbers are written with a point and read with both.
+  const std::string original = Bytes();
+  for (const Locale& locale : {Locale::Comma(), Locale::Point()}) {
+    platform_->SetLocale(locale);
+    platform_->SetFileBytes(kPath, original);
+    auto catalogue = Read();
+    ASSERT_EQ(catalogue->Count(), 3);
+    const std::string before = Describe(*catalogue);
+    for (const auto& doc : *catalogue) EXPECT_TRUE(Save(doc)) << doc->Id;
+    EXPECT_TRUE(platform_->messages().empty());
+    auto again = Read();
+    EXPECT_EQ(Describe(*again), before) << locale.decimal_separator;
+  }
+
+  // The parts the reader works around are still in the file.
+  auto saved = Saved();
+  const pugi::xml_node image = Select(*saved, "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']");
+  EXPECT_TRUE(XmlSelectNode(image, "mn:ChampsRecurrents/mn:iCell[@mn:Name='NumMarché']"));
+  EXPECT_STREQ(XmlSelectNode(image, "mn:DataContrat/mn:iCell[@mn:Name='MontantTotal']").attribute("mn:Value").value(),
+               "12345,67");
+  EXPECT_EQ(XmlSelectNodes(image, "mn:iPage[@mn:ID='2']/Cell/mn:iCell[@mn:Name='TA1']").size(), 1u);
+  // Each document's cell is still in its own place, once.
+  EXPECT_EQ(Count(*saved, ICellQuery("mn1", "1.1_PU")), 1u);
+  EXPECT_EQ(Count(*saved, ICellQuery("mn2", "1.1_PU")), 1u);
+  EXPECT_STREQ(Select(*saved, ICellQuery("mn1", "1.1_PU")).parent().child("NamedCell").attribute("ss:Name").value(),
+               "PU");
+  EXPECT_STREQ(Select(*saved, ICellQuery("mn3", "TOTAL_Montant")).parent().child("Data").text().get(), "575.4");
+
+  // What the model does not own is carried through.
+  const std::string bytes = Bytes();
+  EXPECT_NE(bytes.find("<?mso-application progid=\"Excel.Sheet\"?>"), std::string::npos);
+  EXPECT_NE(bytes.find("<!-- Appel d'offres 2024-17, lot 3 : DQE, BPU et acte d'engagement -->"), std::string::npos);
+  EXPECT_NE(bytes.find("<NumberFormat ss:Format=\"#,##0.00\"/>"), std::string::npos);
+  EXPECT_NE(bytes.find("<Author>Service des marchés</Author>"), std::string::npos);
+  EXPECT_NE(bytes.find("xmlns:mn=\"urn:schemas-mandor:marquage\""), std::string::npos);
+  EXPECT_TRUE(Select(*saved, "Workbook/Worksheet[@ss:Name='Notes']/Table/Row/Cell/Data"));
+  EXPECT_STREQ(Select(*saved, "Workbook/Worksheet[@ss:Name='Notes']/Table/Row/Cell/Data").text().get(),
+               "Visite de site le 14 mars");
+  EXPECT_STREQ(Select(*saved, kSheet).attribute("ss:ExpandedRowCount").value(), "5");
+}
+
+TEST_F(XmlWriterTest, OtherTenderCatalogueRoundTrips) {
+  // The reader's own sample: a "mn:RefersTo" row, a type-3 field, a data
+  // contract on the act, a currency given as an empty text.
+  const std::string original = ReadDataFile("tender.xml");
+  ASSERT_FALSE(original.empty());
+  for (const Locale& locale : {Locale::Point(), Locale::Comma()}) {
+    platform_->SetLocale(locale);
+    platform_->SetFileBytes(kPath, original);
+    auto catalogue = Read();
+    ASSERT_EQ(catalogue->Count(), 3);
+    const std::string before = Describe(*catalogue);
+    for (const auto& doc : *catalogue) ASSERT_TRUE(Save(doc)) << doc->Id;
+    const std::string first = Bytes();
+    EXPECT_EQ(Describe(*Read()), before) << locale.decimal_separator;
+    for (const auto& doc : *catalogue) ASSERT_TRUE(Save(doc)) << doc->Id;
+    EXPECT_EQ(Bytes(), first);
+    auto saved = Saved();
+    // The row that refers to L1 for mn2 keeps its field and its reference.
+    const pugi::xml_node lettres =
+        Select(*saved, "Workbook/Worksheet/Table/Row/Cell/mn:iCell[@mn:ID='mn2' and @mn:Name='L1_PULettres']");
+    ASSERT_TRUE(lettres);
+    EXPECT_STREQ(lettres.parent().parent().child("mn:iRow").attribute("mn:RefersTo").value(), "L1");
+    EXPECT_STREQ(lettres.attribute("mn:Y").value(), "650");
+  }
+}
+
+TEST_F(XmlWriterTest, SecondSaveIsAFixedPoint) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  ASSERT_TRUE(Save(dqe));
+  const std::string first = Bytes();
+  ASSERT_TRUE(Save(dqe));
+  EXPECT_EQ(Bytes(), first);
+
+  // Reading the saved file back and saving again changes nothing either.
+  auto reread = Read();
+  ASSERT_TRUE(Save(reread->Item("mn1")));
+  EXPECT_EQ(Bytes(), first);
+  for (const auto& doc : *reread) ASSERT_TRUE(Save(doc));
+  const std::string all = Bytes();
+  auto third = Read();
+  for (const auto& doc : *third) ASSERT_TRUE(Save(doc));
+  EXPECT_EQ(Bytes(), all);
+}
+
+TEST_F(XmlWriterTest, ChangedFieldIsRewrittenInItsCell) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  auto champ = dqe->Champs.Item("1.1_PU");
+  champ->Position_pixel_Left = 1190;
+  champ->Position_pixel_Right = 1190 + 160;  // the column's width
+  champ->Décimales(3);
+  champ->Formule("Montant/Qté");
+  champ->SubName = "Prix unitaire";
+  ASSERT_TRUE(Save(dqe));
+
+  auto saved = Saved();
+  ASSERT_EQ(Count(*saved, ICellQuery("mn1", "1.1_PU")), 1u);
+  const pugi::xml_node icell = Select(*saved, ICellQuery("mn1", "1.1_PU"));
+  EXPECT_STREQ(icell.attribute("mn:X").value(), "1190");
+  EXPECT_FALSE(icell.attribute("mn:W"));  // the width is the column's
+  EXPECT_STREQ(icell.attribute("mn:Dec").value(), "3");
+  EXPECT_STREQ(icell.attribute("mn:Formula").value(), "Montant/Qté");
+  EXPECT_STREQ(icell.parent().child("NamedCell").attribute("ss:Name").value(), "PU");
+  // The other document's element in the same cell is untouched.
+  const pugi::xml_node other = Select(*saved, ICellQuery("mn2", "1.1_PU"));
+  EXPECT_EQ(other.parent(), icell.parent());
+  EXPECT_FALSE(other.attribute("mn:Dec"));
+
+  auto reread = Read()->Item("mn1")->Champs.Item("1.1_PU");
+  EXPECT_FLOAT_EQ(reread->Position_pixel_Left, 1190);
+  EXPECT_EQ(reread->Décimales(), 3);
+  EXPECT_EQ(reread->Formule(), "Montant/Qté");
+  EXPECT_EQ(reread->SubName, "Prix unitaire");  // through "mn:subName"
+}
+
+TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  auto page = dqe->Pages.Item("page_1");
+  auto regle = std::make_shared<CRegle>();
+  regle->Nom = "1.3";
+  regle->Id = "00009";
+  regle->oOwnerMandor(dqe);
+  regle->Page(page);
+  regle->Position_pixel_Y = 640;
+  regle->hauteur_pixel = 40;
+  regle->TypeLigne = "Article";
+  regle->Level = 2;
+  regle->Italic(true);
+  page->Regles_H.Add(regle, regle->Id);
+  dqe->Regles_H.Add(regle, regle->Id);
+
+  auto champ = std::make_shared<CChamp>();
+  champ->oOwnerMandor(dqe);
+  champ->Nom("1.3_PU");
+  champ->oRegleH(regle);
+  champ->oRegleV(Ruler(dqe->Regles_V, "PU"));
+  champ->Page = 1;
+  champ->Position_pixel_Left = 1180.5f;
+  champ->Position_pixel_Right = 1180.5f + 160;
+  champ->Position_pixel_Top = 640;
+  champ->Position_pixel_Bottom = 680;
+  champ->Imprimable(-1);
+  champ->Type_Champ(1);
+  champ->Décimales(2);
+  dqe->Champs.Add(champ, champ->Nom());
+  page->Champs.Add(champ, champ->Nom());
+
+  ASSERT_TRUE(Save(dqe)) << (platform_->messages().empty() ? "" : platform_->messages().back().text);
+  auto saved = Saved();
+  const pugi::xml_node table = Select(*saved, kSheet);
+  EXPECT_STREQ(table.attribute("ss:ExpandedRowCount").value(), "6");
+  const pugi::xml_node row = XmlSelectNode(table, "Row[mn:ILM[@mn:Name='1.3']]");
+  ASSERT_TRUE(row);
+  EXPECT_EQ(row, table.last_child());
+  const pugi::xml_node line = row.child("mn:ILM");
+  EXPECT_STREQ(line.attribute("mn:Type").value(), "Article");
+  EXPECT_STREQ(line.attribute("mn:Level").value(), "2");
+  const pugi::xml_node nump = XmlSelectNode(row, "Cell[NamedCell/@ss:Name='NumP']");
+  EXPECT_STREQ(nump.child("Data").text().get(), "1.3");
+  EXPECT_STREQ(nump.child("Data").attribute("ss:Type").value(), "String");
+  EXPECT_FALSE(nump.attribute("ss:Index"));  // column 1
+  EXPECT_STREQ(
+      Select(*saved, "Workbook/Worksheet/Names/NamedRange[@ss:Name='P_0_1.3']").attribute("ss:RefersTo").value(),
+      "='Lot 3 Électricité'!R6C1");
+  const pugi::xml_node irow = XmlSelectNode(row, "mn:iRow[@mn:ID='mn1' and @mn:Name='1.3']");
+  EXPECT_STREQ(irow.attribute("mn:Y").value(), "640");
+  EXPECT_STREQ(irow.attribute("mn:Page").value(), "1");
+  EXPECT_STREQ(irow.child("mn:iFont").attribute("mn:I").value(), "1");
+  // The field's cell sits in the PU column.
+  const pugi::xml_node cell = Select(*saved, ICellQuery("mn1", "1.3_PU")).parent();
+  EXPECT_EQ(cell.parent(), row);
+  EXPECT_STREQ(cell.attribute("ss:Index").value(), "5");
+  EXPECT_STREQ(cell.child("NamedCell").attribute("ss:Name").value(), "PU");
+  EXPECT_STREQ(cell.child("Data").attribute("ss:Type").value(), "String");
+
+  // Saving again neither adds a row nor a name.
+  const std::string first = Bytes();
+  ASSERT_TRUE(Save(dqe));
+  EXPECT_EQ(Bytes(), first);
+
+  // The ruler and its field are read back.
+  auto reread = Read()->Item("mn1");
+  auto ruler = Ruler(reread->Regles_H, "1.3");
+  ASSERT_NE(ruler, nullptr);
+  EXPECT_FLOAT_EQ(ruler->Position_pixel_Y, 640);
+  EXPECT_EQ(ruler->TypeLigne, "Article");
+  ASSERT_TRUE(reread->Champs.Contains("1.3_PU"));
+  EXPECT_FLOAT_EQ(reread->Champs.Item("1.3_PU")->Position_pixel_Left, 1180.5f);
+}
+
+TEST_F(XmlWriterTest, RowsGoToTheMarkingWorksheetAndKeepItValid) {
+  // The marking worksheet is the second one, its "NumP" column is 3 and its
+  // reference names no sheet, the table states no row count, the one row
+  // starts at 4 and has no line record, and a stale "P_0_L2" name exists.
+  platform_->SetFileBytes(
+      kPath,
+      "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
+      "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
+      "<mn:MANDOR mn:Name=\"Feuille d'offre\"><mn:Image mn:ID=\"mn1\" mn:Name=\"Devis.pdf\" mn:Type=\"DQE\" "
+      "mn:Orientation=\"0\" mn:H=\"30\"><mn:iCol mn:Name=\"Prix\" mn:Dec=\"2\" mn:X=\"500\" mn:W=\"100\"/>"
+      "<mn:iPage mn:ID=\"1\"/></mn:Image></mn:MANDOR>"
+      "<Worksheet ss:Name=\"Autre\"><Table><Row><Cell><Data ss:Type=\"String\">ailleurs</Data></Cell></Row>"
+      "</Table></Worksheet>"
+      "<Worksheet ss:Name=\"Feuille d'offre\"><Names><NamedRange ss:Name=\"NumP\" ss:RefersTo=\"C3\"/>"
+      "<NamedRange ss:Name=\"Prix\" ss:RefersTo=\"='Feuille d''offre'!C5\"/>"
+      "<NamedRange ss:Name=\"P_0_L2\" ss:RefersTo=\"='Feuille d''offre'!R99C3\"/></Names>"
+      "<Table><Row ss:Index=\"4\"><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Y=\"100\" mn:Page=\"1\"/>"
+      "<Cell ss:Index=\"3\"><Data ss:Type=\"String\">L1</Data></Cell></Row></Table></Worksheet></Workbook>");
+  auto catalogue = Read();
+  auto doc = catalogue->Item("mn1");
+  ASSERT_NE(Ruler(doc->Regles_H, "L1"), nullptr);
+  auto page = doc->Pages.Item("page_1");
+  auto regle = std::make_shared<CRegle>();
+  regle->Nom = "L2";
+  regle->Position_pixel_Y = 140;
+  page->Regles_H.Add(regle, "00002");
+  auto champ = std::make_shared<CChamp>();
+  champ->oOwnerMandor(doc);
+  champ->Nom("L2_Prix");
+  champ->oRegleH(regle);
+  champ->oRegleV(Ruler(doc->Regles_V, "Prix"));
+  champ->Page = 1;
+  doc->Champs.Add(champ, champ->Nom());
+  ASSERT_TRUE(Save(doc)) << (platform_->messages().empty() ? "" : platform_->messages().back().text);
+
+  auto saved = Saved();
+  const std::string sheet = "Workbook/Worksheet[@ss:Name=\"Feuille d'offre\"]";
+  EXPECT_EQ(Count(*saved, "Workbook/Worksheet[@ss:Name='Autre']/Table/Row"), 1u);
+  // L1 keeps its row though it has no line record; L2 gets one.
+  const auto rows = XmlSelectNodes(Select(*saved, sheet + "/Table"), "Row");
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(XmlSelectNodes(rows[0], "mn:iRow").size(), 1u);
+  const pugi::xml_node nump = rows[1].child("Cell");
+  EXPECT_STREQ(nump.attribute("ss:Index").value(), "3");
+  EXPECT_STREQ(nump.child("Data").text().get(), "L2");
+  EXPECT_STREQ(XmlSelectNode(rows[1], "Cell[NamedCell/@ss:Name='Prix']").attribute("ss:Index").value(), "5");
+  EXPECT_TRUE(XmlSelectNode(rows[1], "Cell[@ss:Index='5']/mn:iCell[@mn:Name='L2_Prix']"));
+  // The stale name now points at the new row (row 5), once.
+  const auto names = XmlSelectNodes(saved->document(), sheet + "/Names/NamedRange[@ss:Name='P_0_L2']");
+  ASSERT_EQ(names.size(), 1u);
+  EXPECT_STREQ(names[0].attribute("ss:RefersTo").value(), "='Feuille d''offre'!R5C3");
+  EXPECT_FALSE(Select(*saved, sheet + "/Table").attribute("ss:ExpandedRowCount"));
+}
+
+TEST_F(XmlWriterTest, NewFieldFindsOrInsertsTheCellOfItsColumn) {
+  // Row 2.1 has cells in columns 1 to 4 and 6: a PU cell goes between them.
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  auto regle = Ruler(dqe->Regles_H, "2.1");
+  ASSERT_NE(regle, nullptr);
+  auto champ = std::make_shared<CChamp>();
+  champ->oOwnerMandor(dqe);
+  champ->Nom("2.1_PU");
+  champ->oRegleH(regle);
+  champ->oRegleV(Ruler(dqe->Regles_V, "PU"));
+  champ->Page = 2;
+  dqe->Champs.Add(champ, champ->Nom());
+  ASSERT_TRUE(Save(dqe));
+
+  auto saved = Saved();
+  const pugi::xml_node row = Select(*saved, std::string(kSheet) + "/Row[mn:ILM/@mn:Name='2.1']");
+  std::vector<std::string> layout;
+  for (const pugi::xml_node& cell : XmlSelectNodes(row, "Cell")) {
+    layout.push_back(std::string(cell.attribute("ss:Index").value()) + ":" +
+                     cell.child("NamedCell").attribute("ss:Name").value());
+  }
+  EXPECT_EQ(layout, (std::vector<std::string>{":NumP", ":Désignation", ":Unité", ":Qté", "5:PU", "6:Montant"}));
+
+  // In a row whose cells carry no index, the cell of a column is found by
+  // counting; no cell is added.
+  auto regle12 = Ruler(dqe->Regles_H, "1.2");
+  auto before = std::make_shared<CChamp>();
+  before->oOwnerMandor(dqe);
+  before->Nom("1.2_Désignation");
+  before->oRegleH(regle12);
+  auto designation = std::make_shared<CRegle>();
+  designation->Nom = "Désignation";
+  before->oRegleV(designation);
+  before->Page = 1;
+  dqe->Champs.Add(before, before->Nom());
+  ASSERT_TRUE(Save(dqe));
+  auto resaved = Saved();
+  const pugi::xml_node cell = Select(*resaved, ICellQuery("mn1", "1.2_Désignation")).parent();
+  EXPECT_STREQ(cell.child("Data").text().get(), "Disjoncteur différentiel 30 mA");  // the existing cell
+  EXPECT_EQ(Count(*resaved, std::string(kSheet) + "/Row[mn:ILM/@mn:Name='1.2']/Cell"), 6u);
+}
+
+TEST_F(XmlWriterTest, DeletedFieldLosesOnlyItsOwnElement) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  dqe->Champs.Item("1.2_PU")->SupprimerDuDocument("1.2_PU");
+  ASSERT_FALSE(dqe->Champs.Contains("1.2_PU"));
+  ASSERT_TRUE(Save(dqe));
+
+  auto saved = Saved();
+  EXPECT_EQ(Count(*saved, ICellQuery("mn1", "1.2_PU")), 0u);
+  EXPECT_EQ(Count(*saved, ICellQuery("mn2", "1.2_PU")), 1u);
+  EXPECT_EQ(Count(*saved, ICellQuery("mn1", "1.2_Montant")), 1u);
+  auto reread = Read();
+  EXPECT_FALSE(reread->Item("mn1")->Champs.Contains("1.2_PU"));
+  EXPECT_TRUE(reread->Item("mn2")->Champs.Contains("1.2_PU"));
+}
+
+TEST_F(XmlWriterTest, PageLevelFieldsGoUnderTheirPage) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  const auto add = [&](const std::string& nom, int16_t page, bool recurrent) {
+    auto champ = std::make_shared<CChamp>();
+    champ->oOwnerMandor(dqe);
+    champ->Nom(nom);
+    champ->Page = page;
+    champ->Position_pixel_Left = 100;
+    champ->Position_pixel_Right = 300;
+    champ->Position_pixel_Top = 2000;
+    champ->Position_pixel_Bottom = 2040;
+    champ->Recurrent(recurrent);
+    dqe->Champs.Add(champ, nom);
+    return champ;
+  };
+  add("TA12", 1, false);
+  add("TD", 2, false);
+  add("TB7", 5, true);  // recurrent: written with the recurrent fields
+  auto worksheet_field = add("TA1X", 1, false);
+  worksheet_field->oRegleH(Ruler(dqe->Regles_H, "1.1"));
+  worksheet_field->oRegleV(Ruler(dqe->Regles_V, "Montant"));
+  add("ta3", 1, false);  // lower case: not a page-level name, and no rulers
+  ASSERT_TRUE(Save(dqe)) << (platform_->messages().empty() ? "" : platform_->messages().back().text);
+
+  auto saved = Saved();
+  const std::string image = "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']";
+  const pugi::xml_node ta12 = Select(*saved, image + "/mn:iPage[@mn:ID='1']/Cell/mn:iCell[@mn:Name='TA12']");
+  ASSERT_TRUE(ta12);
+  EXPECT_STREQ(ta12.attribute("mn:X").value(), "100");  // no rulers: every position written
+  EXPECT_STREQ(ta12.attribute("mn:W").value(), "200");
+  EXPECT_STREQ(ta12.attribute("mn:H").value(), "40");
+  EXPECT_TRUE(Select(*saved, image + "/mn:iPage[@mn:ID='2']/Cell/mn:iCell[@mn:Name='TD']"));
+  EXPECT_EQ(Count(*saved, image + "/mn:iPage/Cell/mn:iCell[@mn:Name='TA1']"), 1u);  // rebuilt, not doubled
+  EXPECT_FALSE(Select(*saved, image + "/mn:iPage/Cell/mn:iCell[@mn:Name='TB7']"));
+  EXPECT_TRUE(Select(*saved, image + "/mn:ChampsRecurrents/mn:iCell[@mn:Name='TB7']"));
+  EXPECT_EQ(Count(*saved, ICellQuery("mn1", "TA12")), 0u);
+  const pugi::xml_node ta1x = Select(*saved, ICellQuery("mn1", "TA1X"));
+  ASSERT_TRUE(ta1x);
+  EXPECT_STREQ(ta1x.parent().child("NamedCell").attribute("ss:Name").value(), "Montant");
+  // A field with no place in the worksheet is kept as a page-level field.
+  EXPECT_TRUE(Select(*saved, image + "/mn:iPage[@mn:ID='1']/Cell/mn:iCell[@mn:Name='ta3']"));
+
+  auto reread = Read()->Item("mn1");
+  for (const char* nom : {"TA12", "TD", "TA1X", "ta3", "TA1"}) EXPECT_TRUE(reread->Champs.Contains(nom)) << nom;
+  EXPECT_TRUE(reread->Pages.Item("page_1")->Champs.Contains("TA12"));
+}
+
+TEST_F(XmlWriterTest, RecurrentFieldsAreRebuilt) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  // The reader's recurrent field is written even when it is only in Champs.
+  dqe->ChampsRecurrents = Collection<CChamp>();
+  ASSERT_TRUE(dqe->Champs.Contains("NumMarché"));
+  ASSERT_TRUE(Save(dqe));
+  auto saved = Saved();
+  const std::string list = "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']/mn:ChampsRecurrents";
+  EXPECT_EQ(Count(*saved, list), 1u);
+  EXPECT_EQ(Count(*saved, list + "/mn:iCell"), 1u);
+  EXPECT_STREQ(Select(*saved, list + "/mn:iCell").attribute("mn:Name").value(), "NumMarché");
+  // Not in the worksheet.
+  EXPECT_EQ(Count(*saved, ICellQuery("mn1", "NumMarché")), 0u);
+
+  // A worksheet field made recurrent moves to the list: the worksheet keeps
+  // no second element that reading back would find twice.
+  dqe->Champs.Item("1.1_Qté")->Recurrent(true);
+  ASSERT_TRUE(Save(dqe));
+  saved = Saved();
+  EXPECT_EQ(Count(*saved, ICellQuery("mn1", "1.1_Qté")), 0u);
+  EXPECT_TRUE(Select(*saved, list + "/mn:iCell[@mn:Name='1.1_Qté']"));
+  auto reread = Read()->Item("mn1");
+  EXPECT_TRUE(reread->Champs.Item("1.1_Qté")->Recurrent());
+  dqe->Champs.Item("1.1_Qté")->Recurrent(false);
+
+  // A document without recurrent fields gets no list.
+  dqe->Champs.Remove("NumMarché");
+  ASSERT_TRUE(Save(dqe));
+  EXPECT_EQ(Count(*Saved(), list), 0u);
+}
+
+TEST_F(XmlWriterTest, DataContractFields) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  auto champ = dqe->champsDataContrat.Item("MontantTotal");
+  EXPECT_EQ(champ->valeur(), "12345,67");
+  ASSERT_TRUE(Save(dqe));
+  auto saved = Saved();
+  const std::string contract = "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']/mn:DataContrat/mn:iCell";
+  pugi::xml_node node = Select(*saved, contract + "[@mn:Name='MontantTotal']");
+  EXPECT_STREQ(node.attribute("mn:Value").value(), "12345,67");
+  EXPECT_STREQ(node.attribute("mn:Label").value(), "Montant total HT");
+  EXPECT_STREQ(node.attribute("mn:Optional").value(), "0");
+  EXPECT_STREQ(node.attribute("mn:Groupe").value(), "Offre");
+  EXPECT_STREQ(node.attribute("mn:ToReport").value(), "AE");
+  EXPECT_EQ(Count(*saved, ICellQuery("mn1", "MontantTotal")), 0u);  // never in the worksheet
+
+  champ->valeur("13000");
+  champ->IsOptional(true);
+  champ->Label("Total HT du lot");
+  auto added = std::make_shared<CChamp>();
+  added->oOwnerMandor(dqe);
+  added->Nom("DelaiExecution");
+  added->IsDataContrat(true);
+  added->Page = 1;
+  added->valeur("6 mois");
+  dqe->Champs.Add(added, added->Nom());
+  dqe->champsDataContrat.Add(added, added->Nom());
+  ASSERT_TRUE(Save(dqe));
+  saved = Saved();
+  node = Select(*saved, contract + "[@mn:Name='MontantTotal']");
+  EXPECT_STREQ(node.attribute("mn:Value").value(), "13000");
+  EXPECT_STREQ(node.attribute("mn:Optional").value(), "1");
+  EXPECT_STREQ(node.attribute("mn:Label").value(), "Total HT du lot");
+  EXPECT_STREQ(Select(*saved, contract + "[@mn:Name='DelaiExecution']").attribute("mn:Value").value(), "6 mois");
+
+  // A document without mn:DataContrat saves without one.
+  auto bpu = catalogue->Item("mn2");
+  auto loose = std::make_shared<CChamp>();
+  loose->oOwnerMandor(bpu);
+  loose->Nom("Remise");
+  loose->IsDataContrat(true);
+  bpu->Champs.Add(loose, "Remise");
+  bpu->champsDataContrat.Add(loose, "Remise");
+  ASSERT_TRUE(Save(bpu));
+  EXPECT_EQ(Count(*Saved(), "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn2']/mn:DataContrat"), 0u);
+  EXPECT_EQ(Count(*Saved(), "//mn:iCell[@mn:Name='Remise']"), 0u);
+}
+
+TEST_F(XmlWriterTest, ImageColumnsAndRowsAreUpdated) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  dqe->Decimales = 3;
+  dqe->Font()->Italic(true);
+  auto montant = Ruler(dqe->Regles_V, "Montant");
+  montant->Position_pixel_X = 1375.5f;
+  montant->Imprimable = 0;
+  auto ghost = std::make_shared<CRegle>();  // no mn:iCol: not added
+  ghost->Nom = "Remise";
+  dqe->Regles_V.Add(ghost, "099");
+  Ruler(dqe->Regles_H, "1.2")->Position_pixel_Y = 585.25f;
+  ASSERT_TRUE(Save(dqe));
+
+  auto saved = Saved();
+  const std::string image = "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']";
+  EXPECT_STREQ(Select(*saved, image).attribute("mn:Dec").value(), "3");
+  EXPECT_STREQ(Select(*saved, image).attribute("mn:Devise").value(), "EUR");
+  EXPECT_STREQ(Select(*saved, image + "/mn:iFont").attribute("mn:I").value(), "1");
+  const pugi::xml_node column = Select(*saved, image + "/mn:iCol[@mn:Name='Montant']");
+  EXPECT_STREQ(column.attribute("mn:X").value(), "1375.5");
+  EXPECT_STREQ(column.attribute("mn:iPrint").value(), "0");
+  EXPECT_STREQ(column.child("mn:iFont").attribute("mn:B").value(), "1");
+  EXPECT_EQ(Count(*saved, image + "/mn:iCol"), 3u);
+  EXPECT_STREQ(
+      Select(*saved, std::string(kSheet) + "/Row/mn:iRow[@mn:ID='mn1' and @mn:Name='1.2']").attribute("mn:Y").value(),
+      "585.25");
+  EXPECT_STREQ(
+      Select(*saved, std::string(kSheet) + "/Row/mn:iRow[@mn:ID='mn2' and @mn:Name='1.2']").attribute("mn:Y").value(),
+      "680.5");
+}
+
+TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
+  auto catalogue = Read();
+  auto dqe = catalogue->Item("mn1");
+  const std::string original = Bytes();
+
+  // A catalogue that cannot be loaded.
+  platform_->SetFileBytes(kPath, "<Workbook><unclosed>");
+  EXPECT_FALSE(Save(dqe));
+  ASSERT_EQ(platform_->messages().size(), 1u);
+  EXPECT_EQ(platform_->messages()[0].text, "Impossible d'ouvrir le fichier XML [lots/lot3.xml].");
+  EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kCritical);
+  EXPECT_EQ(Bytes(), "<Workbook><unclosed>");
+  platform_->DeleteFile(kPath);
+  EXPECT_FALSE(Save(dqe));
+  EXPECT_FALSE(platform_->FileExists(kPath));
+  platform_->ClearMessages();
+
+  // A failed write or rename keeps the former catalogue whole.
+  platform_->SetFileBytes(kPath, original);
+  dqe->Champs.Item("1.1_PU")->Décimales(4);
+  for (auto op : {MemoryPlatform::Operation::kRename, MemoryPlatform::Operation::kOpenOutput}) {
+    platform_->FailOn(op, "");
+    EXPECT_FALSE(Save(dqe));
+    platform_->ClearFailures();
+    ASSERT_EQ(platform_->messages().size(), 1u);
+    EXPECT_EQ(platform_->messages()[0].title, "Sauvegarde annulée");
+    EXPECT_EQ(platform_->messages()[0].text.rfind("Une erreur est survenue au cours de l'enregistrement : ", 0), 0u);
+    EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kCritical);
+    EXPECT_EQ(Bytes(), original);
+    EXPECT_EQ(platform_->Paths(), std::vector<std::string>{kPath});
+    platform_->ClearMessages();
+  }
+
+  // A new ruler in a worksheet without "NumP" aborts the save with the message.
+  std::string without_nump = original;
+  const std::string nump = "<NamedRange ss:Name=\"NumP\" ss:RefersTo=\"='Lot 3 Électricité'!C1\"/>";
+  without_nump.erase(without_nump.find(nump), nump.size());
+  platform_->SetFileBytes(kPath, without_nump);
+  auto regle = std::make_shared<CRegle>();
+  regle->Nom = "9.9";
+  dqe->Pages.Item("page_1")->Regles_H.Add(regle, "09999");
+  EXPECT_FALSE(Save(dqe));
+  ASSERT_EQ(platform_->messages().size(), 1u);
+  EXPECT_EQ(platform_->messages()[0].title, "Sauvegarde annulée");
+  EXPECT_EQ(Bytes(), without_nump);
+  dqe->Pages.Item("page_1")->Regles_H.Remove("09999");
+  platform_->ClearMessages();
+
+  // The cells step cannot resume: its error reaches the caller, no message,
+  // no file written.
+  platform_->SetFileBytes(kPath, original);
+  auto lost = std::make_shared<CChamp>();
+  lost->oOwnerMandor(dqe);
+  lost->Nom("TA9");
+  lost->Page = 7;  // no such mn:iPage
+  dqe->Champs.Add(lost, "TA9");
+  EXPECT_EQ(test_util::ErrorNumberOf([&] { Save(dqe); }), 91);
+  EXPECT_TRUE(platform_->messages().empty());
+  EXPECT_EQ(Bytes(), original);
+
+  // A document outside any catalogue.
+  auto orphan = std::make_shared<Mandor>();
+  EXPECT_FALSE(Save(orphan));
+  EXPECT_EQ(platform_->messages().size(), 1u);
+}
+
+TEST_F(XmlWriterTest, ManyCellsSaveInSeconds) {
+  // 2 000 rows of 10 fields each, shared by two documents.
+  std::ostringstream xml;
+  xml << "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
+         "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
+         "<mn:MANDOR mn:Name=\"Gros\">";
+  for (const char* id : {"mn1", "mn2"}) {
+    xml << "<mn:Image mn:ID=\"" << id << "\" mn:Name=\"Gros " << id
+        << ".pdf\" mn:Type=\"DQE\" mn:Orientation=\"0\" mn:H=\"20\">";
+    for (int c = 1; c <= 10; ++c)
+      xml << "<mn:iCol mn:Name=\"C" << c << "\" mn:Dec=\"2\" mn:X=\"" << c * 100 << "\" mn:W=\"90\"/>";
+    for (int p = 1; p <= 40; ++p) xml << "<mn:iPage mn:ID=\"" << p << "\"/>";
+    xml << "</mn:Image>";
+  }
+  xml << "</mn:MANDOR><Worksheet ss:Name=\"Gros\"><Names><NamedRange ss:Name=\"NumP\" ss:RefersTo=\"=Gros!C1\"/>";
+  for (int c = 1; c <= 10; ++c) xml << "<NamedRange ss:Name=\"C" << c << "\" ss:RefersTo=\"=Gros!C" << c + 1 << "\"/>";
+  xml << "</Names><Table ss:ExpandedRowCount=\"2000\">";
+  for (int r = 1; r <= 2000; ++r) {
+    xml << "<Row><mn:ILM mn:Name=\"L" << r << "\"/>";
+    for (const char* id : {"mn1", "mn2"}) {
+      xml << "<mn:iRow mn:ID=\"" << id << "\" mn:Name=\"L" << r << "\" mn:Y=\"" << (r % 50) * 40 << "\" mn:Page=\""
+          << (r - 1) / 50 + 1 << "\"/>";
+    }
+    xml << "<Cell><Data ss:Type=\"String\">L" << r << "</Data><NamedCell ss:Name=\"NumP\"/></Cell>";
+    for (int c = 1; c <= 10; ++c) {
+      xml << "<Cell><NamedCell ss:Name=\"C" << c << "\"/><mn:iCell mn:ID=\"mn1\" mn:Name=\"L" << r << "_C" << c
+          << "\" mn:Page=\"" << (r - 1) / 50 + 1 << "\"/></Cell>";
+    }
+    xml << "</Row>";
+  }
+  xml << "</Table></Worksheet></Workbook>";
+  platform_->SetFileBytes(kPath, xml.str());
+
+  const auto start = std::chrono::steady_clock::now();
+  auto catalogue = Read();
+  auto doc = catalogue->Item("mn1");
+  ASSERT_EQ(doc->Champs.Count(), 20000);
+  doc->Champs.Item("L7_C3")->SupprimerDuDocument("L7_C3");
+  ASSERT_TRUE(Save(doc));
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  EXPECT_LT(seconds, 20.0);
+  EXPECT_EQ(XmlSelectNodes(Saved()->document(), "Workbook/Worksheet/Table/Row/Cell/mn:iCell").size(), 19999u);
+}
+
+}  // namespace
+}  // namespace mandor
