@@ -4,8 +4,8 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "mandor/util/error.h"
 #include "mandor/util/memory_platform.h"
 #include "tests/test_util.h"
 
@@ -14,9 +14,31 @@ namespace {
 
 using test_util::ErrorNumberOf;
 
-// The number of the mandor::Error that f throws, 0 when it throws none.
 class DevisesTest : public ::testing::Test {
  protected:
+  // The code of the entry Item(key) returns, or "error n" when it fails.
+  template <typename Key>
+  std::string Lookup(Key key) {
+    std::string code;
+    const int error = ErrorNumberOf([&] { code = devises_.Item(key)->code(); });
+    return error ? "error " + std::to_string(error) : code;
+  }
+
+  // Runs the lookups of a table, a position when key is nullptr.
+  struct Case {
+    const char* key;
+    long position;
+    std::string expected;
+  };
+  void ExpectLookups(const std::vector<Case>& cases) {
+    for (const auto& c : cases) {
+      SCOPED_TRACE(c.key ? std::string("key ") + c.key : "position " + std::to_string(c.position));
+      EXPECT_EQ(c.key ? Lookup(std::string(c.key)) : Lookup(c.position), c.expected);
+    }
+  }
+
+  const std::string out_of_range_ = "error " + std::to_string(kSubscriptOutOfRange);
+  const std::string invalid_ = "error " + std::to_string(kInvalidArgument);
   std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
   ScopedPlatform scope_{platform_};
   Devises devises_;
@@ -26,94 +48,53 @@ TEST_F(DevisesTest, NewTableHoldsTheBuiltInEuro) {
   EXPECT_EQ(devises_.Count(), 1);
   EXPECT_EQ(devises_.Defaut(), "EUR");
   auto euro = devises_.Item(0L);
-  EXPECT_EQ(euro->code(), "EUR");
-  EXPECT_EQ(euro->Unite(), "EURO");
-  EXPECT_EQ(euro->SousUnite(), "CENT");
-  EXPECT_EQ(euro->PostUnite(), "");
+  EXPECT_EQ(euro->code() + "|" + euro->Unite() + "|" + euro->SousUnite() + "|" + euro->PostUnite(), "EUR|EURO|CENT|");
   EXPECT_EQ(euro->Pays(), "France,Belgique,Espagne,Allemagne,Italie,Portugal,Luxembourg");
   EXPECT_EQ(euro->Symbole(), "\u20AC");
-  EXPECT_EQ(devises_.Item("eur(defaut)"), euro);  // its key
-  EXPECT_EQ(devises_.Item("0"), euro);
-
+  // Position Count is admitted and fails there; positions outside fall back to
+  // the default key "EUR", which is not the euro's key "EUR(Defaut)".
+  ExpectLookups({{"eur(defaut)", 0, "EUR"}, {"0", 0, "EUR"}, {"1", 0, out_of_range_}, {"-1", 0, invalid_},
+                 {"", 0, invalid_}, {"EUR", 0, invalid_}, {"USD", 0, invalid_}, {nullptr, 1, out_of_range_},
+                 {nullptr, -1, invalid_}, {nullptr, 2, invalid_}});
   EXPECT_EQ(devises_.FindPos("EUR"), 0);
   EXPECT_EQ(devises_.FindPos(""), 0);
   EXPECT_EQ(devises_.FindPos("Eur"), 1);  // not found: Count
   EXPECT_FALSE(devises_.Find("EUR"));     // not a key
-  EXPECT_TRUE(devises_.Find(""));
-  EXPECT_TRUE(devises_.Find("EUR(Defaut)"));
-}
-
-TEST_F(DevisesTest, ItemFailsOnCountAndOnMissingDefaultKey) {
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item(1L); }), kSubscriptOutOfRange);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item(-1L); }), kInvalidArgument);  // key "EUR"
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item(2L); }), kInvalidArgument);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item(""); }), kInvalidArgument);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item("EUR"); }), kInvalidArgument);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item("1"); }), kSubscriptOutOfRange);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item("-1"); }), kInvalidArgument);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item("USD"); }), kInvalidArgument);
+  EXPECT_TRUE(devises_.Find("") && devises_.Find("EUR(Defaut)"));
 }
 
 TEST_F(DevisesTest, AddedEntriesAreKeyedByCodeIgnoringCase) {
   devises_.AddDevise("USD", "DOLLAR", "CENT");
-  EXPECT_EQ(devises_.Count(), 2);
   auto dollar = devises_.Item("usd");
-  EXPECT_EQ(dollar->code(), "USD");
-  EXPECT_EQ(dollar->Unite(), "DOLLAR");
-  EXPECT_EQ(dollar->SousUnite(), "CENT");
-  EXPECT_EQ(dollar->Symbole(), "");
-  EXPECT_EQ(devises_.Item(1L), dollar);
-  EXPECT_EQ(devises_.Item("1"), dollar);
+  EXPECT_EQ(dollar->code() + "|" + dollar->Unite() + "|" + dollar->SousUnite() + "|" + dollar->Symbole(),
+            "USD|DOLLAR|CENT|");
   EXPECT_EQ(devises_.FindPos("USD"), 1);
   EXPECT_EQ(devises_.FindPos("usd"), 2);  // codes compare exactly; 2 is Count
   EXPECT_TRUE(devises_.Find("usd"));
+  // Numeric texts are 1-based indexes in the current locale, rounded half to even.
+  ExpectLookups({{"1", 0, "USD"}, {nullptr, 1, "USD"}, {"0.4", 0, "EUR"}, {"0.5", 0, "USD"}, {"1.5", 0, "USD"},
+                 {" 1 ", 0, "USD"}, {"2", 0, out_of_range_}});
+  platform_->SetLocale(Locale::Comma());
+  ExpectLookups({{"0,5", 0, "USD"}, {"0,4", 0, "EUR"}, {"0.5", 0, invalid_}});  // "0.5" is a key here
+
+  // The default entry is the fallback; "" restores "FRF", which is missing.
+  devises_.Defaut("USD");
+  ExpectLookups({{nullptr, -1, "USD"}, {nullptr, 7, "USD"}, {"", 0, "USD"}, {"-3", 0, "USD"}});
+  devises_.Defaut("");
+  EXPECT_EQ(devises_.Defaut(), "FRF");
+  ExpectLookups({{"", 0, invalid_}});
 
   auto pound = std::make_shared<Devise>();
   pound->code("GBP");
-  pound->Unite("LIVRE");
-  pound->Pays("Royaume-Uni");
-  pound->Symbole("\u00A3");
   devises_.Add(pound);
   EXPECT_EQ(devises_.Item("GBP"), pound);
   EXPECT_EQ(devises_.Item(2L), pound);
   EXPECT_EQ(devises_.FindPos("GBP"), 2);
-
   EXPECT_EQ(ErrorNumberOf([&] { devises_.AddDevise("usd", "X", "Y"); }), kDuplicateKey);
   EXPECT_EQ(ErrorNumberOf([&] { devises_.Add(pound); }), kDuplicateKey);
   EXPECT_EQ(ErrorNumberOf([&] { devises_.Add(nullptr); }), kInvalidArgument);
   EXPECT_EQ(devises_.Count(), 3);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item(3L); }), kSubscriptOutOfRange);
-}
-
-TEST_F(DevisesTest, DefautSelectsTheFallbackEntry) {
-  devises_.AddDevise("USD", "DOLLAR", "CENT");
-  devises_.Defaut("USD");
-  auto dollar = devises_.Item(1L);
-  EXPECT_EQ(devises_.Item(-1L), dollar);
-  EXPECT_EQ(devises_.Item(7L), dollar);
-  EXPECT_EQ(devises_.Item(""), dollar);
-  EXPECT_EQ(devises_.Item("-3"), dollar);
-  devises_.Defaut("");
-  EXPECT_EQ(devises_.Defaut(), "FRF");
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item(""); }), kInvalidArgument);
-}
-
-TEST_F(DevisesTest, NumericTextsArePositionsInTheCurrentLocale) {
-  devises_.AddDevise("USD", "DOLLAR", "CENT");
-  auto euro = devises_.Item(0L);
-  auto dollar = devises_.Item(1L);
-  // The 1-based index (position + 1) is rounded half to even.
-  EXPECT_EQ(devises_.Item("0.4"), euro);
-  EXPECT_EQ(devises_.Item("0.5"), dollar);
-  EXPECT_EQ(devises_.Item("1.5"), dollar);
-  EXPECT_EQ(devises_.Item(" 1 "), dollar);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item("2"); }), kSubscriptOutOfRange);
-
-  platform_->SetLocale(Locale::Comma());
-  EXPECT_EQ(devises_.Item("0,5"), dollar);
-  EXPECT_EQ(devises_.Item("0,4"), euro);
-  // Not a number here: looked up as a key.
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Item("0.5"); }), kInvalidArgument);
+  ExpectLookups({{nullptr, 3, out_of_range_}});
 }
 
 }  // namespace

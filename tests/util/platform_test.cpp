@@ -8,66 +8,55 @@
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "mandor/util/error.h"
 #include "mandor/util/memory_platform.h"
+#include "tests/test_util.h"
 
 namespace mandor {
 namespace {
 
 namespace fs = std::filesystem;
+using test_util::ErrorNumberOf;
 using Lines = std::vector<std::string>;
-
-template <typename F>
-int ErrorOf(F&& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
 
 // A fresh directory under the system's temporary directory, removed at the end.
 class SystemPlatformTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    static int counter = 0;
-    dir_ = fs::temp_directory_path() /
-           ("mandor_platform_test_" + std::to_string(::getpid()) + "_" + std::to_string(++counter));
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
-  void TearDown() override {
+  SystemPlatformTest() { fs::create_directories(dir_ / "sub"); }
+  ~SystemPlatformTest() override {
     std::error_code ec;
     fs::remove_all(dir_, ec);
   }
 
   std::string Path(const std::string& name) const { return (dir_ / name).string(); }
-
   void WriteRaw(const std::string& name, const std::string& bytes) const {
     std::ofstream(Path(name), std::ios::binary) << bytes;
   }
-
   std::string ReadRaw(const std::string& name) const {
     std::ifstream in(Path(name), std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return std::string(std::istreambuf_iterator<char>(in), {});
   }
-
+  // Reads the whole file, checking the input-file behaviours on the way.
   Lines ReadAll(const std::string& name) {
     auto file = platform_.OpenTextFile(Path(name), OpenMode::kInput);
     Lines lines;
     while (!file->AtEnd()) lines.push_back(file->ReadLine());
-    file->Close();
+    EXPECT_EQ(ErrorNumberOf([&] { file->ReadLine(); }), kInputPastEndOfFile);
+    EXPECT_EQ(ErrorNumberOf([&] { file->WriteLine("x"); }), kBadFileMode);
+    file->Rewind();
+    if (!lines.empty()) {
+      EXPECT_EQ(file->ReadLine(), lines[0]);
+    }
     return lines;
   }
 
-  fs::path dir_;
+  const fs::path dir_ = fs::temp_directory_path() /
+                        ("mandor_platform_test_" + std::to_string(::getpid()) + "_" +
+                         ::testing::UnitTest::GetInstance()->current_test_info()->name());
   SystemPlatform platform_;
 };
 
@@ -75,50 +64,38 @@ TEST_F(SystemPlatformTest, TextFilesUseWindows1252AndCrLf) {
   auto out = platform_.OpenTextFile(Path("doc.xnf"), OpenMode::kOutput);
   out->WriteLine("é€Œ");
   out->WriteLine("");
-  out->WriteLine("中\x7F\u00FF");
-  EXPECT_EQ(ErrorOf([&] { out->ReadLine(); }), kBadFileMode);
+  out->WriteLine("中\x7F\u00FF");  // unencodable characters become "?"
+  EXPECT_EQ(ErrorNumberOf([&] { out->ReadLine(); }), kBadFileMode);
   out->Close();
   out->Close();
   EXPECT_EQ(ReadRaw("doc.xnf"), "\xE9\x80\x8C\r\n\r\n?\x7F\xFF\r\n");
   EXPECT_EQ(ReadAll("doc.xnf"), (Lines{"é€Œ", "", "?\x7F\u00FF"}));
-
-  // Output truncates an existing file.
   platform_.OpenTextFile(Path("doc.xnf"), OpenMode::kOutput)->WriteLine("short");
-  EXPECT_EQ(ReadRaw("doc.xnf"), "short\r\n");
+  EXPECT_EQ(ReadRaw("doc.xnf"), "short\r\n");  // output truncates
 
-  WriteRaw("lf.cnf", "one\ntwo\r\nthree");
-  WriteRaw("crlf.cnf", "a\r\n");
-  WriteRaw("empty.cnf", "");
-  EXPECT_EQ(ReadAll("lf.cnf"), (Lines{"one", "two", "three"}));
-  EXPECT_EQ(ReadAll("crlf.cnf"), (Lines{"a"}));
-  EXPECT_EQ(ReadAll("empty.cnf"), Lines{});
-
-  auto in = platform_.OpenTextFile(Path("lf.cnf"), OpenMode::kInput);
-  EXPECT_EQ(in->ReadLine(), "one");
-  EXPECT_EQ(in->ReadLine(), "two");
-  in->Rewind();
-  EXPECT_EQ(in->ReadLine(), "one");
-  in->ReadLine();
-  in->ReadLine();
-  EXPECT_TRUE(in->AtEnd());
-  EXPECT_EQ(ErrorOf([&] { in->ReadLine(); }), kInputPastEndOfFile);
-  EXPECT_EQ(ErrorOf([&] { in->WriteLine("x"); }), kBadFileMode);
+  const struct { std::string bytes; Lines lines; } cases[] = {
+      {"one\ntwo\r\nthree", {"one", "two", "three"}}, {"a\r\n", {"a"}}, {"", {}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.bytes);
+    WriteRaw("in.cnf", c.bytes);
+    EXPECT_EQ(ReadAll("in.cnf"), c.lines);
+  }
 }
 
 TEST_F(SystemPlatformTest, OpenErrors) {
-  EXPECT_EQ(ErrorOf([&] { platform_.OpenTextFile(Path("none"), OpenMode::kInput); }),
-            kFileNotFound);
-  EXPECT_EQ(ErrorOf([&] { platform_.OpenTextFile(Path("no/dir.txt"), OpenMode::kOutput); }),
-            kPathFileAccessError);
-  fs::create_directory(dir_ / "sub");
-  EXPECT_EQ(ErrorOf([&] { platform_.OpenTextFile(Path("sub"), OpenMode::kInput); }),
-            kPathFileAccessError);
-  EXPECT_EQ(ErrorOf([&] { platform_.OpenTextFile(Path("sub"), OpenMode::kOutput); }),
-            kPathFileAccessError);
+  const struct { std::string name; OpenMode mode; int error; } cases[] = {
+      {"none", OpenMode::kInput, kFileNotFound},
+      {"no/dir.txt", OpenMode::kOutput, kPathFileAccessError},
+      {"sub", OpenMode::kInput, kPathFileAccessError},
+      {"sub", OpenMode::kOutput, kPathFileAccessError}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(ErrorNumberOf([&] { platform_.OpenTextFile(Path(c.name), c.mode); }), c.error)
+        << c.name;
+  }
   // A device that is always full: the failure shows at the latest on Close.
   if (fs::exists("/dev/full")) {
     auto full = platform_.OpenTextFile("/dev/full", OpenMode::kOutput);
-    EXPECT_EQ(ErrorOf([&] {
+    EXPECT_EQ(ErrorNumberOf([&] {
                 full->WriteLine("x");
                 full->Close();
               }),
@@ -129,48 +106,38 @@ TEST_F(SystemPlatformTest, OpenErrors) {
 TEST_F(SystemPlatformTest, CopyDeleteRename) {
   WriteRaw("a", "A");
   WriteRaw("b", "B");
-  fs::create_directory(dir_ / "sub");
   EXPECT_TRUE(platform_.FileExists(Path("a")));
   EXPECT_FALSE(platform_.FileExists(Path("sub")));  // folders are not files
-  EXPECT_FALSE(platform_.FileExists(Path("none")));
   EXPECT_FALSE(platform_.FileExists(""));
-
   platform_.CopyFile(Path("a"), Path("b"));  // overwrites
   EXPECT_EQ(ReadRaw("b"), "A");
-  EXPECT_EQ(ErrorOf([&] { platform_.CopyFile(Path("none"), Path("c")); }), kFileNotFound);
-  EXPECT_EQ(ErrorOf([&] { platform_.CopyFile(Path("a"), Path("sub")); }), kPathFileAccessError);
-
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.CopyFile(Path("none"), Path("c")); }), kFileNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.CopyFile(Path("a"), Path("sub")); }),
+            kPathFileAccessError);
   fs::permissions(dir_ / "b", fs::perms::owner_read | fs::perms::group_read);
   platform_.DeleteFile(Path("b"));  // read-only goes too
   EXPECT_FALSE(fs::exists(dir_ / "b"));
-  EXPECT_EQ(ErrorOf([&] { platform_.DeleteFile(Path("b")); }), kFileNotFound);
-  EXPECT_EQ(ErrorOf([&] { platform_.DeleteFile(Path("sub")); }), kFileNotFound);
-
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.DeleteFile(Path("b")); }), kFileNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.DeleteFile(Path("sub")); }), kFileNotFound);
   WriteRaw("t", "T");
   platform_.RenameFile(Path("a"), Path("t"));  // replaces
   EXPECT_EQ(ReadRaw("t"), "A");
-  EXPECT_FALSE(fs::exists(dir_ / "a"));
-  EXPECT_EQ(ErrorOf([&] { platform_.RenameFile(Path("a"), Path("u")); }), kFileNotFound);
-  EXPECT_EQ(ErrorOf([&] { platform_.RenameFile(Path("t"), Path("sub")); }),
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.RenameFile(Path("a"), Path("u")); }), kFileNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.RenameFile(Path("t"), Path("sub")); }),
             kPathFileAccessError);
 }
 
 TEST_F(SystemPlatformTest, ListFolderGivesSortedRegularFiles) {
-  WriteRaw("b.xnf", "");
-  WriteRaw("a.xnf", "");
-  WriteRaw("C.cnf", "");
-  fs::create_directory(dir_ / "sub");
+  for (const char* name : {"b.xnf", "a.xnf", "C.cnf"}) WriteRaw(name, "");
   WriteRaw("sub/inner", "");
   for (const std::string& folder : {dir_.string(), dir_.string() + "/"}) {
     const std::vector<FolderEntry> entries = platform_.ListFolder(folder);
     ASSERT_EQ(entries.size(), 3u);
-    EXPECT_EQ(entries[0].name, "C.cnf");
-    EXPECT_EQ(entries[1].name, "a.xnf");
-    EXPECT_EQ(entries[2].name, "b.xnf");
+    EXPECT_EQ(entries[0].name + entries[1].name + entries[2].name, "C.cnfa.xnfb.xnf");
     EXPECT_EQ(fs::path(entries[1].path), dir_ / "a.xnf");
   }
-  EXPECT_EQ(ErrorOf([&] { platform_.ListFolder(Path("none")); }), kPathNotFound);
-  EXPECT_EQ(ErrorOf([&] { platform_.ListFolder(Path("a.xnf")); }), kPathNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.ListFolder(Path("none")); }), kPathNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { platform_.ListFolder(Path("a.xnf")); }), kPathNotFound);
 }
 
 TEST_F(SystemPlatformTest, MessagesQuestionsAndRandom) {
@@ -183,77 +150,47 @@ TEST_F(SystemPlatformTest, MessagesQuestionsAndRandom) {
   EXPECT_NE(captured.str().find("Mandor: Fichier absent"), std::string::npos);
   EXPECT_NE(captured.str().find("Mandor: Écraser ?"), std::string::npos);
 
-  bool varied = false;
-  const double first = platform_.Random();
+  double previous = -1.0;
   for (int i = 0; i < 1000; ++i) {
     const double x = platform_.Random();
-    ASSERT_GE(x, 0.0);
-    ASSERT_LT(x, 1.0);
-    varied = varied || x != first;
+    ASSERT_TRUE(x >= 0.0 && x < 1.0 && x != previous) << i << ": " << x;
+    previous = x;
   }
-  EXPECT_TRUE(varied);
 }
 
-// Sets an environment variable for the lifetime of the guard.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old;
-    ::setenv(name, value, 1);
-  }
-  ~ScopedEnv() {
-    if (old_) {
-      ::setenv(name_, old_->c_str(), 1);
-    } else {
-      ::unsetenv(name_);
-    }
-  }
-
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
-
 TEST(PlatformTest, LocaleFollowsEnvironmentAndCanBeSwitched) {
-  {
-    ScopedEnv env("LC_ALL", "fr_FR.UTF-8");
-    SystemPlatform french;
-    EXPECT_EQ(french.locale().decimal_separator, ",");
-    EXPECT_EQ(french.locale().true_text, "Vrai");
-    french.SetLocale(Locale::Point());
-    EXPECT_EQ(french.locale().decimal_separator, ".");
-  }
-  {
-    ScopedEnv env("LC_ALL", "C");
-    EXPECT_EQ(SystemPlatform().locale().decimal_separator, ".");
-  }
+  const char* old = std::getenv("LC_ALL");
+  const std::optional<std::string> saved = old ? std::optional<std::string>(old) : std::nullopt;
+  ::setenv("LC_ALL", "fr_FR.UTF-8", 1);
+  SystemPlatform french;
+  ::setenv("LC_ALL", "C", 1);
+  SystemPlatform plain;
+  saved ? ::setenv("LC_ALL", saved->c_str(), 1) : ::unsetenv("LC_ALL");
+  EXPECT_EQ(french.locale().decimal_separator, ",");
+  EXPECT_EQ(french.locale().true_text, "Vrai");
+  EXPECT_EQ(plain.locale().decimal_separator, ".");
+  french.SetLocale(Locale::Point());
+  EXPECT_EQ(french.locale().decimal_separator, ".");
 }
 
 TEST(PlatformTest, CurrentPlatformIsSwitchedAndRestored) {
   const std::shared_ptr<Platform> original = CurrentPlatformPtr();
   ASSERT_NE(original, nullptr);
-  EXPECT_EQ(&CurrentPlatform(), original.get());
-
   auto outer = std::make_shared<MemoryPlatform>();
   auto inner = std::make_shared<MemoryPlatform>();
   {
     ScopedPlatform a(outer);
-    EXPECT_EQ(&CurrentPlatform(), outer.get());
     {
       ScopedPlatform b(inner);
-      EXPECT_EQ(CurrentPlatformPtr(), inner);
       CurrentPlatform().Message("hello", "t", MessageStyle::kPlain);
     }
     EXPECT_EQ(CurrentPlatformPtr(), outer);
-    {
-      ScopedPlatform c(nullptr);  // a fresh system platform
-      EXPECT_NE(dynamic_cast<SystemPlatform*>(&CurrentPlatform()), nullptr);
-    }
+    ScopedPlatform c(nullptr);  // a fresh system platform
+    EXPECT_NE(dynamic_cast<SystemPlatform*>(&CurrentPlatform()), nullptr);
   }
   EXPECT_EQ(CurrentPlatformPtr(), original);
   EXPECT_EQ(inner->messages().size(), 1u);
   EXPECT_TRUE(outer->messages().empty());
-
   SetPlatform(nullptr);
   EXPECT_NE(dynamic_cast<SystemPlatform*>(&CurrentPlatform()), nullptr);
   EXPECT_NE(CurrentPlatformPtr(), original);

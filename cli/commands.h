@@ -1,0 +1,36 @@
+// The commands of the `mandor` program. Each takes the parsed options,
+// writes its report or its data on `out` (standard output) and returns the
+// exit status; mistakes on the command line throw UsageError and failures
+// of the work throw CommandFailure (cli/marking.h). Messages of the library
+// go through the installed CliPlatform.
+#ifndef MANDOR_CLI_COMMANDS_H_
+#define MANDOR_CLI_COMMANDS_H_
+
+#include <ostream>
+#include <string>
+
+#include "cli/cli_platform.h"
+
+namespace mandor_cli {
+
+struct Options {
+  std::string path;    // the marking or catalogue
+  std::string out;     // convert: the file to write
+  std::string doc_id;  // --doc
+  bool calage = false;  // dump --calage
+  int page = 1;        // render --page
+  std::string output;  // render -o
+  double scale = 1.0;  // render --scale
+};
+
+int RunInfo(const Options& options, std::ostream& out);
+int RunDump(const Options& options, const CliPlatform& platform, std::ostream& out);
+int RunCheck(const Options& options, const CliPlatform& platform, std::ostream& out);
+// Warnings of its own (a document kind the standard layout cannot hold) go to `err`.
+int RunConvert(const Options& options, std::ostream& out, std::ostream& err);
+int RunSave(const Options& options, std::ostream& out);
+int RunRender(const Options& options, std::ostream& out);
+
+}  // namespace mandor_cli
+
+#endif  // MANDOR_CLI_COMMANDS_H_

@@ -1,0 +1,680 @@
+#include "cli/render.h"
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <set>
+#include <variant>
+#include <vector>
+
+#include "cli/marking.h"
+
+namespace mandor_cli {
+
+using mandor::CChamp;
+using mandor::CPage;
+using mandor::CRegle;
+using mandor::Mandor;
+
+namespace {
+
+// Largest PNG drawn, in pixels (a 300 dpi A4 page is 8.7 million).
+constexpr double kMaxPngPixels = 100.0e6;
+constexpr double kMaxPngSide = 32000.0;
+// Coordinates beyond this are clamped, so that absurd positions in a file
+// neither overflow the rasteriser nor blow up the SVG.
+constexpr double kMaxCoordinate = 1.0e6;
+
+struct Rgb {
+  double r = 0, g = 0, b = 0;
+};
+
+const Rgb kBlack{0, 0, 0};
+const Rgb kWhite{1, 1, 1};
+const Rgb kBorder{0.55, 0.55, 0.55};
+const Rgb kVerticalRuler{0.13, 0.35, 0.85};
+const Rgb kHorizontalRuler{0.05, 0.55, 0.25};
+
+// A Windows colour (0x00BBGGRR); negative values (system colours, unset)
+// give the fallback.
+Rgb FromColorRef(int32_t value, Rgb fallback) {
+  if (value < 0) return fallback;
+  return {(value & 0xFF) / 255.0, ((value >> 8) & 0xFF) / 255.0, ((value >> 16) & 0xFF) / 255.0};
+}
+
+enum class Anchor { kStart, kMiddle, kEnd };
+
+struct TextItem {
+  double x = 0, y = 0;  // baseline point at the anchor
+  std::string text;
+  std::string font;
+  double size = 10;
+  bool bold = false, italic = false, underline = false, strike = false;
+  Rgb color;
+  double opacity = 1;
+  Anchor anchor = Anchor::kStart;
+};
+
+struct RectItem {
+  double x = 0, y = 0, w = 0, h = 0;
+  Rgb stroke;
+  double stroke_width = 0;  // 0: no outline
+  bool dashed = false;
+  bool filled = false;
+  Rgb fill;
+  double fill_opacity = 1;
+};
+
+struct LineItem {
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+  Rgb color;
+  double width = 1;
+  bool dashed = false;
+};
+
+using Item = std::variant<RectItem, LineItem, TextItem>;
+
+struct PageImage {
+  std::string path;
+  std::string png;  // the file's bytes
+  int width = 0, height = 0;
+};
+
+struct Scene {
+  double width = 0, height = 0;  // page pixels
+  double scale = 1;
+  double unit = 1;  // one picture pixel in page pixels
+  PageImage image;
+  std::vector<Item> items;
+};
+
+double Clamp(double v) { return std::clamp(v, -kMaxCoordinate, kMaxCoordinate); }
+bool Finite(double v) { return std::isfinite(v); }
+
+// --- cairo resources ---
+
+struct SurfaceDeleter {
+  void operator()(cairo_surface_t* s) const { cairo_surface_destroy(s); }
+};
+struct ContextDeleter {
+  void operator()(cairo_t* c) const { cairo_destroy(c); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
+using Context = std::unique_ptr<cairo_t, ContextDeleter>;
+
+struct ByteReader {
+  const std::string* bytes;
+  size_t position;
+};
+
+cairo_status_t ReadBytes(void* closure, unsigned char* data, unsigned int length) {
+  auto* reader = static_cast<ByteReader*>(closure);
+  if (reader->bytes->size() - reader->position < length) return CAIRO_STATUS_READ_ERROR;
+  std::copy_n(reader->bytes->data() + reader->position, length, data);
+  reader->position += length;
+  return CAIRO_STATUS_SUCCESS;
+}
+
+cairo_status_t AppendBytes(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+// The decoded PNG, or null when the bytes are not a PNG cairo can read.
+Surface DecodePng(const std::string& bytes) {
+  ByteReader reader{&bytes, 0};
+  Surface surface(cairo_image_surface_create_from_png_stream(ReadBytes, &reader));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
+  return surface;
+}
+
+// The page image beside the marking, when there is one we can read: the
+// "<name>-<n>.png" of a page split out of its PDF, or "<name>.png" for the
+// first page. Any other image (".pdf", ".tif") is left out.
+PageImage FindPageImage(const Mandor& document, int page_number) {
+  const std::string base = document.Répertoire_Document + document.Nom_Document();
+  std::vector<std::string> candidates = {base + "-" + std::to_string(page_number) + ".png"};
+  if (page_number == 1) candidates.push_back(base + ".png");
+  mandor::Platform& platform = mandor::CurrentPlatform();
+  for (const std::string& path : candidates) {
+    try {
+      if (!platform.FileExists(path)) continue;
+      PageImage image;
+      image.png = platform.ReadFileBytes(path);
+      Surface surface = DecodePng(image.png);
+      if (!surface) continue;
+      image.path = path;
+      image.width = cairo_image_surface_get_width(surface.get());
+      image.height = cairo_image_surface_get_height(surface.get());
+      if (image.width > 0 && image.height > 0) return image;
+    } catch (const std::exception&) {
+      // An image that cannot be read is simply not drawn.
+    }
+  }
+  return {};
+}
+
+// --- text ---
+
+// Appends the code point cp as UTF-8.
+void AppendUtf8(std::string& out, uint32_t cp) {
+  if (cp < 0x80) {
+    out += static_cast<char>(cp);
+  } else if (cp < 0x800) {
+    out += static_cast<char>(0xC0 | (cp >> 6));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else if (cp < 0x10000) {
+    out += static_cast<char>(0xE0 | (cp >> 12));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  } else {
+    out += static_cast<char>(0xF0 | (cp >> 18));
+    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (cp & 0x3F));
+  }
+}
+
+// --- building the scene ---
+
+std::string FormatNumberForSvg(double v) {
+  char text[64];
+  const auto result = std::to_chars(text, text + sizeof text, Clamp(v), std::chars_format::fixed, 2);
+  std::string s(text, result.ptr);
+  if (s.find('.') != std::string::npos) {
+    while (s.back() == '0') s.pop_back();
+    if (s.back() == '.') s.pop_back();
+  }
+  return s == "-0" ? "0" : s;
+}
+
+// The size of the page in pixels: its own, else the document's image size,
+// else an A4 sheet at the page's resolution, grown to hold every ruler and
+// field (a text marking does not store the page size).
+void SizePage(Scene& scene, const Mandor& document, const CPage& page, const std::vector<RectItem>& boxes) {
+  if (Finite(page.Width) && Finite(page.Height) && page.Width >= 1 && page.Height >= 1) {
+    scene.width = Clamp(page.Width);
+    scene.height = Clamp(page.Height);
+    return;
+  }
+  if (document.image_pixels_largeur > 0 && document.image_pixels_hauteur > 0) {
+    scene.width = document.image_pixels_largeur;
+    scene.height = document.image_pixels_hauteur;
+  } else {
+    const double h_res = page.hResolution() > 0 ? page.hResolution() : 300;
+    const double v_res = page.vResolution() > 0 ? page.vResolution() : 300;
+    scene.width = std::round(21.0 / 2.54 * h_res);
+    scene.height = std::round(29.7 / 2.54 * v_res);
+  }
+  for (const RectItem& box : boxes) {
+    scene.width = std::max(scene.width, std::ceil(box.x + box.w + 20));
+    scene.height = std::max(scene.height, std::ceil(box.y + box.h + 20));
+  }
+}
+
+// Fields drawn on a page: the page's own, then the recurrent fields that no
+// page holds a copy of (they repeat on every page).
+std::vector<std::pair<std::shared_ptr<CChamp>, bool>> FieldsOfPage(const Mandor& document, const CPage& page) {
+  std::vector<std::pair<std::shared_ptr<CChamp>, bool>> fields;
+  std::set<std::string> on_pages;
+  std::set<const CChamp*> on_this_page;
+  for (const std::shared_ptr<CPage>& other : document.Pages) {
+    if (!other) continue;
+    for (const std::shared_ptr<CChamp>& field : other->Champs) {
+      if (!field) continue;
+      on_pages.insert(mandor::FoldCase(field->Nom()));
+      if (!field->ChampRecurrentDeRef().empty()) on_pages.insert(mandor::FoldCase(field->ChampRecurrentDeRef()));
+    }
+  }
+  for (const std::shared_ptr<CChamp>& field : page.Champs) {
+    if (field && on_this_page.insert(field.get()).second) fields.emplace_back(field, false);
+  }
+  auto add_repeating = [&](const mandor::Collection<CChamp>& collection) {
+    for (const std::shared_ptr<CChamp>& field : collection) {
+      if (!field || on_this_page.count(field.get()) != 0) continue;
+      const bool recurrent = field->Recurrent() || document.ChampsRecurrents.Contains(field->Nom());
+      if (!recurrent || on_pages.count(mandor::FoldCase(field->Nom())) != 0) continue;
+      on_this_page.insert(field.get());
+      fields.emplace_back(field, true);
+    }
+  };
+  add_repeating(document.ChampsRecurrents);
+  add_repeating(document.Champs);
+  return fields;
+}
+
+template <class Getter, class T>
+T Or(Getter getter, T fallback) {
+  try {
+    return getter();
+  } catch (const std::exception&) {
+    return fallback;
+  }
+}
+
+void AddField(Scene& scene, const CChamp& field, bool repeating, const CPage& page, RectItem box) {
+  const double u = scene.unit;
+  const Rgb ink = FromColorRef(Or([&] { return field.FontColor(); }, int32_t{0}), kBlack);
+  const bool transparent = Or([&] { return field.Transparent(); }, true);
+  box.stroke = ink;
+  box.stroke_width = 1.5 * u;
+  box.dashed = repeating;
+  box.filled = !transparent;
+  box.fill = FromColorRef(Or([&] { return field.BackColor(); }, int32_t{-1}), kWhite);
+  box.fill_opacity = 0.55;  // the page image stays visible underneath
+  scene.items.emplace_back(box);
+
+  TextItem name;
+  name.x = box.x;
+  name.y = box.y - 5 * u;
+  name.text = field.Nom();
+  name.font = "sans-serif";
+  name.size = 11 * u;
+  name.color = ink;
+  name.opacity = 0.8;
+  scene.items.emplace_back(name);
+
+  const std::string value = Or([&] { return field.valeur(); }, std::string());
+  if (value.empty()) return;
+  TextItem text;
+  text.text = value;
+  text.font = Or([&] { return field.FontName(); }, std::string());
+  const double resolution = page.vResolution() > 0 ? page.vResolution() : 300;
+  text.size = Or([&] { return static_cast<double>(field.FontSize()); }, 10.0) * resolution / 72.0;
+  if (box.h > 0) text.size = std::min(text.size, 0.85 * box.h);
+  text.size = std::max(text.size, 6 * u);
+  text.bold = Or([&] { return field.Bold(); }, false);
+  text.italic = Or([&] { return field.Italic(); }, false);
+  text.underline = Or([&] { return field.Underligne(); }, false);
+  text.strike = Or([&] { return field.StrikeThrough(); }, false);
+  text.color = ink;
+  text.y = box.y + (box.h + 0.7 * text.size) / 2;
+  const double pad = std::min(6 * u, box.w / 10);
+  switch (Or([&] { return field.Alignement(); }, uint8_t{0})) {
+    case 1:
+      text.anchor = Anchor::kEnd;
+      text.x = box.x + box.w - pad;
+      break;
+    case 2:
+      text.anchor = Anchor::kMiddle;
+      text.x = box.x + box.w / 2;
+      break;
+    default:
+      text.x = box.x + pad;
+      break;
+  }
+  scene.items.emplace_back(text);
+}
+
+Scene BuildScene(const Mandor& document, const CPage& page, int page_number, double scale) {
+  Scene scene;
+  scene.scale = scale;
+  scene.unit = 1.0 / scale;
+  const double u = scene.unit;
+
+  std::vector<std::pair<std::shared_ptr<CChamp>, bool>> fields = FieldsOfPage(document, page);
+  std::vector<RectItem> boxes;
+  for (const auto& [field, repeating] : fields) {
+    const double l = field->Position_pixel_Left, t = field->Position_pixel_Top;
+    const double r = field->Position_pixel_Right, b = field->Position_pixel_Bottom;
+    RectItem box;
+    if (Finite(l) && Finite(t) && Finite(r) && Finite(b)) {
+      box.x = Clamp(std::min(l, r));
+      box.y = Clamp(std::min(t, b));
+      box.w = Clamp(std::fabs(r - l));
+      box.h = Clamp(std::fabs(b - t));
+    } else {
+      box.w = -1;  // not drawn
+    }
+    boxes.push_back(box);
+  }
+  SizePage(scene, document, page, boxes);
+  scene.image = FindPageImage(document, page_number);
+
+  scene.items.emplace_back(RectItem{0, 0, scene.width, scene.height, kBorder, 1 * u, false, false, {}, 1});
+
+  for (const std::shared_ptr<CRegle>& ruler : document.Regles_V) {
+    if (!ruler || !Finite(ruler->Position_pixel_X)) continue;
+    const double x = Clamp(ruler->Position_pixel_X);
+    if (Finite(ruler->largeur_pixel) && ruler->largeur_pixel > 0) {
+      scene.items.emplace_back(
+          RectItem{x, 0, Clamp(ruler->largeur_pixel), scene.height, {}, 0, false, true, kVerticalRuler, 0.06});
+    }
+    scene.items.emplace_back(LineItem{x, 0, x, scene.height, kVerticalRuler, 1.5 * u, true});
+    TextItem label;
+    label.x = x + 3 * u;
+    label.y = 14 * u;
+    label.text = ruler->Nom;
+    label.font = "sans-serif";
+    label.size = 12 * u;
+    label.bold = true;
+    label.color = kVerticalRuler;
+    scene.items.emplace_back(label);
+  }
+  for (const std::shared_ptr<CRegle>& ruler : page.Regles_H) {
+    if (!ruler || !Finite(ruler->Position_pixel_Y)) continue;
+    const double y = Clamp(ruler->Position_pixel_Y);
+    scene.items.emplace_back(LineItem{0, y, scene.width, y, kHorizontalRuler, 1.5 * u, true});
+    TextItem label;
+    label.x = 3 * u;
+    label.y = y - 3 * u;
+    label.text = ruler->Nom;
+    label.font = "sans-serif";
+    label.size = 12 * u;
+    label.bold = true;
+    label.color = kHorizontalRuler;
+    scene.items.emplace_back(label);
+  }
+  for (size_t i = 0; i < fields.size(); ++i) {
+    if (boxes[i].w < 0) continue;
+    AddField(scene, *fields[i].first, fields[i].second, page, boxes[i]);
+  }
+  return scene;
+}
+
+// --- SVG ---
+
+std::string SvgColor(const Rgb& c) {
+  static const char* kHex = "0123456789abcdef";
+  std::string text = "#";
+  for (double channel : {c.r, c.g, c.b}) {
+    const int v = std::clamp(static_cast<int>(std::lround(channel * 255)), 0, 255);
+    text += kHex[v >> 4];
+    text += kHex[v & 15];
+  }
+  return text;
+}
+
+std::string SvgFontFamily(const std::string& font) {
+  const std::string lower = mandor::LowerCase(font);
+  const bool serif = lower.find("times") != std::string::npos || lower.find("serif") != std::string::npos;
+  const std::string generic = serif && lower != "sans-serif" ? "serif" : "sans-serif";
+  if (font.empty() || font == generic) return generic;
+  return "'" + XmlEscape(font) + "', " + generic;
+}
+
+std::string Base64(const std::string& bytes) {
+  static const char* kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  out.reserve((bytes.size() + 2) / 3 * 4);
+  size_t i = 0;
+  for (; i + 2 < bytes.size(); i += 3) {
+    const uint32_t n = (static_cast<uint8_t>(bytes[i]) << 16) | (static_cast<uint8_t>(bytes[i + 1]) << 8) |
+                       static_cast<uint8_t>(bytes[i + 2]);
+    out += kAlphabet[(n >> 18) & 63];
+    out += kAlphabet[(n >> 12) & 63];
+    out += kAlphabet[(n >> 6) & 63];
+    out += kAlphabet[n & 63];
+  }
+  if (i < bytes.size()) {
+    uint32_t n = static_cast<uint8_t>(bytes[i]) << 16;
+    if (i + 1 < bytes.size()) n |= static_cast<uint8_t>(bytes[i + 1]) << 8;
+    out += kAlphabet[(n >> 18) & 63];
+    out += kAlphabet[(n >> 12) & 63];
+    out += i + 1 < bytes.size() ? kAlphabet[(n >> 6) & 63] : '=';
+    out += '=';
+  }
+  return out;
+}
+
+std::string WriteSvg(const Scene& scene, const std::string& title) {
+  auto n = FormatNumberForSvg;
+  std::string svg = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+  svg += "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" width=\"" +
+         n(std::round(scene.width * scene.scale)) + "\" height=\"" + n(std::round(scene.height * scene.scale)) +
+         "\" viewBox=\"0 0 " + n(scene.width) + " " + n(scene.height) + "\">\n";
+  svg += "<title>" + XmlEscape(title) + "</title>\n";
+  svg += "<rect x=\"0\" y=\"0\" width=\"" + n(scene.width) + "\" height=\"" + n(scene.height) +
+         "\" fill=\"#ffffff\"/>\n";
+  if (!scene.image.png.empty()) {
+    const std::string data = "data:image/png;base64," + Base64(scene.image.png);
+    svg += "<image x=\"0\" y=\"0\" width=\"" + n(scene.width) + "\" height=\"" + n(scene.height) +
+           "\" preserveAspectRatio=\"none\" href=\"" + data + "\" xlink:href=\"" + data + "\"/>\n";
+  }
+  const std::string dash = " stroke-dasharray=\"" + n(6 * scene.unit) + " " + n(4 * scene.unit) + "\"";
+  for (const Item& item : scene.items) {
+    if (const auto* rect = std::get_if<RectItem>(&item)) {
+      svg += "<rect x=\"" + n(rect->x) + "\" y=\"" + n(rect->y) + "\" width=\"" + n(rect->w) + "\" height=\"" +
+             n(rect->h) + "\"";
+      svg += rect->filled ? " fill=\"" + SvgColor(rect->fill) + "\" fill-opacity=\"" + n(rect->fill_opacity) + "\""
+                          : std::string(" fill=\"none\"");
+      if (rect->stroke_width > 0) {
+        svg += " stroke=\"" + SvgColor(rect->stroke) + "\" stroke-width=\"" + n(rect->stroke_width) + "\"";
+        if (rect->dashed) svg += dash;
+      }
+      svg += "/>\n";
+    } else if (const auto* line = std::get_if<LineItem>(&item)) {
+      svg += "<line x1=\"" + n(line->x1) + "\" y1=\"" + n(line->y1) + "\" x2=\"" + n(line->x2) + "\" y2=\"" +
+             n(line->y2) + "\" stroke=\"" + SvgColor(line->color) + "\" stroke-width=\"" + n(line->width) + "\"" +
+             (line->dashed ? dash : std::string()) + "/>\n";
+    } else if (const auto* text = std::get_if<TextItem>(&item)) {
+      svg += "<text x=\"" + n(text->x) + "\" y=\"" + n(text->y) + "\" font-family=\"" + SvgFontFamily(text->font) +
+             "\" font-size=\"" + n(text->size) + "\" fill=\"" + SvgColor(text->color) + "\"";
+      if (text->opacity < 1) svg += " fill-opacity=\"" + n(text->opacity) + "\"";
+      if (text->bold) svg += " font-weight=\"bold\"";
+      if (text->italic) svg += " font-style=\"italic\"";
+      if (text->underline || text->strike) {
+        svg += std::string(" text-decoration=\"") + (text->underline ? "underline" : "") +
+               (text->underline && text->strike ? " " : "") + (text->strike ? "line-through" : "") + "\"";
+      }
+      if (text->anchor == Anchor::kMiddle) svg += " text-anchor=\"middle\"";
+      if (text->anchor == Anchor::kEnd) svg += " text-anchor=\"end\"";
+      svg += " xml:space=\"preserve\">" + XmlEscape(text->text) + "</text>\n";
+    }
+  }
+  svg += "</svg>\n";
+  return svg;
+}
+
+// --- PNG ---
+
+void CairoSource(cairo_t* cr, const Rgb& c, double alpha) { cairo_set_source_rgba(cr, c.r, c.g, c.b, alpha); }
+
+void CairoDash(cairo_t* cr, bool dashed, double unit) {
+  const double dashes[] = {6 * unit, 4 * unit};
+  cairo_set_dash(cr, dashes, dashed ? 2 : 0, 0);
+}
+
+void DrawText(cairo_t* cr, const TextItem& text, double unit) {
+  const std::string clean = CleanText(text.text);
+  if (clean.empty()) return;
+  const std::string family = text.font.empty() ? "sans-serif" : CleanText(text.font);
+  cairo_select_font_face(cr, family.c_str(), text.italic ? CAIRO_FONT_SLANT_ITALIC : CAIRO_FONT_SLANT_NORMAL,
+                         text.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+  cairo_set_font_size(cr, text.size);
+  cairo_text_extents_t extents;
+  cairo_text_extents(cr, clean.c_str(), &extents);
+  double x = text.x;
+  if (text.anchor == Anchor::kMiddle) x -= extents.x_advance / 2;
+  if (text.anchor == Anchor::kEnd) x -= extents.x_advance;
+  CairoSource(cr, text.color, text.opacity);
+  cairo_move_to(cr, x, text.y);
+  cairo_show_text(cr, clean.c_str());
+  cairo_new_path(cr);
+  CairoDash(cr, false, unit);
+  cairo_set_line_width(cr, std::max(text.size / 15, unit));
+  if (text.underline) {
+    cairo_move_to(cr, x, text.y + text.size * 0.12);
+    cairo_line_to(cr, x + extents.x_advance, text.y + text.size * 0.12);
+    cairo_stroke(cr);
+  }
+  if (text.strike) {
+    cairo_move_to(cr, x, text.y - text.size * 0.3);
+    cairo_line_to(cr, x + extents.x_advance, text.y - text.size * 0.3);
+    cairo_stroke(cr);
+  }
+}
+
+std::string WritePng(const Scene& scene, int width, int height) {
+  Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
+    throw CommandFailure("cannot make a picture of " + std::to_string(width) + " x " + std::to_string(height) +
+                         " pixels");
+  }
+  Context context(cairo_create(surface.get()));
+  cairo_t* cr = context.get();
+  cairo_set_source_rgb(cr, 1, 1, 1);
+  cairo_paint(cr);
+  cairo_scale(cr, scene.scale, scene.scale);
+  if (!scene.image.png.empty()) {
+    Surface image = DecodePng(scene.image.png);
+    if (image) {
+      cairo_save(cr);
+      cairo_scale(cr, scene.width / scene.image.width, scene.height / scene.image.height);
+      cairo_set_source_surface(cr, image.get(), 0, 0);
+      cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+      cairo_paint(cr);
+      cairo_restore(cr);
+    }
+  }
+  for (const Item& item : scene.items) {
+    if (const auto* rect = std::get_if<RectItem>(&item)) {
+      cairo_rectangle(cr, rect->x, rect->y, rect->w, rect->h);
+      if (rect->filled) {
+        CairoSource(cr, rect->fill, rect->fill_opacity);
+        cairo_fill_preserve(cr);
+      }
+      if (rect->stroke_width > 0) {
+        CairoSource(cr, rect->stroke, 1);
+        cairo_set_line_width(cr, rect->stroke_width);
+        CairoDash(cr, rect->dashed, scene.unit);
+        cairo_stroke(cr);
+      }
+      cairo_new_path(cr);
+    } else if (const auto* line = std::get_if<LineItem>(&item)) {
+      cairo_move_to(cr, line->x1, line->y1);
+      cairo_line_to(cr, line->x2, line->y2);
+      CairoSource(cr, line->color, 1);
+      cairo_set_line_width(cr, line->width);
+      CairoDash(cr, line->dashed, scene.unit);
+      cairo_stroke(cr);
+    } else if (const auto* text = std::get_if<TextItem>(&item)) {
+      DrawText(cr, *text, scene.unit);
+    }
+  }
+  cairo_surface_flush(surface.get());
+  if (cairo_status(cr) != CAIRO_STATUS_SUCCESS) {
+    throw CommandFailure(std::string("drawing failed: ") + cairo_status_to_string(cairo_status(cr)));
+  }
+  std::string png;
+  if (cairo_surface_write_to_png_stream(surface.get(), AppendBytes, &png) != CAIRO_STATUS_SUCCESS) {
+    throw CommandFailure("cannot encode the PNG picture");
+  }
+  return png;
+}
+
+}  // namespace
+
+RenderFormat RenderFormatOf(const std::string& file) {
+  const std::string lower = mandor::LowerCase(file);
+  if (mandor::EndsWith(lower, ".svg")) return RenderFormat::kSvg;
+  if (mandor::EndsWith(lower, ".png")) return RenderFormat::kPng;
+  return RenderFormat::kUnknown;
+}
+
+std::string CleanText(const std::string& text) {
+  std::string out;
+  out.reserve(text.size());
+  const auto* s = reinterpret_cast<const unsigned char*>(text.data());
+  const size_t size = text.size();
+  size_t i = 0;
+  while (i < size) {
+    const unsigned char c = s[i];
+    uint32_t cp = 0;
+    size_t length = 0;
+    if (c < 0x80) {
+      cp = c, length = 1;
+    } else if (c >= 0xC2 && c <= 0xDF) {
+      cp = c & 0x1F, length = 2;
+    } else if (c >= 0xE0 && c <= 0xEF) {
+      cp = c & 0x0F, length = 3;
+    } else if (c >= 0xF0 && c <= 0xF4) {
+      cp = c & 0x07, length = 4;
+    }
+    bool valid = length > 0 && i + length <= size;
+    for (size_t k = 1; valid && k < length; ++k) {
+      if ((s[i + k] & 0xC0) != 0x80) valid = false;
+      cp = (cp << 6) | (s[i + k] & 0x3F);
+    }
+    // Overlong forms, surrogates and code points past U+10FFFF.
+    if (valid && ((length == 3 && cp < 0x800) || (length == 4 && (cp < 0x10000 || cp > 0x10FFFF)) ||
+                  (cp >= 0xD800 && cp <= 0xDFFF))) {
+      valid = false;
+    }
+    if (!valid) {
+      AppendUtf8(out, 0xFFFD);
+      ++i;
+      continue;
+    }
+    if (cp < 0x20 || cp == 0x7F || cp == 0xFFFE || cp == 0xFFFF) cp = ' ';
+    AppendUtf8(out, cp);
+    i += length;
+  }
+  return out;
+}
+
+std::string XmlEscape(const std::string& text) {
+  const std::string clean = CleanText(text);
+  std::string out;
+  out.reserve(clean.size());
+  for (const char c : clean) {
+    switch (c) {
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      case '\'':
+        out += "&apos;";
+        break;
+      default:
+        out += c;
+    }
+  }
+  return out;
+}
+
+RenderResult RenderPage(const Mandor& document, int page_number, double scale, RenderFormat format,
+                        const std::string& output) {
+  const std::shared_ptr<CPage>& page = document.Pages.Item(static_cast<long>(page_number));
+  if (!page) throw CommandFailure("page " + std::to_string(page_number) + " is missing");
+  const Scene scene = BuildScene(document, *page, page_number, scale);
+
+  RenderResult result;
+  const double width = std::max(1.0, std::round(scene.width * scale));
+  const double height = std::max(1.0, std::round(scene.height * scale));
+  std::string bytes;
+  if (format == RenderFormat::kPng) {
+    if (width > kMaxPngSide || height > kMaxPngSide || width * height > kMaxPngPixels) {
+      throw CommandFailure("page " + std::to_string(page_number) + " would be " + FormatNumberForSvg(width) + " x " +
+                           FormatNumberForSvg(height) + " pixels, too large for a PNG; try a smaller --scale");
+    }
+    bytes = WritePng(scene, static_cast<int>(width), static_cast<int>(height));
+  } else {
+    const std::string name = document.Id.empty() ? document.Nom_Document() : document.Id + " " + document.Nom_Document();
+    bytes = WriteSvg(scene, name + ", page " + std::to_string(page_number));
+  }
+  try {
+    mandor::CurrentPlatform().WriteFileBytes(output, bytes);
+  } catch (const std::exception& e) {
+    throw CommandFailure("cannot write " + output + ": " + e.what());
+  }
+  result.width = static_cast<int>(std::min(width, 2.0e9));
+  result.height = static_cast<int>(std::min(height, 2.0e9));
+  result.image = scene.image.path;
+  return result;
+}
+
+}  // namespace mandor_cli

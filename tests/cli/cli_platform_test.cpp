@@ -1,0 +1,40 @@
+// The platform the program installs: one line per message, line breaks
+// escaped, questions answered by --yes, every message kept for the JSON.
+
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "cli/cli_platform.h"
+
+namespace mandor_cli {
+namespace {
+
+TEST(CliPlatform, PrintsRecordsAndAnswers) {
+  EXPECT_EQ(MessageLine("Erreur Fichier", "ligne 1\r\nligne 2\nligne 3\rfin"),
+            "[Erreur Fichier] ligne 1\\nligne 2\\nligne 3\\nfin");
+  EXPECT_EQ(MessageLine("", "C:\\Lots\\"), "[] C:\\Lots\\");
+
+  std::ostringstream err;
+  CliPlatform no(err, false);
+  no.Message("Fichier absent", "Erreur Fichier", mandor::MessageStyle::kExclamation);
+  EXPECT_FALSE(no.AskYesNo("Voulez vous écraser\nle marquage ?", ""));
+  EXPECT_EQ(err.str(), "[Erreur Fichier] Fichier absent\n[MandorDLL] Voulez vous écraser\\nle marquage ?\n");
+  ASSERT_EQ(no.messages().size(), 2u);
+  EXPECT_EQ(no.messages()[1].title, "MandorDLL");
+  EXPECT_EQ(no.messages()[1].text, "Voulez vous écraser\nle marquage ?");
+  EXPECT_EQ(no.messages()[1].style, mandor::MessageStyle::kQuestion);
+
+  std::ostringstream quiet;
+  CliPlatform yes(quiet, true);
+  EXPECT_TRUE(yes.AskYesNo("Écraser ?", "Question"));
+  EXPECT_EQ(quiet.str(), "[Question] Écraser ?\n");
+
+  EXPECT_STREQ(StyleName(mandor::MessageStyle::kPlain), "plain");
+  EXPECT_STREQ(StyleName(mandor::MessageStyle::kExclamation), "exclamation");
+  EXPECT_STREQ(StyleName(mandor::MessageStyle::kCritical), "critical");
+  EXPECT_STREQ(StyleName(mandor::MessageStyle::kQuestion), "question");
+}
+
+}  // namespace
+}  // namespace mandor_cli

@@ -1,0 +1,138 @@
+#include "tests/cli/cli_test_util.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+extern char** environ;
+
+namespace mandor_cli_test {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> CliResult::ErrLines() const {
+  std::vector<std::string> lines;
+  std::istringstream in(err);
+  std::string line;
+  while (std::getline(in, line)) lines.push_back(line);
+  return lines;
+}
+
+CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
+                 const std::string& cwd) {
+  TempDir capture;
+  const std::string out_path = capture.File("out"), err_path = capture.File("err");
+
+  std::vector<std::string> argv_text = {MANDOR_CLI_PATH};
+  argv_text.insert(argv_text.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (std::string& arg : argv_text) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+
+  std::vector<std::string> env_text;
+  for (char** e = environ; *e != nullptr; ++e) {
+    const std::string entry = *e;
+    const std::string name = entry.substr(0, entry.find('='));
+    if (name == "LC_ALL" || name == "LC_NUMERIC" || name == "LANG" || name == "LSAN_OPTIONS" ||
+        env.count(name) != 0) {
+      continue;
+    }
+    env_text.push_back(entry);
+  }
+  for (const auto& [name, value] : env) env_text.push_back(name + "=" + value);
+  // In a sanitizer build, fontconfig's own leaks are not the program's.
+  env_text.push_back(std::string("LSAN_OPTIONS=suppressions=") + MANDOR_LSAN_SUPPRESSIONS);
+  std::vector<char*> envp;
+  for (std::string& entry : env_text) envp.push_back(entry.data());
+  envp.push_back(nullptr);
+
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  if (!cwd.empty()) posix_spawn_file_actions_addchdir_np(&actions, cwd.c_str());
+  pid_t pid = 0;
+  const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
+  posix_spawn_file_actions_destroy(&actions);
+  CliResult result;
+  if (spawned != 0) {
+    ADD_FAILURE() << "cannot run " << argv[0] << ": " << std::strerror(spawned);
+    return result;
+  }
+  int status = 0;
+  while (waitpid(pid, &status, 0) < 0) {
+  }
+  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  result.out = ReadFile(out_path);
+  result.err = ReadFile(err_path);
+  return result;
+}
+
+TempDir::TempDir() {
+  static std::atomic<int> counter{0};
+  path_ = fs::temp_directory_path() /
+          ("mandor_cli_test_" + std::to_string(getpid()) + "_" + std::to_string(counter++));
+  fs::remove_all(path_);
+  fs::create_directories(path_);
+}
+
+TempDir::~TempDir() {
+  std::error_code ec;
+  fs::remove_all(path_, ec);
+}
+
+std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
+std::string Fixture(const std::string& name) { return std::string(MANDOR_TEST_DATA_DIR) + "/" + name; }
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << bytes;
+}
+
+void CopyTo(const std::string& from, const std::string& to) {
+  fs::copy_file(from, to, fs::copy_options::overwrite_existing);
+}
+
+nlohmann::ordered_json ParseJson(const std::string& text) {
+  try {
+    return nlohmann::ordered_json::parse(text);
+  } catch (const std::exception& e) {
+    ADD_FAILURE() << "not JSON: " << e.what() << "\n" << text.substr(0, 500);
+    return nullptr;
+  }
+}
+
+const nlohmann::ordered_json* FindBy(const nlohmann::ordered_json& array, const std::string& name,
+                                     const std::string& value) {
+  if (!array.is_array()) return nullptr;
+  for (const auto& item : array) {
+    if (item.is_object() && item.contains(name) && item[name] == value) return &item;
+  }
+  return nullptr;
+}
+
+std::vector<std::string> Keys(const nlohmann::ordered_json& object) {
+  std::vector<std::string> keys;
+  if (!object.is_object()) return keys;
+  for (auto it = object.begin(); it != object.end(); ++it) keys.push_back(it.key());
+  return keys;
+}
+
+}  // namespace mandor_cli_test

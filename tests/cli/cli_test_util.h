@@ -1,0 +1,65 @@
+// Helpers of the tests of the `mandor` program: running the built executable
+// with arguments and environment, capturing its exit status, standard output
+// and standard error; temporary folders; the sample and fixture files.
+#ifndef MANDOR_TESTS_CLI_CLI_TEST_UTIL_H_
+#define MANDOR_TESTS_CLI_CLI_TEST_UTIL_H_
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace mandor_cli_test {
+
+struct CliResult {
+  int status = -1;  // exit status, or 128 + signal number
+  std::string out;
+  std::string err;
+
+  // Standard error split into lines (without their line ends).
+  std::vector<std::string> ErrLines() const;
+};
+
+// Runs `mandor args...`. LC_ALL, LC_NUMERIC and LANG are removed from the
+// environment, then `env` is added (and, for sanitizer builds, the leak
+// suppressions of tests/cli/lsan.supp); `cwd` (when given) is the working
+// folder.
+CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env = {},
+                 const std::string& cwd = "");
+
+// A fresh folder, removed with its content at the end of the test.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  std::string path() const { return path_.string(); }
+  std::string File(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+std::string Sample(const std::string& name);   // a file of samples/
+std::string Fixture(const std::string& name);  // a file of tests/data/
+std::string ReadFile(const std::string& path);
+void WriteFile(const std::string& path, const std::string& bytes);
+void CopyTo(const std::string& from, const std::string& to);
+
+// The JSON of `mandor dump` (ordered as written); fails the test when it
+// does not parse.
+nlohmann::ordered_json ParseJson(const std::string& text);
+
+// The first item of a JSON array whose member `name` equals value, or null.
+const nlohmann::ordered_json* FindBy(const nlohmann::ordered_json& array, const std::string& name,
+                                     const std::string& value);
+
+// The names of an object's members, in order.
+std::vector<std::string> Keys(const nlohmann::ordered_json& object);
+
+}  // namespace mandor_cli_test
+
+#endif  // MANDOR_TESTS_CLI_CLI_TEST_UTIL_H_
