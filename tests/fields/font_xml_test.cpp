@@ -20,6 +20,15 @@ std::string Serialized(const pugi::xml_node& node) {
   return out.str();
 }
 
+// The effective values of a font, in one line.
+std::string Effective(const CFont& f) {
+  std::ostringstream out;
+  out << f.Name() << " " << f.Size() << " B" << f.Bold() << " I" << f.Italic() << " U" << f.Underline() << " S"
+      << f.StrikeThrough() << " color=" << f.Color() << " back=" << f.BackColor() << " T" << f.Transparent()
+      << " align=" << f.Alignment();
+  return out.str();
+}
+
 class FontXmlTest : public ::testing::Test {
  protected:
   pugi::xml_node Element(const std::string& xml) {
@@ -37,17 +46,8 @@ TEST_F(FontXmlTest, ReadsEveryAttribute) {
       "<mn:iFont mn:Name=\"Times New Roman\" mn:Size=\"14\" mn:B=\"1\" mn:I=\"-1\" mn:U=\"0\" mn:S=\"2\""
       " mn:Color=\"255\" mn:BackColor=\"-65280\" mn:Alignment=\"2\"/>");
   const auto font = CFont::GetFontFromXmlNode(node);
-  EXPECT_EQ(font->Name(), "Times New Roman");
-  EXPECT_EQ(font->Size(), 14);
-  EXPECT_TRUE(font->Bold());
-  EXPECT_TRUE(font->Italic());
-  EXPECT_FALSE(font->Underline());
+  EXPECT_EQ(Effective(*font), "Times New Roman 14 B1 I1 U0 S1 color=255 back=65280 T1 align=2");
   EXPECT_FALSE(font->HasUnderline());  // false is what it would inherit
-  EXPECT_TRUE(font->StrikeThrough());
-  EXPECT_EQ(font->Color(), 255);
-  EXPECT_EQ(font->BackColor(), 65280);
-  EXPECT_TRUE(font->Transparent());
-  EXPECT_EQ(font->Alignment(), "2");
   EXPECT_FALSE(font->ParentFont1);
 }
 
@@ -121,14 +121,7 @@ TEST_F(FontXmlTest, WritesOnlyWhatDiffersAndReadsBackTheSame) {
             "<mn:iFont mn:Name=\"Verdana\" mn:Size=\"11\" mn:Color=\"255\" mn:BackColor=\"4080\" mn:B=\"0\""
             " mn:U=\"1\" mn:Alignment=\"1\"/>");
   const auto back = CFont::GetFontFromXmlNode(written, parent);
-  EXPECT_EQ(back->Name(), "Verdana");
-  EXPECT_EQ(back->Size(), 11);
-  EXPECT_EQ(back->Color(), 255);
-  EXPECT_EQ(back->BackColor(), 4080);
-  EXPECT_FALSE(back->Transparent());
-  EXPECT_FALSE(back->Bold());
-  EXPECT_TRUE(back->Underline());
-  EXPECT_EQ(back->Alignment(), "1");
+  EXPECT_EQ(Effective(*back), "Verdana 11 B0 I0 U1 S0 color=255 back=4080 T0 align=1");
 
   // Writing again replaces the record where it stands.
   cell.append_child("c");

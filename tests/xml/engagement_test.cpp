@@ -9,26 +9,14 @@
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 
-#include "mandor/model/mandor.h"
-#include "mandor/model/page.h"
-#include "mandor/util/memory_platform.h"
 #include "mandor/xml/image_pdf.h"
-#include "mandor/xml/marquage.h"
-#include "mandor/xml/workbook.h"
-#include "mandor/xml/xml_access.h"
 #include "tests/test_util.h"
+#include "tests/xml/xml_test_util.h"
 
 namespace mandor {
 namespace {
 
 constexpr const char* kPath = "lots/lot3.xml";
-
-std::string ReadDataFile(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
 
 // A catalogue of the given images ("mn1:DQE", "mn2:AE", ...), with a worksheet
 // row that carries an mn:iRow of each.
@@ -51,14 +39,9 @@ std::string Catalogue(const std::vector<std::string>& images) {
   return xml.str();
 }
 
-class EngagementTest : public ::testing::Test {
+class EngagementTest : public xml_test::CatalogueFixture {
  protected:
-  std::shared_ptr<cMarquage> ReadCatalogue(const std::string& bytes) {
-    platform_->SetFileBytes(kPath, bytes);
-    auto catalogue = std::make_shared<cMarquage>();
-    EXPECT_NE(catalogue->XML_ReadCNF(kPath), nullptr);
-    return catalogue;
-  }
+  std::shared_ptr<cMarquage> ReadCatalogue(const std::string& bytes) { return Read(kPath, &bytes); }
   static std::shared_ptr<Mandor> NewAct() {
     auto act = std::make_shared<Mandor>();
     act->Orientation = 1;
@@ -66,11 +49,7 @@ class EngagementTest : public ::testing::Test {
     act->Devise("EUR");
     return act;
   }
-  std::unique_ptr<WorkbookDocument> Saved() const {
-    auto workbook = std::make_unique<WorkbookDocument>();
-    EXPECT_TRUE(workbook->LoadFromBytes(platform_->FileBytes(kPath).value_or("")));
-    return workbook;
-  }
+  std::unique_ptr<WorkbookDocument> Saved() const { return CatalogueFixture::Saved(kPath); }
   static std::vector<std::string> ImageIds(const WorkbookDocument& workbook) {
     std::vector<std::string> ids;
     for (const auto& image : XmlSelectNodes(workbook.document(), "Workbook/mn:MANDOR/mn:Image")) {
@@ -84,8 +63,6 @@ class EngagementTest : public ::testing::Test {
     return ids;
   }
 
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
   FixedImagePdf pdf_{"AE Lot5.pdf", {{1653, 2339, 200, 200}, {2480.5, 3508, 300, 301}, {1700, 2200, 150, 150}}};
 };
 
@@ -118,23 +95,16 @@ TEST_F(EngagementTest, FirstActTakesTheFirstFreeNumberAndIsWritten) {
   const pugi::xml_node mandor = XmlSelectNode(saved->document(), "Workbook/mn:MANDOR");
   const pugi::xml_node image = mandor.last_child();
   ASSERT_STREQ(image.name(), "mn:Image");
-  std::vector<std::string> attributes;
-  for (const auto& a : image.attributes()) attributes.push_back(std::string(a.name()) + "=" + a.value());
-  EXPECT_EQ(attributes, (std::vector<std::string>{"mn:ID=mn3", "mn:Name=AE Lot5.pdf", "mn:Count=0", "mn:Type=AE",
-                                                  "mn:Orientation=1", "mn:H=42.5", "mn:Devise=EUR"}));
+  EXPECT_EQ(xml_test::Attributes(image),
+            "mn:ID=mn3 mn:Name=AE Lot5.pdf mn:Count=0 mn:Type=AE mn:Orientation=1 mn:H=42.5 mn:Devise=EUR ");
   const auto pages = XmlSelectNodes(image, "mn:iPage");
   ASSERT_EQ(pages.size(), 3u);
-  EXPECT_STREQ(pages[1].attribute("mn:ID").value(), "2");
-  EXPECT_STREQ(pages[1].attribute("mn:Width").value(), "2480.5");
-  EXPECT_STREQ(pages[1].attribute("mn:Height").value(), "3508");
-  EXPECT_STREQ(pages[1].attribute("mn:XRes").value(), "300");
-  EXPECT_STREQ(pages[1].attribute("mn:YRes").value(), "301");
+  EXPECT_EQ(xml_test::Attributes(pages[1]), "mn:ID=2 mn:Width=2480.5 mn:Height=3508 mn:XRes=300 mn:YRes=301 ");
   EXPECT_FALSE(image.child("mn:iFont"));
   EXPECT_FALSE(image.child("mn:iCol"));
 
   // The saved catalogue reads back with the act.
-  auto reread = std::make_shared<cMarquage>();
-  ASSERT_NE(reread->XML_ReadCNF(kPath), nullptr);
+  auto reread = Read(kPath);
   EXPECT_EQ(reread->Item("mn3")->Type_Document, "AE");
   EXPECT_EQ(reread->Item("mn3")->Pages.Count(), 3);
 }
@@ -241,9 +211,7 @@ TEST_F(EngagementTest, Failures) {
 
 TEST_F(EngagementTest, ActOfTheHandWrittenTender) {
   // The tender's catalogue already holds its act mn3.
-  platform_->SetFileBytes(kPath, ReadDataFile("ecriture_lot3.xml"));
-  auto catalogue = std::make_shared<cMarquage>();
-  ASSERT_NE(catalogue->XML_ReadCNF(kPath), nullptr);
+  auto catalogue = ReadCatalogue(xml_test::DataFile("ecriture_lot3.xml"));
   auto act = NewAct();
   FixedImagePdf pdf("AE Lot3 v2.pdf", {{1653, 2339, 200, 200}});
   ASSERT_NE(catalogue->XML_AddNewAE(act, pdf), nullptr);

@@ -11,21 +11,13 @@
 #include <memory>
 #include <sstream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 
-#include "mandor/fields/champ.h"
-#include "mandor/model/mandor.h"
-#include "mandor/model/page.h"
-#include "mandor/model/regle.h"
-#include "mandor/util/number.h"
 #include "mandor/util/platform.h"
-#include "mandor/xml/marquage.h"
-#include "mandor/xml/workbook.h"
-#include "mandor/xml/xml_access.h"
+#include "tests/xml/xml_test_util.h"
 
 namespace mandor {
 namespace {
@@ -88,13 +80,6 @@ std::vector<std::string> ExpectedCsv(const pugi::xml_node& table) {
   return lines;
 }
 
-std::shared_ptr<CRegle> Ruler(const Collection<CRegle>& rulers, const std::string& nom) {
-  for (const auto& regle : rulers) {
-    if (regle->Nom == nom) return regle;
-  }
-  return nullptr;
-}
-
 class LibreOfficeTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -143,16 +128,8 @@ TEST_F(LibreOfficeTest, SavedCatalogueOpensWithTheModelsRowsAndNames) {
   regle->Level = 2;
   page->Regles_H.Add(regle, "00099");
   dqe->Regles_H.Add(regle, "00099");
-  for (const auto& [nom, ruler, page_number] : std::vector<std::tuple<std::string, std::shared_ptr<CRegle>, int16_t>>{
-           {"1.3_PU", regle, 1}, {"2.1_PU", Ruler(dqe->Regles_H, "2.1"), 2}}) {
-    auto champ = std::make_shared<CChamp>();
-    champ->oOwnerMandor(dqe);
-    champ->Nom(nom);
-    champ->oRegleH(ruler);
-    champ->oRegleV(Ruler(dqe->Regles_V, "PU"));
-    champ->Page = page_number;
-    dqe->Champs.Add(champ, nom);
-  }
+  xml_test::AddField(dqe, "1.3_PU", regle, xml_test::Ruler(dqe->Regles_V, "PU"), 1);
+  xml_test::AddField(dqe, "2.1_PU", xml_test::Ruler(dqe->Regles_H, "2.1"), xml_test::Ruler(dqe->Regles_V, "PU"), 2);
   dqe->Champs.Item("1.2_PU")->SupprimerDuDocument("1.2_PU");
   dqe->Champs.Item("1.1_Qté")->Décimales(1);
   ASSERT_TRUE(dqe->SauvegarderMarquageXml(dqe));

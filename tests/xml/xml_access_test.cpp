@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <memory>
 #include <sstream>
@@ -17,11 +16,13 @@
 #include "mandor/xml/workbook.h"
 #include "mandor/xml/xml_access.h"
 #include "tests/test_util.h"
+#include "tests/xml/xml_test_util.h"
 
 namespace mandor {
 namespace {
 
 using test_util::ErrorNumberOf;
+using xml_test::DataFile;
 
 constexpr char kSmallWorkbook[] =
     "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
@@ -33,12 +34,6 @@ constexpr char kSmallWorkbook[] =
     "<Row><mn:iRow mn:ID=\"mn2\"/><Cell ss:Index=\"2\"/><Cell ss:Index=\"4\"/><Cell ss:Index=\"10\"/></Row>"
     "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\"/><Cell ss:Index=\"1\"/></Row>"
     "</Table></Worksheet></Workbook>";
-
-std::string DataFile(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 std::string Serialized(const pugi::xml_node& node) {
   std::ostringstream out;

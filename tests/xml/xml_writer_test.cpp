@@ -1,7 +1,6 @@
 // Saving a document into its catalogue workbook (Mandor::SauvegarderMarquageXml).
 
 #include <chrono>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -10,97 +9,28 @@
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 
-#include "mandor/fields/champ.h"
-#include "mandor/model/mandor.h"
-#include "mandor/model/page.h"
-#include "mandor/model/regle.h"
-#include "mandor/util/memory_platform.h"
-#include "mandor/util/number.h"
-#include "mandor/xml/marquage.h"
-#include "mandor/xml/workbook.h"
-#include "mandor/xml/xml_access.h"
 #include "tests/test_util.h"
+#include "tests/xml/xml_test_util.h"
 
 namespace mandor {
 namespace {
 
+using xml_test::AddField;
+using xml_test::Attributes;
+using xml_test::DataFile;
+using xml_test::Describe;
+using xml_test::Ruler;
+
 constexpr const char* kPath = "lots/lot3.xml";
 constexpr const char* kSheet = "Workbook/Worksheet[@ss:Name='Lot 3 Électricité']/Table";
 
-std::string ReadDataFile(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
-
-// One line per field, ruler, column and page of a document, with everything
-// a save must keep, so that two readings can be compared as a whole.
-std::string Describe(const Mandor& doc) {
-  std::ostringstream out;
-  const auto font = [](const std::shared_ptr<CFont>& f) {
-    if (!f) return std::string("-");
-    return f->Name() + "/" + std::to_string(f->Size()) + "/" + std::to_string(f->Bold()) + std::to_string(f->Italic()) +
-           "/" + std::to_string(f->Color());
-  };
-  out << doc.Id << " " << doc.Nom_Document() << " " << doc.Type_Document << " dec=" << doc.Decimales
-      << " devise=" << doc.Devise() << " h=" << doc.HauteurChamp << " font=" << font(doc.Font()) << "\n";
-  for (const auto& page : doc.Pages) {
-    out << " page " << page->Id << " " << page->Width << "x" << page->Height << " " << page->hResolution() << "/"
-        << page->vResolution() << " fields=" << page->Champs.Count() << "\n";
-    for (const auto& regle : page->Regles_H) {
-      out << "  row " << regle->Nom << " y=" << regle->Position_pixel_Y << " h=" << regle->hauteur_pixel
-          << " type=" << regle->TypeLigne << " level=" << regle->Level << " font=" << font(regle->Font()) << "\n";
-    }
-  }
-  for (const auto& regle : doc.Regles_V) {
-    out << " col " << regle->Nom << " x=" << regle->Position_pixel_X << " w=" << regle->WidthChamp()
-        << " dec=" << regle->Décimales << " print=" << regle->Imprimable << " font=" << font(regle->Font()) << "\n";
-  }
-  for (const auto& champ : doc.Champs) {
-    out << " field " << champ->Nom() << " p" << champ->Page << " [" << champ->Position_pixel_Left << ","
-        << champ->Position_pixel_Top << "," << champ->Position_pixel_Right << "," << champ->Position_pixel_Bottom
-        << "] type=" << champ->Type_Champ() << " dec=" << champ->Décimales() << " print=" << champ->Imprimable()
-        << " f=" << champ->Formule() << " sub=" << champ->SubName << " v=" << champ->valeur()
-        << " rec=" << champ->Recurrent() << " dc=" << champ->IsDataContrat() << " label=" << champ->Label()
-        << " font=" << font(champ->Font()) << "\n";
-  }
-  for (const auto& champ : doc.ChampsRecurrents) out << " recurrent " << champ->Nom() << "\n";
-  for (const auto& champ : doc.champsDataContrat) out << " contract " << champ->Nom() << "\n";
-  return out.str();
-}
-
-std::string Describe(const cMarquage& catalogue) {
-  std::string all;
-  for (const auto& doc : catalogue) all += Describe(*doc);
-  return all;
-}
-
-// Rulers are keyed by their Id; tests look them up by name.
-std::shared_ptr<CRegle> Ruler(const Collection<CRegle>& rulers, const std::string& nom) {
-  for (const auto& regle : rulers) {
-    if (regle->Nom == nom) return regle;
-  }
-  return nullptr;
-}
-
-class XmlWriterTest : public ::testing::Test {
+class XmlWriterTest : public xml_test::CatalogueFixture {
  protected:
-  void SetUp() override { platform_->SetFileBytes(kPath, ReadDataFile("ecriture_lot3.xml")); }
-
-  std::shared_ptr<cMarquage> Read() {
-    auto catalogue = std::make_shared<cMarquage>();
-    EXPECT_NE(catalogue->XML_ReadCNF(kPath), nullptr);
-    return catalogue;
-  }
+  void SetUp() override { platform_->SetFileBytes(kPath, DataFile("ecriture_lot3.xml")); }
+  std::shared_ptr<cMarquage> Read() { return CatalogueFixture::Read(kPath); }
   static bool Save(std::shared_ptr<Mandor> doc) { return doc->SauvegarderMarquageXml(doc); }
-  std::string Bytes() const { return platform_->FileBytes(kPath).value_or(""); }
-  // The saved file, parsed.
-  std::unique_ptr<WorkbookDocument> Saved() const {
-    auto workbook = std::make_unique<WorkbookDocument>();
-    EXPECT_TRUE(workbook->LoadFromBytes(Bytes()));
-    return workbook;
-  }
+  std::string Bytes() const { return CatalogueFixture::Bytes(kPath); }
+  std::unique_ptr<WorkbookDocument> Saved() const { return CatalogueFixture::Saved(kPath); }
   static pugi::xml_node Select(const WorkbookDocument& workbook, const std::string& query) {
     return XmlSelectNode(workbook.document(), query);
   }
@@ -110,26 +40,46 @@ class XmlWriterTest : public ::testing::Test {
   static std::string ICellQuery(const std::string& id, const std::string& name) {
     return std::string(kSheet) + "/Row/Cell/mn:iCell[@mn:ID='" + id + "' and @mn:Name='" + name + "']";
   }
-
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
 };
 
-TEST_F(XmlWriterTest, ReadAndSavedCatalogueKeepsEverything) {
+TEST_F(XmlWriterTest, SavedCataloguesReadBackTheSameAndSaveAgainToTheSameBytes) {
   // In either locale: numbers are written with a point and read with both.
-  const std::string original = Bytes();
-  for (const Locale& locale : {Locale::Comma(), Locale::Point()}) {
-    platform_->SetLocale(locale);
-    platform_->SetFileBytes(kPath, original);
-    auto catalogue = Read();
-    ASSERT_EQ(catalogue->Count(), 3);
-    const std::string before = Describe(*catalogue);
-    for (const auto& doc : *catalogue) EXPECT_TRUE(Save(doc)) << doc->Id;
-    EXPECT_TRUE(platform_->messages().empty());
-    auto again = Read();
-    EXPECT_EQ(Describe(*again), before) << locale.decimal_separator;
+  // tender.xml has a "mn:RefersTo" row, a type-3 field, a data contract on the
+  // act and a currency given as an empty text.
+  for (const char* file : {"ecriture_lot3.xml", "tender.xml"}) {
+    const std::string original = DataFile(file);
+    for (const Locale& locale : {Locale::Comma(), Locale::Point()}) {
+      SCOPED_TRACE(std::string(file) + " " + locale.decimal_separator);
+      platform_->SetLocale(locale);
+      platform_->SetFileBytes(kPath, original);
+      auto catalogue = Read();
+      ASSERT_EQ(catalogue->Count(), 3);
+      const std::string before = Describe(*catalogue);
+      // One document saved twice, then all of them, then all of a new reading.
+      ASSERT_TRUE(Save(catalogue->Item(1)));
+      const std::string one = Bytes();
+      ASSERT_TRUE(Save(catalogue->Item(1)));
+      EXPECT_EQ(Bytes(), one);
+      for (const auto& doc : *catalogue) ASSERT_TRUE(Save(doc)) << doc->Id;
+      const std::string all = Bytes();
+      auto again = Read();
+      EXPECT_EQ(Describe(*again), before);
+      for (const auto& doc : *again) ASSERT_TRUE(Save(doc));
+      EXPECT_EQ(Bytes(), all);
+      EXPECT_TRUE(platform_->messages().empty());
+    }
   }
+  // The tender's row that refers to L1 for mn2 keeps its field and its reference.
+  auto tender = Saved();
+  const pugi::xml_node lettres =
+      Select(*tender, "Workbook/Worksheet/Table/Row/Cell/mn:iCell[@mn:ID='mn2' and @mn:Name='L1_PULettres']");
+  ASSERT_TRUE(lettres);
+  EXPECT_STREQ(lettres.parent().parent().child("mn:iRow").attribute("mn:RefersTo").value(), "L1");
+  EXPECT_STREQ(lettres.attribute("mn:Y").value(), "650");
 
+  platform_->SetFileBytes(kPath, DataFile("ecriture_lot3.xml"));
+  auto lot3 = Read();
+  for (const auto& doc : *lot3) ASSERT_TRUE(Save(doc));
   // The parts the reader works around are still in the file.
   auto saved = Saved();
   const pugi::xml_node image = Select(*saved, "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']");
@@ -143,63 +93,17 @@ TEST_F(XmlWriterTest, ReadAndSavedCatalogueKeepsEverything) {
   EXPECT_STREQ(Select(*saved, ICellQuery("mn1", "1.1_PU")).parent().child("NamedCell").attribute("ss:Name").value(),
                "PU");
   EXPECT_STREQ(Select(*saved, ICellQuery("mn3", "TOTAL_Montant")).parent().child("Data").text().get(), "575.4");
-
   // What the model does not own is carried through.
   const std::string bytes = Bytes();
-  EXPECT_NE(bytes.find("<?mso-application progid=\"Excel.Sheet\"?>"), std::string::npos);
-  EXPECT_NE(bytes.find("<!-- Appel d'offres 2024-17, lot 3 : DQE, BPU et acte d'engagement -->"), std::string::npos);
-  EXPECT_NE(bytes.find("<NumberFormat ss:Format=\"#,##0.00\"/>"), std::string::npos);
-  EXPECT_NE(bytes.find("<Author>Service des marchés</Author>"), std::string::npos);
-  EXPECT_NE(bytes.find("xmlns:mn=\"urn:schemas-mandor:marquage\""), std::string::npos);
-  EXPECT_TRUE(Select(*saved, "Workbook/Worksheet[@ss:Name='Notes']/Table/Row/Cell/Data"));
+  for (const char* kept : {"<?mso-application progid=\"Excel.Sheet\"?>",
+                           "<!-- Appel d'offres 2024-17, lot 3 : DQE, BPU et acte d'engagement -->",
+                           "<NumberFormat ss:Format=\"#,##0.00\"/>", "<Author>Service des marchés</Author>",
+                           "xmlns:mn=\"urn:schemas-mandor:marquage\""}) {
+    EXPECT_NE(bytes.find(kept), std::string::npos) << kept;
+  }
   EXPECT_STREQ(Select(*saved, "Workbook/Worksheet[@ss:Name='Notes']/Table/Row/Cell/Data").text().get(),
                "Visite de site le 14 mars");
   EXPECT_STREQ(Select(*saved, kSheet).attribute("ss:ExpandedRowCount").value(), "5");
-}
-
-TEST_F(XmlWriterTest, OtherTenderCatalogueRoundTrips) {
-  // The reader's own sample: a "mn:RefersTo" row, a type-3 field, a data
-  // contract on the act, a currency given as an empty text.
-  const std::string original = ReadDataFile("tender.xml");
-  ASSERT_FALSE(original.empty());
-  for (const Locale& locale : {Locale::Point(), Locale::Comma()}) {
-    platform_->SetLocale(locale);
-    platform_->SetFileBytes(kPath, original);
-    auto catalogue = Read();
-    ASSERT_EQ(catalogue->Count(), 3);
-    const std::string before = Describe(*catalogue);
-    for (const auto& doc : *catalogue) ASSERT_TRUE(Save(doc)) << doc->Id;
-    const std::string first = Bytes();
-    EXPECT_EQ(Describe(*Read()), before) << locale.decimal_separator;
-    for (const auto& doc : *catalogue) ASSERT_TRUE(Save(doc)) << doc->Id;
-    EXPECT_EQ(Bytes(), first);
-    auto saved = Saved();
-    // The row that refers to L1 for mn2 keeps its field and its reference.
-    const pugi::xml_node lettres =
-        Select(*saved, "Workbook/Worksheet/Table/Row/Cell/mn:iCell[@mn:ID='mn2' and @mn:Name='L1_PULettres']");
-    ASSERT_TRUE(lettres);
-    EXPECT_STREQ(lettres.parent().parent().child("mn:iRow").attribute("mn:RefersTo").value(), "L1");
-    EXPECT_STREQ(lettres.attribute("mn:Y").value(), "650");
-  }
-}
-
-TEST_F(XmlWriterTest, SecondSaveIsAFixedPoint) {
-  auto catalogue = Read();
-  auto dqe = catalogue->Item("mn1");
-  ASSERT_TRUE(Save(dqe));
-  const std::string first = Bytes();
-  ASSERT_TRUE(Save(dqe));
-  EXPECT_EQ(Bytes(), first);
-
-  // Reading the saved file back and saving again changes nothing either.
-  auto reread = Read();
-  ASSERT_TRUE(Save(reread->Item("mn1")));
-  EXPECT_EQ(Bytes(), first);
-  for (const auto& doc : *reread) ASSERT_TRUE(Save(doc));
-  const std::string all = Bytes();
-  auto third = Read();
-  for (const auto& doc : *third) ASSERT_TRUE(Save(doc));
-  EXPECT_EQ(Bytes(), all);
 }
 
 TEST_F(XmlWriterTest, ChangedFieldIsRewrittenInItsCell) {
@@ -216,10 +120,9 @@ TEST_F(XmlWriterTest, ChangedFieldIsRewrittenInItsCell) {
   auto saved = Saved();
   ASSERT_EQ(Count(*saved, ICellQuery("mn1", "1.1_PU")), 1u);
   const pugi::xml_node icell = Select(*saved, ICellQuery("mn1", "1.1_PU"));
-  EXPECT_STREQ(icell.attribute("mn:X").value(), "1190");
-  EXPECT_FALSE(icell.attribute("mn:W"));  // the width is the column's
-  EXPECT_STREQ(icell.attribute("mn:Dec").value(), "3");
-  EXPECT_STREQ(icell.attribute("mn:Formula").value(), "Montant/Qté");
+  // No "mn:W": the width is the column's.
+  EXPECT_EQ(Attributes(icell), "mn:Name=1.1_PU mn:ID=mn1 mn:Page=1 mn:X=1190 mn:iPrint=1 mn:Type=1 mn:Dec=3 "
+                               "mn:SubName=Prix unitaire mn:subName=Prix unitaire mn:Formula=Montant/Qté ");
   EXPECT_STREQ(icell.parent().child("NamedCell").attribute("ss:Name").value(), "PU");
   // The other document's element in the same cell is untouched.
   const pugi::xml_node other = Select(*saved, ICellQuery("mn2", "1.1_PU"));
@@ -250,12 +153,7 @@ TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
   page->Regles_H.Add(regle, regle->Id);
   dqe->Regles_H.Add(regle, regle->Id);
 
-  auto champ = std::make_shared<CChamp>();
-  champ->oOwnerMandor(dqe);
-  champ->Nom("1.3_PU");
-  champ->oRegleH(regle);
-  champ->oRegleV(Ruler(dqe->Regles_V, "PU"));
-  champ->Page = 1;
+  auto champ = AddField(dqe, "1.3_PU", regle, Ruler(dqe->Regles_V, "PU"), 1);
   champ->Position_pixel_Left = 1180.5f;
   champ->Position_pixel_Right = 1180.5f + 160;
   champ->Position_pixel_Top = 640;
@@ -263,10 +161,8 @@ TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
   champ->Imprimable(-1);
   champ->Type_Champ(1);
   champ->Décimales(2);
-  dqe->Champs.Add(champ, champ->Nom());
   page->Champs.Add(champ, champ->Nom());
-
-  ASSERT_TRUE(Save(dqe)) << (platform_->messages().empty() ? "" : platform_->messages().back().text);
+  ASSERT_TRUE(Save(dqe)) << LastMessage();
   auto saved = Saved();
   const pugi::xml_node table = Select(*saved, kSheet);
   EXPECT_STREQ(table.attribute("ss:ExpandedRowCount").value(), "6");
@@ -284,8 +180,7 @@ TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
       Select(*saved, "Workbook/Worksheet/Names/NamedRange[@ss:Name='P_0_1.3']").attribute("ss:RefersTo").value(),
       "='Lot 3 Électricité'!R6C1");
   const pugi::xml_node irow = XmlSelectNode(row, "mn:iRow[@mn:ID='mn1' and @mn:Name='1.3']");
-  EXPECT_STREQ(irow.attribute("mn:Y").value(), "640");
-  EXPECT_STREQ(irow.attribute("mn:Page").value(), "1");
+  EXPECT_EQ(Attributes(irow), "mn:ID=mn1 mn:Name=1.3 mn:Y=640 mn:Page=1 ");
   EXPECT_STREQ(irow.child("mn:iFont").attribute("mn:I").value(), "1");
   // The field's cell sits in the PU column.
   const pugi::xml_node cell = Select(*saved, ICellQuery("mn1", "1.3_PU")).parent();
@@ -310,23 +205,8 @@ TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
 }
 
 TEST_F(XmlWriterTest, RowsGoToTheMarkingWorksheetAndKeepItValid) {
-  // The marking worksheet is the second one, its "NumP" column is 3 and its
-  // reference names no sheet, the table states no row count, the one row
-  // starts at 4 and has no line record, and a stale "P_0_L2" name exists.
-  platform_->SetFileBytes(
-      kPath,
-      "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
-      "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
-      "<mn:MANDOR mn:Name=\"Feuille d'offre\"><mn:Image mn:ID=\"mn1\" mn:Name=\"Devis.pdf\" mn:Type=\"DQE\" "
-      "mn:Orientation=\"0\" mn:H=\"30\"><mn:iCol mn:Name=\"Prix\" mn:Dec=\"2\" mn:X=\"500\" mn:W=\"100\"/>"
-      "<mn:iPage mn:ID=\"1\"/></mn:Image></mn:MANDOR>"
-      "<Worksheet ss:Name=\"Autre\"><Table><Row><Cell><Data ss:Type=\"String\">ailleurs</Data></Cell></Row>"
-      "</Table></Worksheet>"
-      "<Worksheet ss:Name=\"Feuille d'offre\"><Names><NamedRange ss:Name=\"NumP\" ss:RefersTo=\"C3\"/>"
-      "<NamedRange ss:Name=\"Prix\" ss:RefersTo=\"='Feuille d''offre'!C5\"/>"
-      "<NamedRange ss:Name=\"P_0_L2\" ss:RefersTo=\"='Feuille d''offre'!R99C3\"/></Names>"
-      "<Table><Row ss:Index=\"4\"><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Y=\"100\" mn:Page=\"1\"/>"
-      "<Cell ss:Index=\"3\"><Data ss:Type=\"String\">L1</Data></Cell></Row></Table></Worksheet></Workbook>");
+  // See the comment in the file.
+  platform_->SetFileBytes(kPath, DataFile("second_sheet.xml"));
   auto catalogue = Read();
   auto doc = catalogue->Item("mn1");
   ASSERT_NE(Ruler(doc->Regles_H, "L1"), nullptr);
@@ -335,14 +215,8 @@ TEST_F(XmlWriterTest, RowsGoToTheMarkingWorksheetAndKeepItValid) {
   regle->Nom = "L2";
   regle->Position_pixel_Y = 140;
   page->Regles_H.Add(regle, "00002");
-  auto champ = std::make_shared<CChamp>();
-  champ->oOwnerMandor(doc);
-  champ->Nom("L2_Prix");
-  champ->oRegleH(regle);
-  champ->oRegleV(Ruler(doc->Regles_V, "Prix"));
-  champ->Page = 1;
-  doc->Champs.Add(champ, champ->Nom());
-  ASSERT_TRUE(Save(doc)) << (platform_->messages().empty() ? "" : platform_->messages().back().text);
+  AddField(doc, "L2_Prix", regle, Ruler(doc->Regles_V, "Prix"), 1);
+  ASSERT_TRUE(Save(doc)) << LastMessage();
 
   auto saved = Saved();
   const std::string sheet = "Workbook/Worksheet[@ss:Name=\"Feuille d'offre\"]";
@@ -367,15 +241,7 @@ TEST_F(XmlWriterTest, NewFieldFindsOrInsertsTheCellOfItsColumn) {
   // Row 2.1 has cells in columns 1 to 4 and 6: a PU cell goes between them.
   auto catalogue = Read();
   auto dqe = catalogue->Item("mn1");
-  auto regle = Ruler(dqe->Regles_H, "2.1");
-  ASSERT_NE(regle, nullptr);
-  auto champ = std::make_shared<CChamp>();
-  champ->oOwnerMandor(dqe);
-  champ->Nom("2.1_PU");
-  champ->oRegleH(regle);
-  champ->oRegleV(Ruler(dqe->Regles_V, "PU"));
-  champ->Page = 2;
-  dqe->Champs.Add(champ, champ->Nom());
+  AddField(dqe, "2.1_PU", Ruler(dqe->Regles_H, "2.1"), Ruler(dqe->Regles_V, "PU"), 2);
   ASSERT_TRUE(Save(dqe));
 
   auto saved = Saved();
@@ -389,16 +255,9 @@ TEST_F(XmlWriterTest, NewFieldFindsOrInsertsTheCellOfItsColumn) {
 
   // In a row whose cells carry no index, the cell of a column is found by
   // counting; no cell is added.
-  auto regle12 = Ruler(dqe->Regles_H, "1.2");
-  auto before = std::make_shared<CChamp>();
-  before->oOwnerMandor(dqe);
-  before->Nom("1.2_Désignation");
-  before->oRegleH(regle12);
   auto designation = std::make_shared<CRegle>();
   designation->Nom = "Désignation";
-  before->oRegleV(designation);
-  before->Page = 1;
-  dqe->Champs.Add(before, before->Nom());
+  AddField(dqe, "1.2_Désignation", Ruler(dqe->Regles_H, "1.2"), designation, 1);
   ASSERT_TRUE(Save(dqe));
   auto resaved = Saved();
   const pugi::xml_node cell = Select(*resaved, ICellQuery("mn1", "1.2_Désignation")).parent();
@@ -426,16 +285,12 @@ TEST_F(XmlWriterTest, PageLevelFieldsGoUnderTheirPage) {
   auto catalogue = Read();
   auto dqe = catalogue->Item("mn1");
   const auto add = [&](const std::string& nom, int16_t page, bool recurrent) {
-    auto champ = std::make_shared<CChamp>();
-    champ->oOwnerMandor(dqe);
-    champ->Nom(nom);
-    champ->Page = page;
+    auto champ = AddField(dqe, nom, nullptr, nullptr, page);
     champ->Position_pixel_Left = 100;
     champ->Position_pixel_Right = 300;
     champ->Position_pixel_Top = 2000;
     champ->Position_pixel_Bottom = 2040;
     champ->Recurrent(recurrent);
-    dqe->Champs.Add(champ, nom);
     return champ;
   };
   add("TA12", 1, false);
@@ -445,7 +300,7 @@ TEST_F(XmlWriterTest, PageLevelFieldsGoUnderTheirPage) {
   worksheet_field->oRegleH(Ruler(dqe->Regles_H, "1.1"));
   worksheet_field->oRegleV(Ruler(dqe->Regles_V, "Montant"));
   add("ta3", 1, false);  // lower case: not a page-level name, and no rulers
-  ASSERT_TRUE(Save(dqe)) << (platform_->messages().empty() ? "" : platform_->messages().back().text);
+  ASSERT_TRUE(Save(dqe)) << LastMessage();
 
   auto saved = Saved();
   const std::string image = "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']";
@@ -511,39 +366,30 @@ TEST_F(XmlWriterTest, DataContractFields) {
   auto saved = Saved();
   const std::string contract = "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn1']/mn:DataContrat/mn:iCell";
   pugi::xml_node node = Select(*saved, contract + "[@mn:Name='MontantTotal']");
-  EXPECT_STREQ(node.attribute("mn:Value").value(), "12345,67");
-  EXPECT_STREQ(node.attribute("mn:Label").value(), "Montant total HT");
-  EXPECT_STREQ(node.attribute("mn:Optional").value(), "0");
-  EXPECT_STREQ(node.attribute("mn:Groupe").value(), "Offre");
-  EXPECT_STREQ(node.attribute("mn:ToReport").value(), "AE");
+  EXPECT_EQ(Attributes(node),
+            "mn:Name=MontantTotal mn:ID=mn1 mn:Page=2 mn:X=1370 mn:Y=2200 mn:W=200 mn:H=40 mn:iPrint=1 mn:Type=1 "
+            "mn:Label=Montant total HT mn:Optional=0 mn:Groupe=Offre mn:ToReport=AE mn:Value=12345,67 mn:Dec=0 ");
   EXPECT_EQ(Count(*saved, ICellQuery("mn1", "MontantTotal")), 0u);  // never in the worksheet
 
   champ->valeur("13000");
   champ->IsOptional(true);
   champ->Label("Total HT du lot");
-  auto added = std::make_shared<CChamp>();
-  added->oOwnerMandor(dqe);
-  added->Nom("DelaiExecution");
+  auto added = AddField(dqe, "DelaiExecution", nullptr, nullptr, 1);
   added->IsDataContrat(true);
-  added->Page = 1;
   added->valeur("6 mois");
-  dqe->Champs.Add(added, added->Nom());
   dqe->champsDataContrat.Add(added, added->Nom());
   ASSERT_TRUE(Save(dqe));
   saved = Saved();
   node = Select(*saved, contract + "[@mn:Name='MontantTotal']");
-  EXPECT_STREQ(node.attribute("mn:Value").value(), "13000");
-  EXPECT_STREQ(node.attribute("mn:Optional").value(), "1");
-  EXPECT_STREQ(node.attribute("mn:Label").value(), "Total HT du lot");
+  EXPECT_EQ(Attributes(node),
+            "mn:Name=MontantTotal mn:ID=mn1 mn:Page=2 mn:X=1370 mn:Y=2200 mn:W=200 mn:H=40 mn:iPrint=1 "
+            "mn:Type=1 mn:Label=Total HT du lot mn:Optional=1 mn:Groupe=Offre mn:ToReport=AE mn:Value=13000 mn:Dec=0 ");
   EXPECT_STREQ(Select(*saved, contract + "[@mn:Name='DelaiExecution']").attribute("mn:Value").value(), "6 mois");
 
   // A document without mn:DataContrat saves without one.
   auto bpu = catalogue->Item("mn2");
-  auto loose = std::make_shared<CChamp>();
-  loose->oOwnerMandor(bpu);
-  loose->Nom("Remise");
+  auto loose = AddField(bpu, "Remise", nullptr, nullptr, 0);
   loose->IsDataContrat(true);
-  bpu->Champs.Add(loose, "Remise");
   bpu->champsDataContrat.Add(loose, "Remise");
   ASSERT_TRUE(Save(bpu));
   EXPECT_EQ(Count(*Saved(), "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn2']/mn:DataContrat"), 0u);
@@ -633,11 +479,7 @@ TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
   // The cells step cannot resume: its error reaches the caller, no message,
   // no file written.
   platform_->SetFileBytes(kPath, original);
-  auto lost = std::make_shared<CChamp>();
-  lost->oOwnerMandor(dqe);
-  lost->Nom("TA9");
-  lost->Page = 7;  // no such mn:iPage
-  dqe->Champs.Add(lost, "TA9");
+  AddField(dqe, "TA9", nullptr, nullptr, 7);  // no such mn:iPage
   EXPECT_EQ(test_util::ErrorNumberOf([&] { Save(dqe); }), 91);
   EXPECT_TRUE(platform_->messages().empty());
   EXPECT_EQ(Bytes(), original);

@@ -1,0 +1,141 @@
+// Helpers shared by the catalogue tests: data files, rulers and fields built
+// by hand, a one-text description of documents, and a fixture that holds a
+// catalogue file on an in-memory platform.
+#ifndef MANDOR_TESTS_XML_XML_TEST_UTIL_H_
+#define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "mandor/fields/champ.h"
+#include "mandor/model/mandor.h"
+#include "mandor/model/page.h"
+#include "mandor/model/regle.h"
+#include "mandor/util/memory_platform.h"
+#include "mandor/xml/marquage.h"
+#include "mandor/xml/workbook.h"
+#include "mandor/xml/xml_access.h"
+
+namespace mandor::xml_test {
+
+// The bytes of tests/data/xml/<name>.
+inline std::string DataFile(const std::string& name) {
+  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
+  EXPECT_TRUE(in.good()) << name;
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+// The attributes of an element as "name=value " pairs, in order.
+inline std::string Attributes(const pugi::xml_node& node) {
+  std::string out;
+  for (const pugi::xml_attribute& a : node.attributes()) out += std::string(a.name()) + "=" + a.value() + " ";
+  return out;
+}
+
+// Rulers are keyed by their Id; tests look them up by name.
+inline std::shared_ptr<CRegle> Ruler(const Collection<CRegle>& rulers, const std::string& nom) {
+  for (const auto& regle : rulers) {
+    if (regle->Nom == nom) return regle;
+  }
+  return nullptr;
+}
+
+// A new field of doc on the given rulers and page, added to doc->Champs.
+inline std::shared_ptr<CChamp> AddField(const std::shared_ptr<Mandor>& doc, const std::string& nom,
+                                        std::shared_ptr<CRegle> regle_h, std::shared_ptr<CRegle> regle_v,
+                                        int16_t page) {
+  auto champ = std::make_shared<CChamp>();
+  champ->oOwnerMandor(doc);
+  champ->Nom(nom);
+  if (regle_h) champ->oRegleH(regle_h);
+  if (regle_v) champ->oRegleV(regle_v);
+  champ->Page = page;
+  doc->Champs.Add(champ, nom);
+  return champ;
+}
+
+// One line per page, ruler and field of a document with everything a read
+// sets and a save must keep, so that readings compare as a whole.
+inline std::string Describe(const Mandor& doc) {
+  std::ostringstream out;
+  const auto font = [](const std::shared_ptr<CFont>& f) {
+    if (!f) return std::string("-");
+    return f->Name() + "/" + std::to_string(f->Size()) + "/" + std::to_string(f->Bold()) + std::to_string(f->Italic()) +
+           "/" + std::to_string(f->Color());
+  };
+  const auto name = [](const std::shared_ptr<CRegle>& r) { return r ? r->Nom : std::string("-"); };
+  out << doc.Id << " " << doc.Nom_Document() << " dir=" << doc.Répertoire_Document << " " << doc.Type_Document
+      << " or=" << doc.Orientation << " dec=" << doc.Decimales << " devise=" << doc.Devise() << " tva=" << doc.TVA
+      << " h=" << doc.HauteurChamp << " font=" << font(doc.Font()) << "\n";
+  for (const auto& page : doc.Pages) {
+    out << " page " << page->Id << " " << page->Width << "x" << page->Height << " " << page->hResolution() << "/"
+        << page->vResolution() << " fields=" << page->Champs.Count() << " rows=" << page->Regles_H.Count() << "\n";
+  }
+  for (const auto& regle : doc.Regles_H) {
+    out << " row " << regle->Id << " " << regle->Nom << " y=" << regle->Position_pixel_Y
+        << " h=" << regle->hauteur_pixel << " type=" << regle->TypeLigne << " level=" << regle->Level
+        << " print=" << regle->Imprimable
+        << " page=" << (regle->Page() ? regle->Page()->Id : "-") << " font=" << font(regle->Font())
+        << " color=" << regle->FontColor() << "\n";
+  }
+  for (const auto& regle : doc.Regles_V) {
+    out << " col " << regle->Id << " " << regle->Nom << " x=" << regle->Position_pixel_X << " w=" << regle->WidthChamp()
+        << " dec=" << regle->Décimales << " print=" << regle->Imprimable << " font=" << font(regle->Font())
+        << " bold=" << regle->Bold() << "\n";
+  }
+  for (const auto& champ : doc.Champs) {
+    const auto page = champ->oOwnerPage.lock();
+    out << " field " << champ->Nom() << " p" << champ->Page << "/" << (page ? page->Id : "-") << " ["
+        << champ->Position_pixel_Left << "," << champ->Position_pixel_Top << "," << champ->Position_pixel_Right << ","
+        << champ->Position_pixel_Bottom << "] on " << name(champ->oRegleH()) << "/" << name(champ->oRegleV())
+        << " anchor=" << champ->Accrochage_H() << ":" << champ->Accrochage_H_Type << "/" << champ->Accrochage_V()
+        << ":" << champ->Accrochage_V_Type() << " type=" << champ->Type_Champ() << " dec=" << champ->Décimales()
+        << " print=" << champ->Imprimable() << " f=" << champ->Formule() << " sub=" << champ->SubName
+        << " v=" << champ->valeur() << " rec=" << champ->Recurrent() << " dc=" << champ->IsDataContrat()
+        << " label=" << champ->Label() << " opt=" << champ->IsOptional() << " group=" << champ->Groupe()
+        << " report=" << champ->ToReport() << " font=" << font(champ->Font()) << " color=" << champ->FontColor()
+        << " back=" << champ->Transparent() << ":" << champ->BackColor() << "\n";
+  }
+  for (const auto& champ : doc.ChampsRecurrents) out << " recurrent " << champ->Nom() << "\n";
+  for (const auto& champ : doc.champsDataContrat) out << " contract " << champ->Nom() << "\n";
+  return out.str();
+}
+
+inline std::string Describe(const cMarquage& catalogue) {
+  std::string all;
+  for (const auto& doc : catalogue) all += Describe(*doc);
+  return all;
+}
+
+// An in-memory platform holding catalogue files.
+class CatalogueFixture : public ::testing::Test {
+ protected:
+  // Reads the catalogue at path (after storing bytes there, when given).
+  std::shared_ptr<cMarquage> Read(const std::string& path, const std::string* bytes = nullptr) {
+    if (bytes) platform_->SetFileBytes(path, *bytes);
+    auto catalogue = std::make_shared<cMarquage>();
+    EXPECT_EQ(catalogue->XML_ReadCNF(path), catalogue) << path;
+    return catalogue;
+  }
+  std::string Bytes(const std::string& path) const { return platform_->FileBytes(path).value_or(""); }
+  // The file at path, parsed.
+  std::unique_ptr<WorkbookDocument> Saved(const std::string& path) const {
+    auto workbook = std::make_unique<WorkbookDocument>();
+    EXPECT_TRUE(workbook->LoadFromBytes(Bytes(path)));
+    return workbook;
+  }
+  std::string LastMessage() const { return platform_->messages().empty() ? "" : platform_->messages().back().text; }
+
+  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope_{platform_};
+};
+
+}  // namespace mandor::xml_test
+
+#endif  // MANDOR_TESTS_XML_XML_TEST_UTIL_H_
