@@ -262,24 +262,9 @@ void CChamp::BackColor(int32_t v) { FontRef().BackColor(v); }
 int32_t CChamp::FontColor() const { return FontRef().Color(); }
 void CChamp::FontColor(int32_t v) { FontRef().Color(v); }
 
-uint8_t CChamp::Alignement() const {
-  const CFont& font = FontRef();
-  const std::string alignment = font.Alignment();
-  if (alignment == font.ALIGN_LEFT()) return 0;
-  if (alignment == font.ALIGN_RIGHT()) return 1;
-  if (alignment == font.ALIGN_CENTER()) return 2;
-  return 0;
-}
+uint8_t CChamp::Alignement() const { return FontRef().AlignmentCode(0); }
 
-void CChamp::Alignement(uint8_t v) {
-  CFont& font = FontRef();
-  switch (v) {
-    case 0: font.Alignment(font.ALIGN_LEFT()); break;
-    case 1: font.Alignment(font.ALIGN_RIGHT()); break;
-    case 2: font.Alignment(font.ALIGN_CENTER()); break;
-    default: break;
-  }
-}
+void CChamp::Alignement(uint8_t v) { FontRef().SetAlignmentCode(v); }
 
 void CChamp::SetFontPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont) {
   if (!oFont) ThrowObjectNotSet("no font given");

@@ -190,4 +190,21 @@ bool CFont::HasSet() const {
 #undef MANDOR_FONT_ATTRIBUTES
 #undef MANDOR_FONT_STYLE_ATTRIBUTES
 
+uint8_t CFont::AlignmentCode(uint8_t other) const {
+  const std::string alignment = Alignment();
+  if (alignment == ALIGN_LEFT()) return 0;
+  if (alignment == ALIGN_RIGHT()) return 1;
+  if (alignment == ALIGN_CENTER()) return 2;
+  return other;
+}
+
+void CFont::SetAlignmentCode(uint8_t code) {
+  switch (code) {
+    case 0: Alignment(ALIGN_LEFT()); break;
+    case 1: Alignment(ALIGN_RIGHT()); break;
+    case 2: Alignment(ALIGN_CENTER()); break;
+    default: break;
+  }
+}
+
 }  // namespace mandor

@@ -88,6 +88,12 @@ class CFont {
   std::string ALIGN_RIGHT() const { return "1"; }
   std::string ALIGN_CENTER() const { return "2"; }
 
+  // The alignment as the 8-bit code rulers and fields expose: 0 left,
+  // 1 right, 2 centre, or `other` when it is none of the three.
+  uint8_t AlignmentCode(uint8_t other) const;
+  // Sets the alignment from such a code; codes other than 0, 1, 2 change nothing.
+  void SetAlignmentCode(uint8_t code);
+
   // Packed style: 1 bold, 2 italic, 4 underline, 8 strike-through,
   // 16 left, 32 centre, 64 right alignment.
   int16_t Special() const;

@@ -48,22 +48,10 @@ void CRegle::Transparent(bool value) { font_->Transparent(value); }
 uint8_t CRegle::Alignement() const {
   // A ruler whose own font leaves the alignment unset reads as 3 ("other"),
   // unlike a field, which reads the inherited value.
-  if (!font_->HasAlignment()) return 3;
-  std::string a = font_->Alignment();
-  if (a == font_->ALIGN_LEFT()) return 0;
-  if (a == font_->ALIGN_RIGHT()) return 1;
-  if (a == font_->ALIGN_CENTER()) return 2;
-  return 3;
+  return font_->HasAlignment() ? font_->AlignmentCode(3) : 3;
 }
 
-void CRegle::Alignement(uint8_t value) {
-  switch (value) {
-    case 0: font_->Alignment(font_->ALIGN_LEFT()); break;
-    case 1: font_->Alignment(font_->ALIGN_RIGHT()); break;
-    case 2: font_->Alignment(font_->ALIGN_CENTER()); break;
-    default: break;
-  }
-}
+void CRegle::Alignement(uint8_t value) { font_->SetAlignmentCode(value); }
 
 void CRegle::SetPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont) {
   font_ = oFont;
