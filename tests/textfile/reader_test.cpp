@@ -55,9 +55,10 @@ std::vector<std::string> Replaced(std::vector<std::string> lines, const std::str
 }
 
 // A small extended marking (one vertical ruler, one page with one ruler and
-// two fields) and a standard one with the same content.
-std::vector<std::string> SmallXnf() { return DataLines("small.xnf"); }
-std::vector<std::string> SmallCnf() { return DataLines("small.cnf"); }
+// two fields) and a standard one with the same content, kept as UTF-8 text
+// templates that the tests edit before writing them in Windows-1252.
+std::vector<std::string> SmallXnf() { return DataLines("small.xnf.txt"); }
+std::vector<std::string> SmallCnf() { return DataLines("small.cnf.txt"); }
 
 // Names of a collection of fields, in order.
 std::vector<std::string> Names(const Collection<CChamp>& fields) {
