@@ -60,6 +60,19 @@ struct TextItem {
   Anchor anchor = Anchor::kStart;
 };
 
+// The bold name drawn beside a ruler line; u is the drawing's unit.
+TextItem RulerLabel(double x, double y, const std::string& name, double u, Rgb color) {
+  TextItem label;
+  label.x = x;
+  label.y = y;
+  label.text = name;
+  label.font = "sans-serif";
+  label.size = 12 * u;
+  label.bold = true;
+  label.color = color;
+  return label;
+}
+
 struct RectItem {
   double x = 0, y = 0, w = 0, h = 0;
   Rgb stroke;
@@ -346,29 +359,13 @@ Scene BuildScene(const Mandor& document, const CPage& page, int page_number, dou
           RectItem{x, 0, Clamp(ruler->largeur_pixel), scene.height, {}, 0, false, true, kVerticalRuler, 0.06});
     }
     scene.items.emplace_back(LineItem{x, 0, x, scene.height, kVerticalRuler, 1.5 * u, true});
-    TextItem label;
-    label.x = x + 3 * u;
-    label.y = 14 * u;
-    label.text = ruler->Nom;
-    label.font = "sans-serif";
-    label.size = 12 * u;
-    label.bold = true;
-    label.color = kVerticalRuler;
-    scene.items.emplace_back(label);
+    scene.items.emplace_back(RulerLabel(x + 3 * u, 14 * u, ruler->Nom, u, kVerticalRuler));
   }
   for (const std::shared_ptr<CRegle>& ruler : page.Regles_H) {
     if (!ruler || !Finite(ruler->Position_pixel_Y)) continue;
     const double y = Clamp(ruler->Position_pixel_Y);
     scene.items.emplace_back(LineItem{0, y, scene.width, y, kHorizontalRuler, 1.5 * u, true});
-    TextItem label;
-    label.x = 3 * u;
-    label.y = y - 3 * u;
-    label.text = ruler->Nom;
-    label.font = "sans-serif";
-    label.size = 12 * u;
-    label.bold = true;
-    label.color = kHorizontalRuler;
-    scene.items.emplace_back(label);
+    scene.items.emplace_back(RulerLabel(3 * u, y - 3 * u, ruler->Nom, u, kHorizontalRuler));
   }
   for (size_t i = 0; i < fields.size(); ++i) {
     if (boxes[i].w < 0) continue;
