@@ -23,15 +23,20 @@ class CalageTest : public TextFileTest {
     }
   }
 
+  // Type 1 calibration of a 2480 x 3508 pixel image on a sheet of the given size.
+  void UseSheet(float width_cm, float height_cm) {
+    doc_->Type_calage = 1;
+    doc_->image_pixels_largeur = 2480;
+    doc_->image_pixels_hauteur = 3508;
+    doc_->feuille_cm_largeur = width_cm;
+    doc_->feuille_cm_hauteur = height_cm;
+  }
+
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 
 TEST_F(CalageTest, SheetSizeGivesResolutionsFieldWidthAndFont) {
-  doc_->Type_calage = 1;
-  doc_->image_pixels_largeur = 2480;
-  doc_->image_pixels_hauteur = 3508;
-  doc_->feuille_cm_largeur = 21.0f;
-  doc_->feuille_cm_hauteur = 29.7f;
+  UseSheet(21.0f, 29.7f);
   doc_->champ_largeur_cm = 3.0f;
   doc_->image_OrigineX_cm = 0.5f;
   doc_->image_OrigineY_cm = 0.25f;
@@ -92,11 +97,7 @@ TEST_F(CalageTest, UnknownTypeIsReportedButNotAnError) {
 
 TEST_F(CalageTest, ErrorsStopTheComputationWithAMessage) {
   // Type 1 with no sheet width: division by zero; nothing after the failing step runs.
-  doc_->Type_calage = 1;
-  doc_->image_pixels_largeur = 2480;
-  doc_->image_pixels_hauteur = 3508;
-  doc_->feuille_cm_largeur = 0;
-  doc_->feuille_cm_hauteur = 29.7f;
+  UseSheet(0, 29.7f);
   doc_->résolution_papier_hauteur = 7;
   doc_->champ_largeur_pixels = 11;
   Compute(false, "ERREUR dans calculerParamètresCalage: Division by zero");
