@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <random>
@@ -14,6 +13,7 @@
 #include "mandor/textfile/format.h"
 #include "mandor/util/text.h"
 #include "mandor/xml/marquage.h"
+#include "tests/model/describe.h"
 #include "tests/test_util.h"
 #include "tests/textfile/textfile_test_util.h"
 
@@ -150,54 +150,22 @@ TEST_F(ReaderTest, FormatHelpers) {
 class ExtendedScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
 
 TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
+  // Every value read (calibration, fonts, sources, rulers, fields in reading
+  // order whatever the line order, inherited blank font columns, values
+  // brought to the locale, escaped formulas) is in the description.
   const bool comma = GetParam();
   platform_->SetLocale(comma ? Locale::Comma() : Locale::Point());
   PutDataXnf();
   ASSERT_TRUE(doc_->RestaurerMarquage());
   EXPECT_TRUE(platform_->messages().empty());
   EXPECT_EQ(platform_->OpenFileCount(), 0u);
-  EXPECT_EQ(doc_->Nom_Document(), kName);
+  test_util::ExpectDescribedAs(test_util::Describe(*doc_), std::string("textfile/bordereau.bpx.xnf.") +
+                                                               (comma ? "comma" : "point") + ".described.txt");
 
-  // [Calage], [Présentation], [Constantes]
-  EXPECT_EQ(std::make_tuple(doc_->Type_calage, doc_->Orientation, doc_->bFondGrise), std::make_tuple(2, 1, true));
-  EXPECT_EQ((std::vector<float>{doc_->X1_pixel, doc_->Y1_pixel, doc_->X1_cm, doc_->Y1_cm, doc_->X2_pixel,
-                                doc_->Y2_pixel, doc_->X2_cm, doc_->Y2_cm}),
-            (std::vector<float>{236, 354, 2, 3, 2244.5f, 3189, 19, 27.25f}));
-  EXPECT_FLOAT_EQ(doc_->feuille_cm_largeur, 0) << "keys absent from the section change nothing";
-  auto font = doc_->Font();
-  EXPECT_EQ(std::make_tuple(font->Name(), font->Size(), font->Italic(), font->Bold(), font->Underline(),
-                            font->StrikeThrough(), font->Color(), font->BackColor()),
-            std::make_tuple("Arial", 10, true, false, false, false, 8388608, 16777215));
-  EXPECT_EQ(doc_->Devise(), "EUR");
-  EXPECT_FLOAT_EQ(doc_->champ_largeur_cm, 3.5f);
-  EXPECT_EQ(doc_->Type_Document, "BPU");
-  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
-
-  // [Source]
-  ASSERT_EQ(doc_->Docs.Count(), 2);
-  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
-  EXPECT_EQ(doc_->Docs.Item(2)->Fichier, "quantités.csv");
-  EXPECT_EQ(doc_->Docs.Item(2)->Séparateur, ";");
-  EXPECT_EQ(doc_->FichierMDN, "Prix Lot 2.MDN");
-
-  // [Règles verticales]
-  ASSERT_EQ(doc_->Regles_V.Count(), 4);
-  EXPECT_EQ(doc_->Regles_V.Item(1)->Nom, "Désignation");
-  auto pu = doc_->RegleV("prix unitaire");
-  ASSERT_NE(pu, nullptr);
-  EXPECT_EQ(std::make_tuple(pu->Id, pu->Nom, pu->Position_pixel_X, pu->largeur_cm, pu->Décimales, pu->Imprimable),
-            std::make_tuple("00003", "Prix unitaire", 1520.5f, 3.5f, 2, 1));
-  EXPECT_TRUE(pu->isNewVersion());
-  EXPECT_EQ(pu->oOwnerMandor(), doc_);
-  auto montant = doc_->RegleV("Montant");
-  EXPECT_EQ(std::make_tuple(montant->FontName(), montant->FontSize(), montant->Bold()),
-            std::make_tuple("Times New Roman", 12, true));
-
-  // [Pages]: owners and numbers.
-  ASSERT_EQ(doc_->Pages.Count(), 3);
-  for (long p = 1; p <= 3; ++p) {
+  // Links: owners, rulers by identity, recurrent masters and their copies.
+  for (const auto& ruler : doc_->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc_);
+  for (long p = 1; p <= doc_->Pages.Count(); ++p) {
     auto page = doc_->Pages.Item(p);
-    EXPECT_EQ(doc_->Pages.Item("page_" + std::to_string(p)), page);
     EXPECT_EQ(page->oOwnerMandor.lock(), doc_);
     for (const auto& ruler : page->Regles_H) {
       EXPECT_EQ(ruler->Page(), page);
@@ -206,85 +174,18 @@ TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
     for (const auto& field : page->Champs) {
       EXPECT_EQ(field->oOwnerPage.lock(), page);
       EXPECT_EQ(field->oOwnerMandor(), doc_);
-      EXPECT_EQ(field->Page, p);
-      EXPECT_TRUE(field->isNewVersion());
+      if (!field->Accrochage_H().empty()) {
+        EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H()));
+      }
     }
   }
   auto page1 = doc_->Pages.Item(1);
-  EXPECT_FALSE(page1->NoImage);
-  EXPECT_TRUE(doc_->Pages.Item(3)->NoImage);
-  ASSERT_EQ(page1->Regles_H.Count(), 3);
-  EXPECT_FLOAT_EQ(page1->Regles_H.Item("L2")->Position_pixel_Y, 905);
-  EXPECT_TRUE(page1->Regles_H.Item("L3")->Italic());
-  EXPECT_EQ(doc_->Regles_H.Count(), 0) << "page rulers stay on their page";
-
-  // Fields in reading order (bottom, then right edge), whatever the line order.
-  EXPECT_EQ(Names(page1->Champs),
-            (std::vector<std::string>{"L1_Qté", "L1_Prix unitaire", "L1_Montant", "L2_Qté", "L2_Prix unitaire",
-                                      "L2_Montant", "L3_Qté", "L3_Prix unitaire", "L3_Montant"}));
-  auto qte = page1->Champs.Item("L1_Qté");
-  EXPECT_EQ(std::make_tuple(qte->Id, qte->NumChamp, qte->Accrochage_V(), qte->Accrochage_H(), qte->NomRegleV()),
-            std::make_tuple("001_00001", 1, "Qté", "L1", "Qté"));
-  EXPECT_EQ(qte->oRegleH(), page1->Regles_H.Item("L1"));
-  EXPECT_EQ(qte->oRegleV(), doc_->RegleV("Qté"));
-  EXPECT_EQ((std::vector<float>{qte->Position_pixel_Top, qte->Position_pixel_Bottom, qte->Position_pixel_Left,
-                                qte->Position_pixel_Right}),
-            (std::vector<float>{800, 850, 1250, 1500}));
-  EXPECT_EQ(std::make_tuple(qte->Décimales(), qte->Type_Champ(), qte->Imprimable(), qte->Transparent()),
-            std::make_tuple(2, 1, 1, false));
-  auto l1_montant = page1->Champs.Item("L1_Montant");
-  EXPECT_EQ(l1_montant->Formule(), "L1_Qté*L1_Prix unitaire");
-  EXPECT_EQ(std::make_tuple(l1_montant->FontName(), l1_montant->FontSize(), l1_montant->FontColor(),
-                            l1_montant->Bold()),
-            std::make_tuple("Times New Roman", 12, 255, true));
-  EXPECT_EQ(l1_montant->oRegleV(), montant);
-  EXPECT_EQ(page1->Champs.Item("L1_Prix unitaire")->FontColor(), 8388608) << "blank font columns inherit";
-  auto l3_qte = page1->Champs.Item("L3_Qté");
-  EXPECT_EQ(std::make_tuple(l3_qte->NumChamp, l3_qte->Italic(), l3_qte->Underligne(), l3_qte->Transparent()),
-            std::make_tuple(8, true, true, true));
-  EXPECT_EQ(page1->Champs.Item("L3_Montant")->NumChamp, 7);
-
-  // The value texts were written with decimal commas: that is the data's separator.
-  EXPECT_EQ(doc_->SepDecExt, ",");
-  if (comma) {
-    EXPECT_EQ(qte->InitialValue(), "12,50");
-    EXPECT_EQ(qte->valeur(), "12,50");
-    EXPECT_EQ(page1->Champs.Item("L2_Qté")->InitialValue(), "3") << "no decimals";
-    EXPECT_EQ(page1->Champs.Item("L2_Prix unitaire")->InitialValue(), "3,00") << "the last quantity carries on";
-    EXPECT_EQ(l3_qte->InitialValue(), std::string("1") + kNbsp + "250,5");
-    EXPECT_EQ(page1->Champs.Item("L3_Montant")->InitialValue(), std::string("1") + kNbsp + "250,50");
-  }
-
-  // Pages 2 and 3, the escaped formulas.
-  auto page2 = doc_->Pages.Item(2);
-  EXPECT_EQ(Names(page2->Champs), (std::vector<std::string>{"Report_Montant", "L1_Qté", "L1_Prix unitaire",
-                                                            "L1_Montant", "L2_Qté", "L2_Prix unitaire",
-                                                            "L2_Montant"}));
-  EXPECT_EQ(page2->Champs.Item("L1_Qté")->oRegleH(), page2->Regles_H.Item("L1"));
-  auto page3 = doc_->Pages.Item(3);
-  EXPECT_EQ(Names(page3->Champs),
-            (std::vector<std::string>{"Report_Montant", "Total_Désignation", "Total_Montant"}));
-  EXPECT_EQ(page3->Champs.Item("Total_Montant")->Formule(), "Total HT=SOMME(Montant)|TVA\r\nTTC");
-  EXPECT_EQ(page3->Champs.Item("Total_Désignation")->Formule(), "Total général") << "type 0: as it stands";
-  EXPECT_EQ(page3->Champs.Item("Total_Désignation")->BackColor(), 15790320);
-
-  // Recurrent fields, linked to their copies.
-  ASSERT_EQ(doc_->ChampsRecurrents.Count(), 2);
+  EXPECT_EQ(page1->Champs.Item("L1_Montant")->oRegleV(), doc_->RegleV("Montant"));
   auto report = doc_->ChampsRecurrents.Item("Report_Montant");
-  EXPECT_TRUE(report->Recurrent());
-  // Accrochage_V is resolved by name later: the rulers come after.
-  EXPECT_EQ(std::make_tuple(report->Formule(), report->Type_Champ(), report->Accrochage_V_Type(),
-                            report->Accrochage_V(), report->InitialValue(), report->NumChamp),
-            std::make_tuple("=REPORT(Montant)", 3, 5, "Montant", "", 1));
   EXPECT_EQ(report->oOwnerPage.lock(), nullptr);
-  auto numero = doc_->ChampsRecurrents.Item("Page_Numéro");
-  EXPECT_EQ(std::make_tuple(numero->InitialValue(), numero->Imprimable(), numero->FontSize()),
-            std::make_tuple("1", 0, 8));
   EXPECT_EQ(doc_->Champs.Item("Report_Montant"), report);
-  auto copy2 = page2->Champs.Item("Report_Montant");
-  auto copy3 = page3->Champs.Item("Report_Montant");
-  EXPECT_EQ(copy2->ChampRecurrentDeRef(), "Report_Montant");
-  EXPECT_EQ(copy2->Formule(), "=REPORT(Montant)");
+  auto copy2 = doc_->Pages.Item(2)->Champs.Item("Report_Montant");
+  auto copy3 = doc_->Pages.Item(3)->Champs.Item("Report_Montant");
   ASSERT_EQ(doc_->champsContenantReference.Count(), 2);
   EXPECT_EQ(doc_->champsContenantReference.Item(1), copy2);
   EXPECT_EQ(doc_->champsContenantReference.Item(2), copy3);
@@ -392,9 +293,7 @@ TEST_F(ReaderTest, ExtendedSkipsMalformedAndMissingRecords) {
   lines.push_back("C5=001_00005|L1_Dernier|Arial|10|0||Qté|0|L1|0|1||2|900|950|1250|1500|1|0|False|False|False|0||");
   PutXnf(Replaced(lines, "Nombre=1", "Nombre=2"));  // two vertical rulers announced
 
-  const auto start = std::chrono::steady_clock::now();
   ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
   EXPECT_TRUE(platform_->messages().empty());
   EXPECT_EQ(doc_->Regles_V.Count(), 1);
   auto page = doc_->Pages.Item(1);
@@ -477,8 +376,6 @@ TEST_F(ReaderTest, ExtendedRunTimeErrorsGoToTheHandler) {
 }
 
 TEST_F(ReaderTest, ExtendedHugeCountsCostNothing) {
-  const auto start = std::chrono::steady_clock::now();
-
   // Two billion pages, one present: page 2 is missing.
   PutXnf(Replaced(SmallXnf(), "[Pages]", "[Pages]\r\nNombre=2000000000"));  // read before "Nombre=1"
   EXPECT_FALSE(doc_->RestaurerMarquage());
@@ -508,7 +405,6 @@ TEST_F(ReaderTest, ExtendedHugeCountsCostNothing) {
   EXPECT_EQ(doc_->Docs.Item(1)->Fichier, "a.csv");
   EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
 
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 // Random bytes, truncations and byte changes: a message or a result, never a crash.
@@ -590,61 +486,28 @@ TEST_F(ReaderTest, RestaurerMarquageChoosesTheLayout) {
 class StandardScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
 
 TEST_P(StandardScheduleTest, ReadsTheWholeSchedule) {
-  platform_->SetLocale(GetParam() ? Locale::Comma() : Locale::Point());
+  // Calibration points are not in a type 1 file: they keep their values.
+  const bool comma = GetParam();
+  platform_->SetLocale(comma ? Locale::Comma() : Locale::Point());
   doc_->Type_calage = 2;
   doc_->X1_pixel = 99;
   PutDataCnf();
   ASSERT_TRUE(doc_->RestaurerMarquageStd());
   EXPECT_TRUE(platform_->messages().empty());
   EXPECT_EQ(platform_->OpenFileCount(), 0u);
+  test_util::ExpectDescribedAs(test_util::Describe(*doc_), std::string("textfile/bordereau.bpx.cnf.") +
+                                                               (comma ? "comma" : "point") + ".described.txt");
 
-  EXPECT_EQ(std::make_tuple(doc_->Type_calage, doc_->Orientation), std::make_tuple(1, 2));
-  EXPECT_EQ((std::vector<float>{doc_->feuille_cm_largeur, doc_->feuille_cm_hauteur, doc_->image_OrigineX_cm,
-                                doc_->image_OrigineY_cm}),
-            (std::vector<float>{21, 29.7f, 0.5f, 1.25f}));
-  EXPECT_FLOAT_EQ(doc_->X1_pixel, 99) << "calibration points are not in a type 1 file";
-  EXPECT_EQ(std::make_tuple(doc_->FonteName(), doc_->FonteSize_nombre(), doc_->iDevise(), doc_->Type_Document),
-            std::make_tuple("Arial", 11, 0, "Prix"));
-  EXPECT_FLOAT_EQ(doc_->champ_largeur_cm, 3.5f);
-  EXPECT_FLOAT_EQ(doc_->TVA, 19.6f);
-  ASSERT_EQ(doc_->Docs.Count(), 2);
-  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
-  EXPECT_EQ(doc_->Docs.Item(2)->Séparateur, ";");
-  EXPECT_EQ(doc_->FichierMDN, "Prix Lot 2.MDN");
-
-  ASSERT_EQ(doc_->Regles_V.Count(), 3);
-  auto qte_ruler = doc_->RegleV("Qté");
-  EXPECT_EQ(std::make_tuple(qte_ruler->Position_cm_X, qte_ruler->Décimales, qte_ruler->Position_pixel_X),
-            std::make_tuple(10.58f, 2, 1250.f));
-  EXPECT_FALSE(qte_ruler->isNewVersion());
-  EXPECT_EQ(qte_ruler->oOwnerMandor(), doc_);
-  EXPECT_FLOAT_EQ(doc_->RegleV("Prix unitaire")->Position_pixel_X, 1520.5f);
-  EXPECT_FLOAT_EQ(doc_->RegleV("Prix unitaire")->largeur_cm, 3.5f);
-
-  ASSERT_EQ(doc_->Pages.Count(), 2);
-  auto page1 = doc_->Pages.Item("page_1");
-  EXPECT_EQ(page1->oOwnerMandor.lock(), doc_);
-  auto l1 = page1->Regles_H.Item("L1");
-  EXPECT_EQ(std::make_tuple(l1->Position_cm_Y, l1->Position_pixel_Y, l1->Imprimable), std::make_tuple(6.94f, 820.f, 1));
-  EXPECT_EQ(l1->Page(), page1);
-  EXPECT_EQ(Names(page1->Champs),
-            (std::vector<std::string>{"L1_Qté", "L1_Prix unitaire", "L1_Montant", "L2_Montant"}));
-  auto l2_montant = page1->Champs.Item("L2_Montant");
-  EXPECT_EQ(std::make_tuple(l2_montant->Formule(), l2_montant->Imprimable(), l2_montant->Page, l2_montant->Id),
-            std::make_tuple("SOMME=L1_Montant|L2", 0, 1, "001_00003"));
-  EXPECT_EQ((std::vector<float>{l2_montant->Position_cm_Left, l2_montant->Position_cm_Top,
-                                l2_montant->Position_cm_Bottom, l2_montant->Position_cm_Right,
-                                l2_montant->Position_pixel_Right}),
-            (std::vector<float>{16.09f, 7.49f, 7.92f, 19.05f, 2250}));
-  EXPECT_EQ(l2_montant->oRegleH(), page1->Regles_H.Item("L2"));
-  EXPECT_EQ(l2_montant->oRegleV(), doc_->RegleV("Montant"));
-  EXPECT_EQ(l2_montant->oOwnerPage.lock(), page1);
-  EXPECT_EQ(page1->Champs.Item("L1_Montant")->Formule(), "L1_Qté*L1_Prix unitaire");
-  EXPECT_EQ(page1->Champs.Item("L1_Qté")->FontName(), "Arial") << "fonts come from the document";
-  auto page2 = doc_->Pages.Item(2);
-  ASSERT_EQ(page2->Champs.Count(), 1);
-  EXPECT_EQ(page2->Champs.Item(1)->oRegleH(), page2->Regles_H.Item("L1"));
-  EXPECT_EQ(page2->Champs.Item(1)->Page, 2);
+  for (const auto& ruler : doc_->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc_);
+  for (const auto& page : doc_->Pages) {
+    EXPECT_EQ(page->oOwnerMandor.lock(), doc_);
+    for (const auto& ruler : page->Regles_H) EXPECT_EQ(ruler->Page(), page);
+    for (const auto& field : page->Champs) {
+      EXPECT_EQ(field->oOwnerPage.lock(), page);
+      EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H()));
+      EXPECT_EQ(field->oRegleV(), doc_->RegleV(field->Accrochage_V()));
+    }
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(BothLocales, StandardScheduleTest, ::testing::Values(true, false), LocaleName);
@@ -724,9 +587,7 @@ TEST_F(ReaderTest, StandardRunTimeErrorsAndBadInput) {
     SCOPED_TRACE(description);
     platform_->ClearMessages();
     PutCnf(lines);
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(doc_->RestaurerMarquage());
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     ASSERT_FALSE(platform_->messages().empty());
     ExpectMessage(platform_->messages().size() - 1, "ERREUR dans RestaurerMarquageStd: " + description,
                   kDefaultMessageTitle, MessageStyle::kCritical);

@@ -1,5 +1,5 @@
 // Helpers shared by the catalogue tests: data files, rulers and fields built
-// by hand, a one-text description of documents, and a fixture that holds a
+// by hand, the one-text description of catalogues, and a fixture that holds a
 // catalogue file on an in-memory platform.
 #ifndef MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 #define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
@@ -19,6 +19,7 @@
 #include "mandor/xml/marquage.h"
 #include "mandor/xml/workbook.h"
 #include "mandor/xml/xml_access.h"
+#include "tests/model/describe.h"
 
 namespace mandor::xml_test {
 
@@ -60,56 +61,11 @@ inline std::shared_ptr<CChamp> AddField(const std::shared_ptr<Mandor>& doc, cons
   return champ;
 }
 
-// One line per page, ruler and field of a document with everything a read
-// sets and a save must keep, so that readings compare as a whole.
-inline std::string Describe(const Mandor& doc) {
-  std::ostringstream out;
-  const auto font = [](const std::shared_ptr<CFont>& f) {
-    if (!f) return std::string("-");
-    return f->Name() + "/" + std::to_string(f->Size()) + "/" + std::to_string(f->Bold()) + std::to_string(f->Italic()) +
-           "/" + std::to_string(f->Color());
-  };
-  const auto name = [](const std::shared_ptr<CRegle>& r) { return r ? r->Nom : std::string("-"); };
-  out << doc.Id << " " << doc.Nom_Document() << " dir=" << doc.Répertoire_Document << " " << doc.Type_Document
-      << " or=" << doc.Orientation << " dec=" << doc.Decimales << " devise=" << doc.Devise() << " tva=" << doc.TVA
-      << " h=" << doc.HauteurChamp << " font=" << font(doc.Font()) << "\n";
-  for (const auto& page : doc.Pages) {
-    out << " page " << page->Id << " " << page->Width << "x" << page->Height << " " << page->hResolution() << "/"
-        << page->vResolution() << " fields=" << page->Champs.Count() << " rows=" << page->Regles_H.Count() << "\n";
-  }
-  for (const auto& regle : doc.Regles_H) {
-    out << " row " << regle->Id << " " << regle->Nom << " y=" << regle->Position_pixel_Y
-        << " h=" << regle->hauteur_pixel << " type=" << regle->TypeLigne << " level=" << regle->Level
-        << " print=" << regle->Imprimable
-        << " page=" << (regle->Page() ? regle->Page()->Id : "-") << " font=" << font(regle->Font())
-        << " color=" << regle->FontColor() << "\n";
-  }
-  for (const auto& regle : doc.Regles_V) {
-    out << " col " << regle->Id << " " << regle->Nom << " x=" << regle->Position_pixel_X << " w=" << regle->WidthChamp()
-        << " dec=" << regle->Décimales << " print=" << regle->Imprimable << " font=" << font(regle->Font())
-        << " bold=" << regle->Bold() << "\n";
-  }
-  for (const auto& champ : doc.Champs) {
-    const auto page = champ->oOwnerPage.lock();
-    out << " field " << champ->Nom() << " p" << champ->Page << "/" << (page ? page->Id : "-") << " ["
-        << champ->Position_pixel_Left << "," << champ->Position_pixel_Top << "," << champ->Position_pixel_Right << ","
-        << champ->Position_pixel_Bottom << "] on " << name(champ->oRegleH()) << "/" << name(champ->oRegleV())
-        << " anchor=" << champ->Accrochage_H() << ":" << champ->Accrochage_H_Type << "/" << champ->Accrochage_V()
-        << ":" << champ->Accrochage_V_Type() << " type=" << champ->Type_Champ() << " dec=" << champ->Décimales()
-        << " print=" << champ->Imprimable() << " f=" << champ->Formule() << " sub=" << champ->SubName
-        << " v=" << champ->valeur() << " rec=" << champ->Recurrent() << " dc=" << champ->IsDataContrat()
-        << " label=" << champ->Label() << " opt=" << champ->IsOptional() << " group=" << champ->Groupe()
-        << " report=" << champ->ToReport() << " font=" << font(champ->Font()) << " color=" << champ->FontColor()
-        << " back=" << champ->Transparent() << ":" << champ->BackColor() << "\n";
-  }
-  for (const auto& champ : doc.ChampsRecurrents) out << " recurrent " << champ->Nom() << "\n";
-  for (const auto& champ : doc.champsDataContrat) out << " contract " << champ->Nom() << "\n";
-  return out.str();
-}
+using test_util::Describe;
 
 inline std::string Describe(const cMarquage& catalogue) {
   std::string all;
-  for (const auto& doc : catalogue) all += Describe(*doc);
+  for (const auto& doc : catalogue) all += test_util::Describe(*doc);
   return all;
 }
 
