@@ -98,20 +98,21 @@ void CChamp::Accrochage_V(const std::string& value) {
   accrochage_v_ = value;
   std::shared_ptr<Mandor> doc = owner_.lock();
   if (!doc) return;
-  IgnoringErrors([&] { regle_v_ = doc->Regles_V.Item(accrochage_v_); });
+  // Names that are not keys are the common case: look up without throwing.
+  if (const auto* regle = doc->Regles_V.Find(accrochage_v_)) regle_v_ = *regle;
 }
 
 void CChamp::Accrochage_H(const std::string& value) {
   accrochage_h_ = value;
   std::shared_ptr<Mandor> doc = owner_.lock();
   if (!doc) return;
-  IgnoringErrors([&] { regle_h_ = doc->Regles_H.Item(accrochage_h_); });
+  if (const auto* regle = doc->Regles_H.Find(accrochage_h_)) regle_h_ = *regle;
   // A ruler of the field's page (taken by position, not by key) replaces a
   // document ruler of the same name.
-  IgnoringErrors([&] {
-    std::shared_ptr<CPage> page = doc->Pages.Item(static_cast<long>(Page));
-    if (page) regle_h_ = page->Regles_H.Item(accrochage_h_);
-  });
+  if (Page < 1 || Page > doc->Pages.Count()) return;
+  const std::shared_ptr<CPage>& page = doc->Pages.Item(static_cast<long>(Page));
+  if (!page) return;
+  if (const auto* regle = page->Regles_H.Find(accrochage_h_)) regle_h_ = *regle;
 }
 
 // --- values ---

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "mandor/fields/champ.h"
+#include "mandor/model/reading_order.h"
 #include "mandor/util/text.h"
 #include "mandor/xml/marquage.h"
 
@@ -149,9 +150,7 @@ void Mandor::InsérerChamp(Collection<CChamp>& colChamps, const std::shared_ptr<
   const float right = pChamp->Position_pixel_Right;
   for (long i = 1; i <= colChamps.Count(); ++i) {
     const CChamp& c = *colChamps.Item(i);
-    const bool goes_before =
-        c.Position_pixel_Bottom != bottom ? c.Position_pixel_Bottom > bottom : c.Position_pixel_Right > right;
-    if (goes_before) {
+    if (ReadingOrder::GoesAfter(c.Position_pixel_Bottom, c.Position_pixel_Right, bottom, right)) {
       colChamps.AddBefore(pChamp, pChamp->Nom(), i);
       return;
     }

@@ -23,6 +23,7 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
+#include "mandor/model/reading_order.h"
 #include "mandor/textfile/format.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
@@ -321,6 +322,26 @@ StringArray SectionAfter(const std::vector<std::string>& lines, size_t header) {
   return section;
 }
 
+// Inserts a field of the page being read where InsérerChamp would put it,
+// through the page's reading-order index (the page's fields are filled only
+// here, so the index knows every one of them).
+void InsertInReadingOrder(const Mandor& doc, Collection<CChamp>& champs, ReadingOrder& order,
+                          const std::shared_ptr<CChamp>& field) {
+  if (order.Count() != champs.Count()) {
+    doc.InsérerChamp(champs, field);
+    return;
+  }
+  const float bottom = field->Position_pixel_Bottom;
+  const float right = field->Position_pixel_Right;
+  const long position = order.InsertionPoint(bottom, right);
+  if (position > champs.Count()) {
+    champs.Add(field, field->Nom());
+  } else {
+    champs.AddBefore(field, field->Nom(), position);
+  }
+  order.Insert(position, bottom, right);
+}
+
 // A message of the standard reader that ends the read.
 struct StdReadFailure {
   std::string message;
@@ -493,6 +514,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
   }
 
   const long long field_count = CountOf(FindValue(cLignes, "nombre_champs"));
+  ReadingOrder order;
   for (const auto& [i, value] : NumberedValues(cLignes, "C", field_count)) {
     if (!SplitRecord(*this, value, tf::field_col::kCount, cols)) continue;
     auto field = NewField(self);
@@ -511,7 +533,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
       SepDecExt = ",";
     }
     if (!value_text.empty()) field->InitialValue(FormattedValue(*this, field, value_text));
-    InsérerChamp(page->Champs, field);
+    InsertInReadingOrder(*this, page->Champs, order, field);
   }
 }
 
@@ -665,6 +687,7 @@ bool Mandor::RestaurerMarquageStd() {
 
       namespace fcol = tf::std_field_col;
       const long long field_count = CountOf(read(tf::kKeyNombreChamps));
+      ReadingOrder order;
       for (long long i = 1; i <= field_count; ++i) {
         const std::string value = read(tf::NumberedKey(tf::kKeyFieldPrefix, i));
         if (value.empty()) {
@@ -698,7 +721,7 @@ bool Mandor::RestaurerMarquageStd() {
         ApplySingle(cols[fcol::kPixelRight], [&](float v) { field->Position_pixel_Right = v; });
         ApplyInt16(cols[fcol::kImprimable], [&](int16_t v) { field->Imprimable(v); });
         field->NumChamp = ToInt16(static_cast<double>(i));
-        InsérerChamp(page->Champs, field);
+        InsertInReadingOrder(*this, page->Champs, order, field);
       }
     }
     file->Close();

@@ -46,6 +46,14 @@ class Collection {
     return it->second;
   }
 
+  // The member stored under key, or nullptr when there is none: a look-up
+  // that misses without the cost of an exception.
+  const Ptr* Find(std::string_view key) const {
+    if (key.empty()) return nullptr;
+    auto it = by_key_.find(FoldCase(key));
+    return it == by_key_.end() ? nullptr : &it->second;
+  }
+
   bool Contains(std::string_view key) const {
     return !key.empty() && by_key_.count(FoldCase(key)) != 0;
   }

@@ -144,7 +144,18 @@ std::string FindValue(const StringArray& cLignes, std::string_view cValue) {
 }
 
 bool EstVirguleDecimale() {
-  return DoubleToText(0.15, CurrentPlatform().locale()).find(',') != std::string::npos;
+  // The text of 0.15 depends on the locale's decimal separator alone, and
+  // readers ask for every number: the answer is kept for the last separator.
+  const Locale& locale = CurrentPlatform().locale();
+  thread_local std::string separator;
+  thread_local bool known = false;
+  thread_local bool comma = false;
+  if (!known || separator != locale.decimal_separator) {
+    comma = DoubleToText(0.15, locale).find(',') != std::string::npos;
+    separator = locale.decimal_separator;
+    known = true;
+  }
+  return comma;
 }
 
 std::string NombreVersLocal(std::string_view s) {

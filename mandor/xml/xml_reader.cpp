@@ -2,9 +2,12 @@
 // documents, columns, pages, recurrent and data-contract fields), the VAT
 // rate, and the marking worksheet's rows and cells.
 //
-// Every attribute is read through XmlGetAttribute, so a missing attribute
-// reads as "" and is added, empty, to the document in memory. Numbers may be
-// written with "." or "," whatever the running locale.
+// The workbook is read into a document of its own that is dropped once the
+// read is over, so attributes and font elements are read without adding the
+// missing ones, as XmlGetAttribute and XmlGetNode would: a missing attribute
+// reads as "" and a missing mn:iFont as a font with no attribute set, which is
+// what the added empty ones would give, without their cost in time and
+// memory. Numbers may be written with "." or "," whatever the running locale.
 
 #include <algorithm>
 #include <cstdio>
@@ -29,7 +32,14 @@ namespace mandor {
 
 namespace {
 
-std::string Attr(const pugi::xml_node& element, const char* name) { return XmlGetAttribute(element, name).value(); }
+std::string Attr(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
+
+// The child XmlGetNode(parent, "mn:iFont") would give, without creating it
+// when missing (a null node then, which reads as an empty font).
+pugi::xml_node FontElement(const pugi::xml_node& parent) {
+  if (pugi::xml_node font = parent.child("mn:iFont")) return font;
+  return parent.child("iFont");
+}
 
 // The text with its decimal separator, "." or ",", turned into the locale's,
 // so that "12,5" and "12.5" read alike in either locale.
@@ -143,7 +153,7 @@ std::shared_ptr<CFont> cMarquage::GetFont(pugi::xml_node oXmlFont, std::shared_p
 // Header pass. Any failure here (a non-numeric "mn:Orientation" or "mn:H", a
 // duplicate document ID) is fatal to the read and reaches the caller.
 void cMarquage::XML_ReadMandor(pugi::xml_node oNode) {
-  Font = GetFont(XmlGetNode(oNode, "mn:iFont"), nullptr, nullptr);
+  Font = GetFont(FontElement(oNode), nullptr, nullptr);
   name_ = Attr(oNode, "mn:Name");
   std::string decimals = "2";
   const std::string header_dec = Attr(oNode, "mn:Dec");
@@ -166,7 +176,7 @@ void cMarquage::XML_ReadMandor(pugi::xml_node oNode) {
 
     const std::string image_dec = Attr(image, "mn:Dec");
     document->Decimales = Integer(IsNumber(image_dec) ? image_dec : decimals);
-    document->Font(GetFont(XmlGetNode(image, "mn:iFont"), document->oOwnerMarquage()->Font, nullptr));
+    document->Font(GetFont(FontElement(image), document->oOwnerMarquage()->Font, nullptr));
 
     XML_ReadColumns(image, document);
     XML_ReadPages(image, document);
@@ -289,7 +299,7 @@ void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std
       auto regle = std::make_shared<CRegle>();
       const std::string name = Attr(i_row, "mn:Name");
       regle->Imprimable = Attr(i_row, "mn:iPrint") != "0" ? -1 : 0;
-      regle->SetPropertiesFromFontClass(GetFont(XmlGetNode(i_row, "mn:iFont"), oMandor->Font(), nullptr));
+      regle->SetPropertiesFromFontClass(GetFont(FontElement(i_row), oMandor->Font(), nullptr));
       if (name.empty()) continue;
 
       regle->Nom = name;

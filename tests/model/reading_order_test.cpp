@@ -1,0 +1,70 @@
+#include "mandor/model/reading_order.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "mandor/fields/champ.h"
+#include "mandor/model/mandor.h"
+
+namespace mandor {
+namespace {
+
+// Fills one collection through InsérerChamp and a second through the index,
+// with the same fields, and checks after every insert that both hold the
+// fields in the same order.
+void ExpectSameOrderAsInsererChamp(const std::vector<std::pair<float, float>>& edges) {
+  Mandor doc;
+  Collection<CChamp> by_walk, by_index;
+  ReadingOrder order;
+  for (size_t i = 0; i < edges.size(); ++i) {
+    auto field = std::make_shared<CChamp>();
+    field->Nom("F" + std::to_string(i));
+    field->Position_pixel_Bottom = edges[i].first;
+    field->Position_pixel_Right = edges[i].second;
+    doc.InsérerChamp(by_walk, field);
+    const long position = order.InsertionPoint(edges[i].first, edges[i].second);
+    ASSERT_GE(position, 1);
+    ASSERT_LE(position, by_index.Count() + 1);
+    if (position > by_index.Count()) {
+      by_index.Add(field, field->Nom());
+    } else {
+      by_index.AddBefore(field, field->Nom(), position);
+    }
+    order.Insert(position, edges[i].first, edges[i].second);
+    for (long k = 1; k <= by_walk.Count(); ++k) {
+      ASSERT_EQ(by_walk.Key(k), by_index.Key(k)) << "after inserting field " << i << ", position " << k;
+    }
+  }
+  EXPECT_EQ(order.Count(), by_walk.Count());
+}
+
+TEST(ReadingOrderTest, PlacesFieldsWhereInsererChampDoes) {
+  // In order, reversed, ties on both edges (later ties go after), mixed rows.
+  ExpectSameOrderAsInsererChamp({{10, 1}, {10, 2}, {20, 1}, {20, 5}, {30, 0}});
+  ExpectSameOrderAsInsererChamp({{30, 5}, {20, 5}, {20, 1}, {10, 9}, {10, 2}});
+  ExpectSameOrderAsInsererChamp({{10, 5}, {10, 5}, {10, 4}, {10, 5}, {5, 5}, {10, 6}, {10, 5}});
+  ExpectSameOrderAsInsererChamp({{-0.0f, 1}, {0.0f, 1}, {0.0f, -1}, {-1, 0}});
+
+  std::vector<std::pair<float, float>> shuffled;
+  unsigned state = 12345;
+  for (int i = 0; i < 300; ++i) {
+    state = state * 1103515245u + 12345u;
+    shuffled.emplace_back(static_cast<float>((state >> 8) % 17), static_cast<float>((state >> 16) % 5));
+  }
+  ExpectSameOrderAsInsererChamp(shuffled);
+}
+
+TEST(ReadingOrderTest, EdgesThatAreNotNumbersKeepTheWalkingOrder) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float inf = std::numeric_limits<float>::infinity();
+  ExpectSameOrderAsInsererChamp({{10, 1}, {nan, 1}, {5, 1}, {10, nan}, {10, 0}, {3, 3}, {nan, nan}, {1, 1}});
+  ExpectSameOrderAsInsererChamp({{inf, 1}, {-inf, 2}, {10, inf}, {10, -inf}, {inf, inf}});
+}
+
+}  // namespace
+}  // namespace mandor
