@@ -1,6 +1,6 @@
 // Reading a catalogue workbook into documents: the hand-written tender (a
 // detail estimate, a price schedule and an engagement act sharing rows),
-// small catalogues for the edge cases, and a large one.
+// and small catalogues for the edge cases.
 
 #include <memory>
 #include <string>
@@ -192,36 +192,6 @@ TEST_F(XmlReaderTest, RowAndCellEdgeCases) {
   EXPECT_EQ(document->Pages.Count(), 1);
   ASSERT_EQ(platform_->messages().size(), 1u);
   EXPECT_EQ(platform_->messages()[0].text, Error::DefaultDescription(kTypeMismatch));
-}
-
-TEST_F(XmlReaderTest, LargeCatalogueLoadsInSeconds) {
-  // 5 documents, 4 000 rows, one cell per row and document: 20 000 fields.
-  constexpr int kDocuments = 5, kRows = 4000;
-  std::string images, rows;
-  for (int d = 1; d <= kDocuments; ++d) {
-    images += "<mn:Image mn:ID=\"mn" + std::to_string(d) + "\" mn:Name=\"Doc" + std::to_string(d) +
-              ".pdf\" mn:Orientation=\"1\" mn:H=\"30\"><mn:iCol mn:Name=\"PU\" mn:Dec=\"2\" mn:X=\"5\" mn:W=\"9\"/>"
-              "<mn:iPage mn:ID=\"1\"/></mn:Image>";
-  }
-  for (int r = 1; r <= kRows; ++r) {
-    const std::string line = "L" + std::to_string(r);
-    std::string cells;
-    rows += "<Row>";
-    for (int d = 1; d <= kDocuments; ++d) {
-      const std::string id = "mn" + std::to_string(d);
-      rows += "<mn:iRow mn:ID=\"" + id + "\" mn:Name=\"" + line + "\" mn:Y=\"" + std::to_string(r) +
-              "\" mn:Page=\"1\"/>";
-      cells += "<mn:iCell mn:ID=\"" + id + "\" mn:Name=\"" + line + "_PU\" mn:Page=\"1\"/>";
-    }
-    rows += "<Cell ss:Index=\"1\">" + cells + "</Cell></Row>";
-  }
-  auto catalogue = ReadBytes(Workbook(images, rows));
-  ASSERT_EQ(catalogue->Count(), kDocuments);
-  for (const auto& document : *catalogue) {
-    EXPECT_EQ(document->Champs.Count(), kRows);
-    EXPECT_EQ(document->Regles_H.Count(), kRows);
-  }
-  EXPECT_EQ(catalogue->Item(kDocuments)->Champs.Item("L4000_PU")->oRegleV()->Nom, "PU");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // Saving a document into its catalogue workbook (Mandor::SauvegarderMarquageXml).
 
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -487,47 +486,6 @@ TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
   auto orphan = std::make_shared<Mandor>();
   EXPECT_FALSE(Save(orphan));
   EXPECT_EQ(platform_->messages().size(), 1u);
-}
-
-TEST_F(XmlWriterTest, ManyCellsSaveInSeconds) {
-  // 2 000 rows of 10 fields each, shared by two documents.
-  std::ostringstream xml;
-  xml << "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
-         "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
-         "<mn:MANDOR mn:Name=\"Gros\">";
-  for (const char* id : {"mn1", "mn2"}) {
-    xml << "<mn:Image mn:ID=\"" << id << "\" mn:Name=\"Gros " << id
-        << ".pdf\" mn:Type=\"DQE\" mn:Orientation=\"0\" mn:H=\"20\">";
-    for (int c = 1; c <= 10; ++c)
-      xml << "<mn:iCol mn:Name=\"C" << c << "\" mn:Dec=\"2\" mn:X=\"" << c * 100 << "\" mn:W=\"90\"/>";
-    for (int p = 1; p <= 40; ++p) xml << "<mn:iPage mn:ID=\"" << p << "\"/>";
-    xml << "</mn:Image>";
-  }
-  xml << "</mn:MANDOR><Worksheet ss:Name=\"Gros\"><Names><NamedRange ss:Name=\"NumP\" ss:RefersTo=\"=Gros!C1\"/>";
-  for (int c = 1; c <= 10; ++c) xml << "<NamedRange ss:Name=\"C" << c << "\" ss:RefersTo=\"=Gros!C" << c + 1 << "\"/>";
-  xml << "</Names><Table ss:ExpandedRowCount=\"2000\">";
-  for (int r = 1; r <= 2000; ++r) {
-    xml << "<Row><mn:ILM mn:Name=\"L" << r << "\"/>";
-    for (const char* id : {"mn1", "mn2"}) {
-      xml << "<mn:iRow mn:ID=\"" << id << "\" mn:Name=\"L" << r << "\" mn:Y=\"" << (r % 50) * 40 << "\" mn:Page=\""
-          << (r - 1) / 50 + 1 << "\"/>";
-    }
-    xml << "<Cell><Data ss:Type=\"String\">L" << r << "</Data><NamedCell ss:Name=\"NumP\"/></Cell>";
-    for (int c = 1; c <= 10; ++c) {
-      xml << "<Cell><NamedCell ss:Name=\"C" << c << "\"/><mn:iCell mn:ID=\"mn1\" mn:Name=\"L" << r << "_C" << c
-          << "\" mn:Page=\"" << (r - 1) / 50 + 1 << "\"/></Cell>";
-    }
-    xml << "</Row>";
-  }
-  xml << "</Table></Worksheet></Workbook>";
-  platform_->SetFileBytes(kPath, xml.str());
-
-  auto catalogue = Read();
-  auto doc = catalogue->Item("mn1");
-  ASSERT_EQ(doc->Champs.Count(), 20000);
-  doc->Champs.Item("L7_C3")->SupprimerDuDocument("L7_C3");
-  ASSERT_TRUE(Save(doc));
-  EXPECT_EQ(XmlSelectNodes(Saved()->document(), "Workbook/Worksheet/Table/Row/Cell/mn:iCell").size(), 19999u);
 }
 
 }  // namespace
