@@ -27,6 +27,9 @@ if(MANDOR_BUILD_COM)
         CMAKE_ARGS -DCMAKE_TOOLCHAIN_FILE=${PROJECT_SOURCE_DIR}/cmake/mingw-w64-${arch}.cmake
                    -DMANDOR_WERROR=${MANDOR_WERROR}
                    -DPUGIXML_SOURCE_DIR=${MANDOR_PUGIXML_SOURCE_DIR}
+        # Two jobs at most, and one DLL at a time (the console pool).
+        BUILD_COMMAND ${CMAKE_COMMAND} --build <BINARY_DIR> -j2
+        USES_TERMINAL_BUILD ON
         BUILD_ALWAYS ON
         INSTALL_COMMAND ""
         BUILD_BYPRODUCTS ${PROJECT_BINARY_DIR}/mingw${bits}/MandorDLL.dll)

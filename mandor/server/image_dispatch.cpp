@@ -1,5 +1,7 @@
 #include "mandor/server/image_dispatch.h"
 
+#include <dispex.h>
+
 #include "mandor/server/dispatch.h"
 #include "mandor/util/error.h"
 
@@ -9,6 +11,9 @@ namespace {
 
 // Error 438: the object lacks the member.
 constexpr int kNoSuchMember = 438;
+
+// IID_IDispatchEx, which MinGW's uuid library lacks.
+constexpr IID kIidDispatchEx = {0xa6ef9860, 0xc720, 0x11d0, {0x93, 0x37, 0x00, 0xa0, 0xc9, 0x0d, 0xca, 0xa9}};
 
 }  // namespace
 
@@ -26,7 +31,18 @@ VARIANT DispatchImagePdf::Call(const wchar_t* name, VARTYPE vt, VARIANT* arg) co
   DISPID id = DISPID_UNKNOWN;
   LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
   if (FAILED(image_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id))) {
-    ThrowError(kNoSuchMember, "Object doesn't support this property or method: " + WideToUtf8(name, wcslen(name)));
+    // Script objects (a VBScript class instance) may answer by IDispatchEx only.
+    IDispatchEx* ex = nullptr;
+    HRESULT hr = image_->QueryInterface(kIidDispatchEx, reinterpret_cast<void**>(&ex));
+    if (SUCCEEDED(hr)) {
+      BSTR bstr = SysAllocString(name);
+      hr = bstr == nullptr ? E_OUTOFMEMORY : ex->GetDispID(bstr, fdexNameCaseInsensitive, &id);
+      SysFreeString(bstr);
+      ex->Release();
+    }
+    if (FAILED(hr)) {
+      ThrowError(kNoSuchMember, "Object doesn't support this property or method: " + WideToUtf8(name, wcslen(name)));
+    }
   }
   DISPPARAMS params = {arg, nullptr, arg == nullptr ? 0u : 1u, 0};
   VARIANT result;
