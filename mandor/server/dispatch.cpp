@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "mandor/server/typelib.h"
 #include "mandor/util/error.h"
 #include "mandor/util/text.h"
 
@@ -348,14 +349,24 @@ class NativeObject final : public IDispatch {
     return static_cast<ULONG>(n);
   }
 
+  // The interface's description, from the registered type library.
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (count == nullptr) return E_POINTER;
-    *count = 0;
+    ITypeInfo* info = nullptr;
+    *count = SUCCEEDED(GetTypeInfo(0, 0, &info)) ? 1 : 0;
+    if (info != nullptr) info->Release();
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** info) override {
-    if (info != nullptr) *info = nullptr;
-    return DISP_E_BADINDEX;
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
+    if (info == nullptr) return E_POINTER;
+    *info = nullptr;
+    if (index != 0) return DISP_E_BADINDEX;
+    ITypeLib* lib = nullptr;
+    HRESULT hr = LoadRegTypeLib(kLibId, kLibMajor, kLibMinor, LOCALE_NEUTRAL, &lib);
+    if (FAILED(hr)) return hr;
+    hr = lib->GetTypeInfoOfGuid(cls_.iid, info);
+    lib->Release();
+    return hr;
   }
 
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {

@@ -44,6 +44,16 @@ fi
 
 passed=0
 failed=0
+# The type library as an early-binding host sees it.
+check="$(dirname "$dll")/typelib_check.exe"
+if [ -f "$check" ] && wine "$check"; then
+  echo "PASS typelib_check"
+  passed=$((passed + 1))
+else
+  echo "FAIL typelib_check"
+  failed=$((failed + 1))
+fi
+
 for test in "$here"/*_test.vbs; do
   name="$(basename "$test" .vbs)"
   rm -rf "$work/data"
