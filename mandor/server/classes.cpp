@@ -94,6 +94,16 @@ ClassInfo CollectionClass() {
 #define PROP(name) .Prop(#name, [](C& o) { return o.name(); }, [](C& o, auto v) { o.name(v); })
 #define GET(name) .Get(#name, [](C& o) { return o.name(); })
 #define ACTION(name) .Method(#name, [](C& o) { return o.name(); })
+// The font attributes that rulers and fields pass to their own font, and their links.
+#define FONT_DELEGATION                                                                                    \
+  PROP(FontName) PROP(FontSize) PROP(FontSpecial) PROP(Bold) PROP(Italic) PROP(Underligne) PROP(StrikeThrough) \
+  PROP(BackColor) PROP(FontColor) PROP(Transparent) PROP(Alignement)
+#define OWNER_AND_FONT                                                                                \
+  .Prop("oOwnerMandor", [](C& o) { return o.oOwnerMandor(); },                                       \
+        [](C& o, std::shared_ptr<Mandor> m) { o.oOwnerMandor(m); })                                  \
+  .Prop("Font", [](C& o) { return o.Font(); }, [](C& o, std::shared_ptr<CFont> f) { o.Font(f); })    \
+  GET(isNewVersion)                                                                                   \
+  .Method("ToggleVersion", [](C& o, Ref<bool>& bNew) { o.ToggleVersion(bNew.value); }, "bNew")
 
 ClassInfo MandorClass() {
   using C = Mandor;
@@ -208,17 +218,11 @@ ClassInfo RegleClass() {
       FIELD(Operande2) FIELD(Operateur) FIELD(bNew) FIELD(iClass)
       .Prop("Page", [](C& o) { return o.Page(); }, [](C& o, std::shared_ptr<CPage> p) { o.Page(p); })
       PROP(WidthChamp) GET(Position_point_X) GET(Position_point_Y)
-      PROP(FontName) PROP(FontSize) PROP(FontSpecial) PROP(Bold) PROP(Italic) PROP(Underligne) PROP(StrikeThrough)
-      PROP(BackColor) PROP(FontColor) PROP(Transparent) PROP(Alignement)
-      GET(isNewVersion)
-      .Method("ToggleVersion", [](C& o, Ref<bool>& bNew) { o.ToggleVersion(bNew.value); }, "bNew")
+      FONT_DELEGATION
       .Method("SetPropertiesFromFontClass", [](C& o, std::shared_ptr<CFont> f) { o.SetPropertiesFromFontClass(f); },
               "oFont")
       GET(GetFontClassFromProperties)
-      .Prop("oOwnerMandor", [](C& o) { return o.oOwnerMandor(); }, [](C& o, std::shared_ptr<Mandor> m) {
-        o.oOwnerMandor(m);
-      })
-      .Prop("Font", [](C& o) { return o.Font(); }, [](C& o, std::shared_ptr<CFont> f) { o.Font(f); });
+      OWNER_AND_FONT;
   return info;
 }
 
@@ -237,12 +241,8 @@ ClassInfo ChampClass() {
       PROP(Recurrent) PROP(ChampRecurrentDeRef) GET(NomRegleH) GET(NomRegleV)
       .Prop("oRegleH", [](C& o) { return o.oRegleH(); }, [](C& o, std::shared_ptr<CRegle> r) { o.oRegleH(r); })
       .Prop("oRegleV", [](C& o) { return o.oRegleV(); }, [](C& o, std::shared_ptr<CRegle> r) { o.oRegleV(r); })
-      .Prop("oOwnerMandor", [](C& o) { return o.oOwnerMandor(); }, [](C& o, std::shared_ptr<Mandor> m) {
-        o.oOwnerMandor(m);
-      })
-      .Prop("Font", [](C& o) { return o.Font(); }, [](C& o, std::shared_ptr<CFont> f) { o.Font(f); })
-      GET(GetFontClassFromFontProperties) GET(isNewVersion)
-      .Method("ToggleVersion", [](C& o, Ref<bool>& bNew) { o.ToggleVersion(bNew.value); }, "bNew")
+      OWNER_AND_FONT
+      GET(GetFontClassFromFontProperties)
       PROP(Nom) PROP(Accrochage_V) PROP(Accrochage_H) PROP(InitialValue)
       .Get("valeur", [](C& o, std::optional<bool> bInitial) { return o.valeur(bInitial.value_or(false)); }, "bInitial")
       .Let("valeur", [](C& o, std::optional<bool> bInitial, std::string v) { o.valeur(bInitial.value_or(false), v); },
@@ -250,8 +250,7 @@ ClassInfo ChampClass() {
       PROP(Formule) PROP(Accrochage_V_Type) PROP(Décimales) PROP(Type_Champ)
       GET(IsZero) GET(DiffWithInitial) GET(HasInPU) GET(HasInMT) GET(IsUnderOne) GET(FormuleHasPourcent)
       GET(ValueChanged)
-      PROP(Transparent) PROP(Bold) PROP(Italic) PROP(Underligne) PROP(StrikeThrough) PROP(Alignement) PROP(FontName)
-      PROP(FontSize) PROP(FontSpecial) PROP(BackColor) PROP(FontColor)
+      FONT_DELEGATION
       .Method("SetFontPropertiesFromFontClass",
               [](C& o, std::shared_ptr<CFont> f) { o.SetFontPropertiesFromFontClass(f); }, "oFont")
       GET(Position_point_Left) GET(Position_point_Top) GET(Position_point_Bottom) GET(Position_point_Right)

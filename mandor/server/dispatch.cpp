@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "mandor/server/com_object.h"
 #include "mandor/server/typelib.h"
 #include "mandor/util/error.h"
 #include "mandor/util/text.h"
@@ -460,32 +461,10 @@ class NativeObject final : public IDispatch {
 };
 
 // IEnumVARIANT over a snapshot of a collection.
-class Enumerator final : public IEnumVARIANT {
+class Enumerator final : public ComObject<IEnumVARIANT, IID_IEnumVARIANT> {
  public:
   Enumerator(std::vector<std::shared_ptr<void>> items, const ClassInfo& cls, size_t position = 0)
-      : items_(std::move(items)), cls_(cls), position_(position) {
-    InterlockedIncrement(&LiveObjects());
-  }
-  ~Enumerator() { InterlockedDecrement(&LiveObjects()); }
-  Enumerator(const Enumerator&) = delete;
-  Enumerator& operator=(const Enumerator&) = delete;
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IEnumVARIANT)) {
-      *out = static_cast<IEnumVARIANT*>(this);
-      AddRef();
-      return S_OK;
-    }
-    *out = nullptr;
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const LONG n = InterlockedDecrement(&refs_);
-    if (n == 0) delete this;
-    return static_cast<ULONG>(n);
-  }
+      : items_(std::move(items)), cls_(cls), position_(position) {}
 
   HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* out, ULONG* fetched) override {
     if (out == nullptr) return E_POINTER;
@@ -521,7 +500,6 @@ class Enumerator final : public IEnumVARIANT {
   }
 
  private:
-  LONG refs_ = 0;
   std::vector<std::shared_ptr<void>> items_;
   const ClassInfo& cls_;
   size_t position_;

@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 
+#include "mandor/server/com_object.h"
 #include "mandor/server/dispatch.h"
 #include "mandor/server/typelib.h"
 
@@ -42,29 +43,9 @@ std::wstring TypeLibPath() {
   return (dot == std::wstring::npos ? path : path.substr(0, dot)) + L".tlb";
 }
 
-class ClassFactory final : public IClassFactory {
+class ClassFactory final : public ComObject<IClassFactory, IID_IClassFactory> {
  public:
-  explicit ClassFactory(const ClassInfo& cls) : cls_(cls) { InterlockedIncrement(&LiveObjects()); }
-  ~ClassFactory() { InterlockedDecrement(&LiveObjects()); }
-  ClassFactory(const ClassFactory&) = delete;
-  ClassFactory& operator=(const ClassFactory&) = delete;
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override {
-    if (out == nullptr) return E_POINTER;
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory)) {
-      *out = static_cast<IClassFactory*>(this);
-      AddRef();
-      return S_OK;
-    }
-    *out = nullptr;
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
-  ULONG STDMETHODCALLTYPE Release() override {
-    const LONG n = InterlockedDecrement(&refs_);
-    if (n == 0) delete this;
-    return static_cast<ULONG>(n);
-  }
+  explicit ClassFactory(const ClassInfo& cls) : cls_(cls) {}
 
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** out) override {
     if (out == nullptr) return E_POINTER;
@@ -91,7 +72,6 @@ class ClassFactory final : public IClassFactory {
   }
 
  private:
-  LONG refs_ = 0;
   const ClassInfo& cls_;
 };
 

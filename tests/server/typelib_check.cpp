@@ -51,7 +51,7 @@ void CheckMember(ITypeInfo* info, const wchar_t* iface, const wchar_t* name, INV
   if ((found & kinds) != kinds) Fail(std::wstring(iface) + L"." + name + L" lacks an accessor kind");
 }
 
-// The type named exactly `name`, or null.
+// The type named exactly `name`; null (and a failure) when there is none.
 ITypeInfo* FindType(ITypeLib* lib, const std::wstring& name) {
   for (UINT i = 0; i < lib->GetTypeInfoCount(); ++i) {
     BSTR type_name = nullptr;
@@ -61,6 +61,7 @@ ITypeInfo* FindType(ITypeLib* lib, const std::wstring& name) {
     ITypeInfo* info = nullptr;
     if (match && SUCCEEDED(lib->GetTypeInfo(i, &info))) return info;
   }
+  Fail(name + L" missing");
   return nullptr;
 }
 
@@ -113,10 +114,7 @@ int main() {
   };
   for (const Expected& e : expected) {
     ITypeInfo* info = FindType(lib, e.iface);
-    if (info == nullptr) {
-      Fail(std::wstring(e.iface) + L" missing");
-      continue;
-    }
+    if (info == nullptr) continue;
     CheckMember(info, e.iface, e.member, e.kinds, e.id);
     info->Release();
   }
@@ -124,10 +122,7 @@ int main() {
   for (const wchar_t* coclass : {L"Mandor", L"cMarquage", L"CChamp", L"CPage", L"CRegle", L"CFont", L"Devise",
                                  L"Devises", L"Doc"}) {
     ITypeInfo* info = FindType(lib, coclass);
-    if (info == nullptr) {
-      Fail(std::wstring(coclass) + L" coclass missing");
-      continue;
-    }
+    if (info == nullptr) continue;
     TYPEATTR* attr = nullptr;
     info->GetTypeAttr(&attr);
     if (attr->typekind != TKIND_COCLASS || (attr->wTypeFlags & TYPEFLAG_FCANCREATE) == 0) {
