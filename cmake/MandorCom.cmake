@@ -21,12 +21,21 @@ if(MANDOR_BUILD_COM)
     elseif(NOT EXISTS "${MANDOR_PUGIXML_SOURCE_DIR}/src/pugixml.cpp")
       message(STATUS "MandorDLL.dll (${bits}-bit) not built: no pugixml sources in ${MANDOR_PUGIXML_SOURCE_DIR}")
     else()
+      # The 32-bit build embeds a type library written by the 64-bit build's generator.
+      set(generator_args "")
+      set(generator_depends "")
+      if(bits EQUAL 32 AND TARGET mandor_dll64)
+        set(generator_args -DMANDOR_TYPELIB_GENERATOR=${PROJECT_BINARY_DIR}/mingw64/typelib_gen.exe)
+        set(generator_depends mandor_dll64)
+      endif()
       ExternalProject_Add(mandor_dll${bits}
         SOURCE_DIR ${PROJECT_SOURCE_DIR}/mandor/server
         BINARY_DIR ${PROJECT_BINARY_DIR}/mingw${bits}
         CMAKE_ARGS -DCMAKE_TOOLCHAIN_FILE=${PROJECT_SOURCE_DIR}/cmake/mingw-w64-${arch}.cmake
                    -DMANDOR_WERROR=${MANDOR_WERROR}
                    -DPUGIXML_SOURCE_DIR=${MANDOR_PUGIXML_SOURCE_DIR}
+                   ${generator_args}
+        DEPENDS ${generator_depends}
         # Two jobs at most, and one DLL at a time (the console pool).
         BUILD_COMMAND ${CMAKE_COMMAND} --build <BINARY_DIR> -j2
         USES_TERMINAL_BUILD ON

@@ -1,7 +1,7 @@
 // The entry points of the in-process server: class objects for the
 // creatable classes, registration under the ProgIDs "MandorDLL.<class>"
-// (apartment-threaded) with the type library written beside the DLL, and
-// the unload test.
+// (apartment-threaded) with the type library (embedded, or written beside
+// the DLL), and the unload test.
 #include <windows.h>
 #include <oleauto.h>
 #include <olectl.h>
@@ -137,13 +137,20 @@ STDAPI DllRegisterServer() {
                       SetKey(key + L"\\TypeLib", nullptr, libid) && SetKey(key + L"\\Version", nullptr, L"1.0");
       if (!ok) return SELFREG_E_CLASS;
     }
-    const std::wstring tlb = TypeLibPath();
-    if (FAILED(WriteTypeLib(tlb))) return SELFREG_E_TYPELIB;
+    // The type library embedded as resource TYPELIB 1, else one written beside the DLL now.
     ITypeLib* lib = nullptr;
-    HRESULT hr = LoadTypeLibEx(tlb.c_str(), REGKIND_NONE, &lib);
-    if (SUCCEEDED(hr)) {
-      hr = RegisterTypeLib(lib, const_cast<LPOLESTR>(tlb.c_str()), nullptr);
-      lib->Release();
+    HRESULT hr;
+    if (FindResourceW(g_module, MAKEINTRESOURCEW(1), L"TYPELIB") != nullptr) {
+      hr = LoadTypeLibEx(module.c_str(), REGKIND_REGISTER, &lib);
+      if (SUCCEEDED(hr)) lib->Release();
+    } else {
+      const std::wstring tlb = TypeLibPath();
+      if (FAILED(WriteTypeLib(tlb, kOwnSysKind))) return SELFREG_E_TYPELIB;
+      hr = LoadTypeLibEx(tlb.c_str(), REGKIND_NONE, &lib);
+      if (SUCCEEDED(hr)) {
+        hr = RegisterTypeLib(lib, const_cast<LPOLESTR>(tlb.c_str()), nullptr);
+        lib->Release();
+      }
     }
     return SUCCEEDED(hr) ? S_OK : SELFREG_E_TYPELIB;
   } catch (...) {
@@ -157,7 +164,7 @@ STDAPI DllUnregisterServer() {
       RegDeleteTreeW(HKEY_CLASSES_ROOT, ProgId(*cls).c_str());
       RegDeleteTreeW(HKEY_CLASSES_ROOT, (L"CLSID\\" + GuidText(cls->clsid)).c_str());
     }
-    UnRegisterTypeLib(kLibId, kLibMajor, kLibMinor, LOCALE_NEUTRAL, sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32);
+    UnRegisterTypeLib(kLibId, kLibMajor, kLibMinor, LOCALE_NEUTRAL, kOwnSysKind);
     return S_OK;
   } catch (...) {
     return E_UNEXPECTED;

@@ -159,9 +159,9 @@ class TypeLibWriter {
 
 }  // namespace
 
-HRESULT WriteTypeLib(const std::wstring& path) {
+HRESULT WriteTypeLib(const std::wstring& path, SYSKIND syskind) {
   ComPtr<ICreateTypeLib2> lib;
-  RETURN_IF_FAILED(CreateTypeLib2(sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32, path.c_str(), &lib));
+  RETURN_IF_FAILED(CreateTypeLib2(syskind, path.c_str(), &lib));
   RETURN_IF_FAILED(lib->SetName(const_cast<LPOLESTR>(L"MandorDLL")));
   RETURN_IF_FAILED(lib->SetGuid(kLibId));
   RETURN_IF_FAILED(lib->SetVersion(kLibMajor, kLibMinor));

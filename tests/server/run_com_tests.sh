@@ -40,7 +40,16 @@ if ! wine regsvr32 /s "$(winepath -w "$dll")"; then
   echo "FAILED: regsvr32 could not register $dll"
   exit 1
 fi
-[ -f "${dll%.dll}.tlb" ] || { echo "FAILED: registration wrote no type library"; exit 1; }
+# The type library is registered from the DLL itself when the build embedded it, else from the
+# MandorDLL.tlb that registration wrote beside it.
+registered="$(wine reg query 'HKCR\TypeLib\{FCA4A274-897C-5236-8829-FD5012D6331C}\1.0\0\win64' /ve 2>/dev/null |
+  tr -d '\r' | sed -n 's/.*REG_SZ[[:space:]]*//p')"
+echo "type library registered from: $registered"
+if [ -f "${dll%.dll}-embedded.tlb" ]; then expected="MandorDLL.dll"; else expected="MandorDLL.tlb"; fi
+case "$registered" in
+  *"$expected") ;;
+  *) echo "FAILED: the type library should be registered from $expected"; exit 1 ;;
+esac
 
 passed=0
 failed=0
