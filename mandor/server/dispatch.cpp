@@ -392,6 +392,10 @@ class NativeObject final : public IDispatch {
     if (m == nullptr) return DISP_E_MEMBERNOTFOUND;
     DISPPARAMS none = {nullptr, nullptr, 0, 0};
     if (params == nullptr) params = &none;
+    if ((params->cArgs > 0 && params->rgvarg == nullptr) || params->cNamedArgs > params->cArgs ||
+        (params->cNamedArgs > 0 && params->rgdispidNamedArgs == nullptr)) {
+      return E_INVALIDARG;
+    }
     const bool put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
     if (params->cNamedArgs > 0 &&
         !(put && params->cNamedArgs == 1 && params->rgdispidNamedArgs[0] == DISPID_PROPERTYPUT)) {
