@@ -102,7 +102,7 @@ ClassInfo CollectionClass() {
   .Prop("oOwnerMandor", [](C& o) { return o.oOwnerMandor(); },                                       \
         [](C& o, std::shared_ptr<Mandor> m) { o.oOwnerMandor(m); })                                  \
   .Prop("Font", [](C& o) { return o.Font(); }, [](C& o, std::shared_ptr<CFont> f) { o.Font(f); })    \
-  GET(isNewVersion)                                                                                   \
+  ACTION(isNewVersion)                                                                                \
   .Method("ToggleVersion", [](C& o, Ref<bool>& bNew) { o.ToggleVersion(bNew.value); }, "bNew")
 
 ClassInfo MandorClass() {
@@ -221,7 +221,7 @@ ClassInfo RegleClass() {
       FONT_DELEGATION
       .Method("SetPropertiesFromFontClass", [](C& o, std::shared_ptr<CFont> f) { o.SetPropertiesFromFontClass(f); },
               "oFont")
-      GET(GetFontClassFromProperties)
+      ACTION(GetFontClassFromProperties)
       OWNER_AND_FONT;
   return info;
 }
@@ -242,23 +242,20 @@ ClassInfo ChampClass() {
       .Prop("oRegleH", [](C& o) { return o.oRegleH(); }, [](C& o, std::shared_ptr<CRegle> r) { o.oRegleH(r); })
       .Prop("oRegleV", [](C& o) { return o.oRegleV(); }, [](C& o, std::shared_ptr<CRegle> r) { o.oRegleV(r); })
       OWNER_AND_FONT
-      GET(GetFontClassFromFontProperties)
+      ACTION(GetFontClassFromFontProperties)
       PROP(Nom) PROP(Accrochage_V) PROP(Accrochage_H) PROP(InitialValue)
       .Get("valeur", [](C& o, std::optional<bool> bInitial) { return o.valeur(bInitial.value_or(false)); }, "bInitial")
       .Let("valeur", [](C& o, std::optional<bool> bInitial, std::string v) { o.valeur(bInitial.value_or(false), v); },
            "bInitial, value")
       PROP(Formule) PROP(Accrochage_V_Type) PROP(Décimales) PROP(Type_Champ)
-      GET(IsZero) GET(DiffWithInitial) GET(HasInPU) GET(HasInMT) GET(IsUnderOne) GET(FormuleHasPourcent)
-      GET(ValueChanged)
+      ACTION(IsZero) ACTION(DiffWithInitial) ACTION(HasInPU) ACTION(HasInMT) ACTION(IsUnderOne)
+      ACTION(FormuleHasPourcent) ACTION(ValueChanged)
       FONT_DELEGATION
       .Method("SetFontPropertiesFromFontClass",
               [](C& o, std::shared_ptr<CFont> f) { o.SetFontPropertiesFromFontClass(f); }, "oFont")
       GET(Position_point_Left) GET(Position_point_Top) GET(Position_point_Bottom) GET(Position_point_Right)
       .Unavailable("MajXmlNodeFromChampProperties", kXmlNode)
-      .Unavailable("MajXmlNodeDataContratFromChampProperties", kXmlNode)
-      ACTION(RendreRecurrent)
-      .Method("SupprimerDuDocument", [](C& o, std::string key) { o.SupprimerDuDocument(key); }, "key")
-      .Method("SupprimerDesRecurrents", [](C& o, std::string key) { o.SupprimerDesRecurrents(key); }, "key");
+      .Unavailable("MajXmlNodeDataContratFromChampProperties", kXmlNode);
   return info;
 }
 
