@@ -8,6 +8,7 @@ doc.Répertoire_Document = DataDir
 doc.Nom_Document = "dqe-menuiseries.det"
 CheckEqual doc.Type_Document, doc.DOCUMENT_DETAIL, "type from the name"
 CheckEqual doc.ShortName, "dqe-menuiseries.", "short name"
+CheckEqual doc.RÉPERTOIRE_DOCUMENT, DataDir, "accented member names without regard to case"
 CheckEqual doc.RestaurerMarquage, True, "restored"
 CheckEqual doc.Pages.Count, 2, "pages"
 CheckEqual doc.Regles_V.Count, 5, "vertical rulers"
