@@ -33,6 +33,11 @@ bool LanguageUsesComma(std::string_view name) {
 
 }  // namespace
 
+#ifdef _WIN32
+// The user's regional settings (platform_win.cpp).
+Locale WindowsUserLocale();
+#endif
+
 Locale Locale::FromEnvironment() {
   for (const char* var : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
     const char* value = std::getenv(var);
@@ -40,7 +45,11 @@ Locale Locale::FromEnvironment() {
       return LanguageUsesComma(value) ? Comma() : Point();
     }
   }
+#ifdef _WIN32
+  return WindowsUserLocale();
+#else
   return Point();
+#endif
 }
 
 }  // namespace mandor

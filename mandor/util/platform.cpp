@@ -22,6 +22,25 @@ Platform::~Platform() = default;
 
 namespace {
 
+// Paths are UTF-8 in the model; the file system takes them as the system's
+// own paths (UTF-16 on Windows).
+fs::path NativePath(const std::string& path) {
+  return fs::path(std::u8string(path.begin(), path.end()));
+}
+
+std::string Utf8(const fs::path& path) {
+  const std::u8string text = path.u8string();
+  return std::string(text.begin(), text.end());
+}
+
+std::FILE* OpenFile(const std::string& path, const char* mode) {
+#ifdef _WIN32
+  return _wfopen(NativePath(path).c_str(), std::wstring(mode, mode + std::char_traits<char>::length(mode)).c_str());
+#else
+  return std::fopen(path.c_str(), mode);
+#endif
+}
+
 // --- SystemPlatform's text files ---
 
 // A file open for output, written through a stdio stream.
@@ -53,10 +72,10 @@ class StdioOutputFile : public OutputTextFile {
 // Reads a whole file. Error 53 when it is missing, 75 when it cannot be read.
 std::string ReadWholeFile(const std::string& path) {
   std::error_code ec;
-  const fs::file_status status = fs::status(fs::path(path), ec);
+  const fs::file_status status = fs::status(NativePath(path), ec);
   if (!fs::exists(status)) ThrowError(kFileNotFound);
   if (!fs::is_regular_file(status)) ThrowError(kPathFileAccessError);
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  std::FILE* file = OpenFile(path, "rb");
   if (file == nullptr) ThrowError(errno == ENOENT ? kFileNotFound : kPathFileAccessError);
   std::string bytes;
   char buffer[65536];
@@ -70,7 +89,7 @@ std::string ReadWholeFile(const std::string& path) {
 
 bool IsRegularFile(const std::string& path) {
   std::error_code ec;
-  return !path.empty() && fs::is_regular_file(fs::path(path), ec);
+  return !path.empty() && fs::is_regular_file(NativePath(path), ec);
 }
 
 // --- the current platform ---
@@ -95,32 +114,40 @@ bool SystemPlatform::FileExists(const std::string& path) { return IsRegularFile(
 void SystemPlatform::CopyFile(const std::string& from, const std::string& to) {
   if (!IsRegularFile(from)) ThrowError(kFileNotFound);
   std::error_code ec;
-  fs::copy_file(fs::path(from), fs::path(to), fs::copy_options::overwrite_existing, ec);
+  fs::copy_file(NativePath(from), NativePath(to), fs::copy_options::overwrite_existing, ec);
   if (ec) ThrowError(kPathFileAccessError);
 }
 
 void SystemPlatform::DeleteFile(const std::string& path) {
   std::error_code ec;
-  const fs::path p(path);
+  const fs::path p = NativePath(path);
   const fs::file_status link_status = fs::symlink_status(p, ec);
   if (path.empty() || !fs::exists(link_status) || fs::is_directory(link_status)) {
     ThrowError(kFileNotFound);
   }
   // On POSIX a read-only file is removed like any other: only the folder's
-  // permissions matter.
-  if (!fs::remove(p, ec) || ec) ThrowError(kPathFileAccessError);
+  // permissions matter. Windows refuses until the file is made writable.
+  if (!fs::remove(p, ec) || ec) {
+#ifdef _WIN32
+    std::error_code retry_ec;
+    fs::permissions(p, fs::perms::owner_write, fs::perm_options::add, retry_ec);
+    if (!retry_ec && fs::remove(p, retry_ec) && !retry_ec) return;
+#endif
+    ThrowError(kPathFileAccessError);
+  }
 }
 
 void SystemPlatform::RenameFile(const std::string& from, const std::string& to) {
   if (!IsRegularFile(from)) ThrowError(kFileNotFound);
   std::error_code ec;
-  fs::rename(fs::path(from), fs::path(to), ec);  // rename(2): replaces the target atomically
+  // rename(2), MoveFileExW(MOVEFILE_REPLACE_EXISTING) on Windows: replaces the target.
+  fs::rename(NativePath(from), NativePath(to), ec);
   if (ec) ThrowError(kPathFileAccessError);
 }
 
 std::vector<FolderEntry> SystemPlatform::ListFolder(const std::string& folder) {
   std::error_code ec;
-  const fs::path dir(folder);
+  const fs::path dir = NativePath(folder);
   if (folder.empty() || !fs::is_directory(dir, ec)) ThrowError(kPathNotFound);
   std::vector<FolderEntry> entries;
   fs::directory_iterator it(dir, ec);
@@ -128,7 +155,7 @@ std::vector<FolderEntry> SystemPlatform::ListFolder(const std::string& folder) {
   for (; it != fs::directory_iterator(); it.increment(ec)) {
     std::error_code type_ec;
     if (it->is_regular_file(type_ec)) {
-      entries.push_back({it->path().filename().string(), it->path().string()});
+      entries.push_back({Utf8(it->path().filename()), Utf8(it->path())});
     }
   }
   if (ec) ThrowError(kPathFileAccessError);
@@ -142,8 +169,8 @@ std::unique_ptr<TextFile> SystemPlatform::OpenTextFile(const std::string& path, 
     return std::make_unique<BufferTextFile>(ReadWholeFile(path));
   }
   std::error_code ec;
-  if (path.empty() || fs::is_directory(fs::path(path), ec)) ThrowError(kPathFileAccessError);
-  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (path.empty() || fs::is_directory(NativePath(path), ec)) ThrowError(kPathFileAccessError);
+  std::FILE* file = OpenFile(path, "wb");
   if (file == nullptr) ThrowError(kPathFileAccessError);
   return std::make_unique<StdioOutputFile>(file);
 }
@@ -152,14 +179,15 @@ std::string SystemPlatform::ReadFileBytes(const std::string& path) { return Read
 
 void SystemPlatform::WriteFileBytes(const std::string& path, std::string_view bytes) {
   std::error_code ec;
-  if (path.empty() || fs::is_directory(fs::path(path), ec)) ThrowError(kPathFileAccessError);
-  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (path.empty() || fs::is_directory(NativePath(path), ec)) ThrowError(kPathFileAccessError);
+  std::FILE* file = OpenFile(path, "wb");
   if (file == nullptr) ThrowError(kPathFileAccessError);
   const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
   // fclose flushes the buffer and reports a failed flush.
   if (std::fclose(file) != 0 || !written) ThrowError(kPathFileAccessError);
 }
 
+#ifndef _WIN32  // Windows shows real message boxes (platform_win.cpp).
 void SystemPlatform::Message(const std::string& text, const std::string& title, MessageStyle) {
   if (title.empty()) {
     std::cerr << text << std::endl;
@@ -173,6 +201,7 @@ bool SystemPlatform::AskYesNo(const std::string& text, const std::string& title)
   Message(text, title, MessageStyle::kQuestion);
   return false;
 }
+#endif
 
 double SystemPlatform::Random() {
   static std::mt19937_64 generator{std::random_device{}()};
