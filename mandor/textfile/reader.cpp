@@ -51,7 +51,7 @@ std::shared_ptr<Mandor> SelfOf(Mandor& doc) {
   return self;
 }
 
-bool IsBlank(std::string_view text) { return Trim(text).empty(); }
+bool IsBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string_view::npos; }
 
 // Conversions of values read from a file. A blank value leaves the target
 // unchanged; any other value that does not convert raises Error 13 (or 6
@@ -91,17 +91,31 @@ long long CountOf(std::string_view text) { return IsBlank(text) ? 0 : ToInt32Val
 // (without regard to case), so "c12=" answers to c1 and c12; the first such
 // line wins. Only the numbers written at the start of some line can appear,
 // whatever the limit.
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 using NumberedLines = std::map<long long, std::string_view>;  // views into the section's lines
 
 NumberedLines NumberedValues(const StringArray& lines, std::string_view prefix, long long limit) {
   std::map<long long, size_t> first_line;
   const std::string folded_prefix = FoldCase(prefix);
   const long prefix_chars = static_cast<long>(CharLength(prefix));
+  const bool ascii_prefix = IsAscii(folded_prefix);
   for (size_t j = 1; j < lines.size(); ++j) {
-    const std::string text = Trim(lines[j]);
-    const std::string head = Left(text, prefix_chars);
-    if (FoldCase(head) != folded_prefix) continue;
-    const std::string_view rest = std::string_view(text).substr(head.size());
+    std::string_view text = lines[j];
+    const size_t first = text.find_first_not_of(' ');
+    text = first == std::string_view::npos ? std::string_view() : text.substr(first, text.find_last_not_of(' ') - first + 1);
+    size_t head_size = folded_prefix.size();
+    if (ascii_prefix && IsAscii(text.substr(0, head_size))) {
+      // Without other characters the head is the prefix's bytes, compared as they fold.
+      if (text.size() < head_size || !EqualsIgnoreCase(text.substr(0, head_size), folded_prefix)) continue;
+    } else {
+      const std::string head = Left(text, prefix_chars);
+      if (FoldCase(head) != folded_prefix) continue;
+      head_size = head.size();
+    }
+    const std::string_view rest = text.substr(head_size);
     if (rest.empty() || rest[0] < '1' || rest[0] > '9') continue;  // numbers have no leading zero
     long long value = 0;
     for (size_t k = 0; k < rest.size() && k < 18 && rest[k] >= '0' && rest[k] <= '9'; ++k) {
