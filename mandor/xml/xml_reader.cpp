@@ -275,16 +275,32 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
       seen.push_back(std::move(id));
     }
   }
+  // The workbook is dropped after the read: a row is taken out of it (and
+  // its memory made free for the model) once the last document that reads
+  // it is done with it, so that the whole table and the whole model are
+  // never held at once.
+  std::unordered_map<const void*, const Mandor*> last_reader;
   for (const auto& document : documents_) {
     auto it = rows_by_document.find(document->Id);
-    if (it != rows_by_document.end()) XML_ReadRows(it->second, document);
+    if (it == rows_by_document.end()) continue;
+    for (const pugi::xml_node& row : it->second) last_reader[row.internal_object()] = document.get();
+  }
+  for (const auto& document : documents_) {
+    auto it = rows_by_document.find(document->Id);
+    if (it == rows_by_document.end()) continue;
+    std::vector<bool> release(it->second.size());
+    for (size_t r = 0; r < release.size(); ++r) {
+      release[r] = last_reader[it->second[r].internal_object()] == document.get();
+    }
+    XML_ReadRows(it->second, document, release);
   }
 }
 
 // The rulers of all rows are made first, then the cells are read, so that a
 // "mn:RefersTo" may name a line further down as well as one above. An error
 // in one row leaves that row (or what is left of it) out and the rest is read.
-void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor) {
+void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor,
+                             const std::vector<bool>& release) {
   const std::string& id = oMandor->Id;
   std::vector<std::shared_ptr<CRegle>> own_rulers(oRows.size());
   std::vector<pugi::xml_node> i_rows(oRows.size());
@@ -323,16 +339,25 @@ void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std
   }
 
   for (size_t r = 0; r < oRows.size(); ++r) {
-    if (!i_rows[r]) continue;
-    try {
-      std::shared_ptr<CRegle> regle = own_rulers[r];
-      if (!regle) regle = IndexFor(oMandor).Horizontal(Attr(i_rows[r], "mn:RefersTo"));
-      std::vector<pugi::xml_node> cells;
-      for (pugi::xml_node cell = oRows[r].child("Cell"); cell; cell = cell.next_sibling("Cell")) {
-        if (HasChildWithId(cell, "mn:iCell", id)) cells.push_back(cell);
+    if (i_rows[r]) {
+      try {
+        std::shared_ptr<CRegle> regle = own_rulers[r];
+        if (!regle) regle = IndexFor(oMandor).Horizontal(Attr(i_rows[r], "mn:RefersTo"));
+        std::vector<pugi::xml_node> cells;
+        for (pugi::xml_node cell = oRows[r].child("Cell"); cell; cell = cell.next_sibling("Cell")) {
+          if (HasChildWithId(cell, "mn:iCell", id)) cells.push_back(cell);
+        }
+        XML_ReadCells(cells, oMandor, regle);
+      } catch (const std::exception&) {
       }
-      XML_ReadCells(cells, oMandor, regle);
-    } catch (const std::exception&) {
+    }
+    if (release[r]) {
+      // The whitespace before the row goes too: it shares the row's memory pages.
+      pugi::xml_node table = oRows[r].parent();
+      if (pugi::xml_node before = oRows[r].previous_sibling(); before.type() == pugi::node_pcdata) {
+        table.remove_child(before);
+      }
+      table.remove_child(oRows[r]);
     }
   }
 }
