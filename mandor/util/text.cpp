@@ -249,7 +249,17 @@ std::string Trim(std::string_view s) {
   return std::string(s.substr(first, last - first + 1));
 }
 
-std::string UpperCase(std::string_view s) { return MapChars(s, ToUpper); }
+std::string UpperCase(std::string_view s) {
+  // Keys and names are mostly ASCII: a byte loop does for them.
+  if (std::all_of(s.begin(), s.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    std::string out(s);
+    for (char& c : out) {
+      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return out;
+  }
+  return MapChars(s, ToUpper);
+}
 
 std::string LowerCase(std::string_view s) { return MapChars(s, ToLower); }
 
