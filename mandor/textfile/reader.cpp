@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "mandor/fields/champ.h"
@@ -324,14 +325,15 @@ std::map<long long, size_t> PageHeaderLines(const std::vector<std::string>& line
 
 // The lines of the section whose header is lines[header], as ReadSection
 // returns them: up to the next header line. Error 62 when the header is the
-// last line.
-StringArray SectionAfter(const std::vector<std::string>& lines, size_t header) {
+// last line. The lines are moved out of `lines`: sections do not overlap, and
+// each is taken once.
+StringArray SectionAfter(std::vector<std::string>& lines, size_t header) {
   if (header + 1 >= lines.size()) ThrowError(kInputPastEndOfFile);
   StringArray section(1);
   for (size_t j = header + 1; j < lines.size(); ++j) {
     const size_t bracket = lines[j].find('[');
     if (bracket != std::string::npos && bracket < 3) break;
-    section.push_back(lines[j]);
+    section.push_back(std::move(lines[j]));
   }
   return section;
 }
@@ -490,7 +492,7 @@ void Mandor::ExtractRegles_V(StringArray& cLignes) {
 bool Mandor::ExtractPages(StringArray& cLignes, TextFile& fich) {
   const long long count = CountOf(FindValue(cLignes, "nombre"));
   if (count > 0) {
-    const std::vector<std::string> lines = AllLines(fich);
+    std::vector<std::string> lines = AllLines(fich);
     const std::map<long long, size_t> headers = PageHeaderLines(lines);
     for (long long p = 1; p <= count; ++p) {
       auto header = headers.find(p);
