@@ -142,11 +142,21 @@ std::string ValueOf(const Map& values, long long number) {
 
 // Splits a record into exactly `columns` columns (cols[1..columns]); false,
 // without splitting, when the value holds another number of columns.
-bool SplitRecord(const Mandor& doc, std::string_view value, int columns, StringArray& cols) {
-  const auto separators = std::count(value.begin(), value.end(), tf::kRecordSeparator[0]);
-  if (separators != columns - 1) return false;
-  cols.assign(static_cast<size_t>(columns) + 1, std::string());
-  doc.SeparateString(value, cols, tf::kRecordSeparator);
+// The record is cut at each separator in one pass, as SeparateString cuts it
+// (the separator is ASCII, never part of a longer character); cols keeps its
+// strings' storage from one record to the next.
+bool SplitRecord(std::string_view value, int columns, StringArray& cols) {
+  static_assert(sizeof(tf::kRecordSeparator) == 2 && static_cast<unsigned char>(tf::kRecordSeparator[0]) < 0x80);
+  const size_t count = static_cast<size_t>(columns);
+  cols.resize(count + 1);
+  size_t start = 0;
+  for (size_t k = 1; k <= count; ++k) {
+    const size_t found = value.find(tf::kRecordSeparator[0], start);
+    if ((found == std::string_view::npos) != (k == count)) return false;  // too few or too many columns
+    cols[k].assign(value.substr(start, found == std::string_view::npos ? std::string_view::npos : found - start));
+    start = found + 1;
+  }
+  cols[0].clear();
   return true;
 }
 
@@ -469,7 +479,7 @@ void Mandor::ExtractChampsRecurrents(StringArray& cLignes) {
   const long long count = CountOf(FindValue(cLignes, tf::kKeyNombreChampsRecurrents));
   StringArray cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRecurrentPrefix, count)) {
-    if (!SplitRecord(*this, value, tf::recurrent_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::recurrent_col::kCount, cols)) continue;
     auto field = NewField(self);
     FillFieldFromRecord(*this, field, cols, ToInt16(static_cast<double>(i)));
     field->InitialValue(FormattedValue(*this, field, cols[tf::recurrent_col::kInitialValue]));
@@ -483,7 +493,7 @@ void Mandor::ExtractRegles_V(StringArray& cLignes) {
   const long long count = CountOf(FindValue(cLignes, "nombre"));
   StringArray cols;
   for (const auto& [i, value] : NumberedValues(cLignes, "", count)) {
-    if (!SplitRecord(*this, value, tf::ruler_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
     auto ruler = RulerFromRecord(self, cols);
     Regles_V.Add(ruler, ruler->Nom);
   }
@@ -523,7 +533,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
 
   StringArray cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRulerPrefix, ruler_count)) {
-    if (!SplitRecord(*this, value, tf::ruler_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
     auto ruler = RulerFromRecord(self, cols);
     ruler->Page(page);
     page->Regles_H.Add(ruler, ruler->Nom);
@@ -532,7 +542,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
   const long long field_count = CountOf(FindValue(cLignes, "nombre_champs"));
   ReadingOrder order;
   for (const auto& [i, value] : NumberedValues(cLignes, "C", field_count)) {
-    if (!SplitRecord(*this, value, tf::field_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::field_col::kCount, cols)) continue;
     auto field = NewField(self);
     // The page first, so that Accrochage_H finds the page's rulers.
     field->oOwnerPage = page;
@@ -643,7 +653,7 @@ bool Mandor::RestaurerMarquageStd() {
         if (value.empty()) {
           throw StdReadFailure{"ERREUR: impossible de retrouver la règle verticale " + MessageNumber(i)};
         }
-        if (!SplitRecord(*this, value, col::kCount, cols)) {
+        if (!SplitRecord(value, col::kCount, cols)) {
           throw StdReadFailure{"ERREUR de format à la lecture du paramètre " + MessageNumber(i) +
                                " de la section Règles verticales\nValeur: " + value + "\n" +
                                MessageNumber(ColumnCount(value)) + " paramètres au lieu de 9\nFichier: " + path};
@@ -682,7 +692,7 @@ bool Mandor::RestaurerMarquageStd() {
           throw StdReadFailure{"ERREUR: impossible de retrouver la règle horizontale " + MessageNumber(i) +
                                " dans la page " + MessageNumber(n)};
         }
-        if (!SplitRecord(*this, value, rcol::kCount, cols)) {
+        if (!SplitRecord(value, rcol::kCount, cols)) {
           throw StdReadFailure{"ERREUR de format à la lecture du paramètre r" + MessageNumber(i) + " de la page " +
                                MessageNumber(n) + "\nValeur: " + value + "\n" + MessageNumber(ColumnCount(value)) +
                                " paramètres trouvés au lieu de 8\nFichier: " + path};
@@ -710,7 +720,7 @@ bool Mandor::RestaurerMarquageStd() {
           throw StdReadFailure{"ERREUR: impossible de retrouver le champ c" + MessageNumber(i) + " dans la page " +
                                MessageNumber(n)};
         }
-        if (!SplitRecord(*this, value, fcol::kCount, cols)) {
+        if (!SplitRecord(value, fcol::kCount, cols)) {
           throw StdReadFailure{"ERREUR de format à la lecture du paramètre c" + MessageNumber(i) + " de la page " +
                                MessageNumber(n) + "\nValeur: " + value + "\n" + MessageNumber(ColumnCount(value)) +
                                " paramètres trouvés au lieu de 18\nFichier: " + path};

@@ -65,24 +65,6 @@ bool SeparateString(std::string_view cString, StringArray& Parametres, std::stri
   const size_t n = Parametres.empty() ? 0 : Parametres.size() - 1;
   size_t k = 1;
   bool seen = false;
-  if (cSep.size() == 1 && static_cast<unsigned char>(cSep[0]) < 0x80) {
-    // An ASCII separator is never part of a longer character: the text is
-    // cut at each occurrence and the pieces appended whole.
-    size_t start = 0;
-    for (;;) {
-      const size_t found = cString.find(cSep[0], start);
-      const std::string_view piece =
-          cString.substr(start, found == std::string_view::npos ? std::string_view::npos : found - start);
-      if (!piece.empty()) {
-        if (k > n) ThrowError(kSubscriptOutOfRange);
-        Parametres[k].append(piece);
-      }
-      if (found == std::string_view::npos) return seen;
-      seen = true;
-      if (k < n) ++k;
-      start = found + 1;
-    }
-  }
   for (size_t i = 0; i < cString.size();) {
     size_t len = CharBytes(cString, i);
     std::string_view c = cString.substr(i, len);
