@@ -73,7 +73,7 @@ std::shared_ptr<CChamp> CChamp::Self() {
 
 void CChamp::Nom(const std::string& value) {
   nom_ = value;
-  if (InStr(nom_, "_") > 0) {
+  if (nom_.find('_') != std::string::npos) {
     // Split at every "_": the first part names the horizontal ruler, the
     // second the vertical one; further parts are ignored.
     size_t first = nom_.find('_');

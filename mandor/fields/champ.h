@@ -40,10 +40,10 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   float Position_pixel_Bottom = 0;
   float Position_pixel_Right = 0;
   bool bPropage = true;
+  bool NonImprime0 = false;  // out of interface order: it fills a padding gap
   int16_t Accrochage_H_Type = 0;
   std::string Id;
   std::string OldFormule;
-  bool NonImprime0 = false;
   std::shared_ptr<void> Controle;
   std::string ValeurNonImp;
   int16_t Déplacement = 0;
@@ -191,25 +191,26 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   std::weak_ptr<Mandor> owner_;
   std::shared_ptr<CFont> font_;
   std::string initial_value_;
-  bool initial_value_fixed_ = false;
-  bool is_data_contrat_ = false;
   std::string label_;
   std::string to_report_;
-  bool is_optional_ = false;
   std::string groupe_;
   std::string accrochage_v_;
   std::string accrochage_h_;
-  int16_t accrochage_v_type_ = 0;
   std::string formule_;
-  int16_t type_champ_ = 0;
-  int16_t décimales_ = 0;
-  int16_t imprimable_ = 0;
   std::string valeur_;
-  bool new_version_ = false;
-  bool recurrent_ = false;
   std::string champ_recurrent_de_ref_;
   std::shared_ptr<CRegle> regle_h_;
   std::shared_ptr<CRegle> regle_v_;
+  // The small members last, together, so that they share one padded word.
+  int16_t accrochage_v_type_ = 0;
+  int16_t type_champ_ = 0;
+  int16_t décimales_ = 0;
+  int16_t imprimable_ = 0;
+  bool initial_value_fixed_ = false;
+  bool is_data_contrat_ = false;
+  bool is_optional_ = false;
+  bool new_version_ = false;
+  bool recurrent_ = false;
 };
 
 }  // namespace mandor

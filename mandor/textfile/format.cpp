@@ -80,6 +80,10 @@ std::string PixelText(float value) { return SingleToText(value, CurrentPlatform(
 std::string CentimetreText(float value) { return NombreVersFichier(PixelText(value)); }
 
 double ParseFileNumber(std::string_view text) {
+  // Most numbers hold no separator to convert: no copy for them.
+  if (text.find(EstVirguleDecimale() ? '.' : ',') == std::string_view::npos) {
+    return ToDouble(text, CurrentPlatform().locale());
+  }
   return ToDouble(NombreVersLocal(text), CurrentPlatform().locale());
 }
 

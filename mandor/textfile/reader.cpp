@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "mandor/fields/champ.h"
@@ -51,7 +52,7 @@ std::shared_ptr<Mandor> SelfOf(Mandor& doc) {
   return self;
 }
 
-bool IsBlank(std::string_view text) { return Trim(text).empty(); }
+bool IsBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string_view::npos; }
 
 // Conversions of values read from a file. A blank value leaves the target
 // unchanged; any other value that does not convert raises Error 13 (or 6
@@ -91,17 +92,31 @@ long long CountOf(std::string_view text) { return IsBlank(text) ? 0 : ToInt32Val
 // (without regard to case), so "c12=" answers to c1 and c12; the first such
 // line wins. Only the numbers written at the start of some line can appear,
 // whatever the limit.
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 using NumberedLines = std::map<long long, std::string_view>;  // views into the section's lines
 
 NumberedLines NumberedValues(const StringArray& lines, std::string_view prefix, long long limit) {
   std::map<long long, size_t> first_line;
   const std::string folded_prefix = FoldCase(prefix);
   const long prefix_chars = static_cast<long>(CharLength(prefix));
+  const bool ascii_prefix = IsAscii(folded_prefix);
   for (size_t j = 1; j < lines.size(); ++j) {
-    const std::string text = Trim(lines[j]);
-    const std::string head = Left(text, prefix_chars);
-    if (FoldCase(head) != folded_prefix) continue;
-    const std::string_view rest = std::string_view(text).substr(head.size());
+    std::string_view text = lines[j];
+    const size_t first = text.find_first_not_of(' ');
+    text = first == std::string_view::npos ? std::string_view() : text.substr(first, text.find_last_not_of(' ') - first + 1);
+    size_t head_size = folded_prefix.size();
+    if (ascii_prefix && IsAscii(text.substr(0, head_size))) {
+      // Without other characters the head is the prefix's bytes, compared as they fold.
+      if (text.size() < head_size || !EqualsIgnoreCase(text.substr(0, head_size), folded_prefix)) continue;
+    } else {
+      const std::string head = Left(text, prefix_chars);
+      if (FoldCase(head) != folded_prefix) continue;
+      head_size = head.size();
+    }
+    const std::string_view rest = text.substr(head_size);
     if (rest.empty() || rest[0] < '1' || rest[0] > '9') continue;  // numbers have no leading zero
     long long value = 0;
     for (size_t k = 0; k < rest.size() && k < 18 && rest[k] >= '0' && rest[k] <= '9'; ++k) {
@@ -127,11 +142,21 @@ std::string ValueOf(const Map& values, long long number) {
 
 // Splits a record into exactly `columns` columns (cols[1..columns]); false,
 // without splitting, when the value holds another number of columns.
-bool SplitRecord(const Mandor& doc, std::string_view value, int columns, StringArray& cols) {
-  const auto separators = std::count(value.begin(), value.end(), tf::kRecordSeparator[0]);
-  if (separators != columns - 1) return false;
-  cols.assign(static_cast<size_t>(columns) + 1, std::string());
-  doc.SeparateString(value, cols, tf::kRecordSeparator);
+// The record is cut at each separator in one pass, as SeparateString cuts it
+// (the separator is ASCII, never part of a longer character); cols keeps its
+// strings' storage from one record to the next.
+bool SplitRecord(std::string_view value, int columns, StringArray& cols) {
+  static_assert(sizeof(tf::kRecordSeparator) == 2 && static_cast<unsigned char>(tf::kRecordSeparator[0]) < 0x80);
+  const size_t count = static_cast<size_t>(columns);
+  cols.resize(count + 1);
+  size_t start = 0;
+  for (size_t k = 1; k <= count; ++k) {
+    const size_t found = value.find(tf::kRecordSeparator[0], start);
+    if ((found == std::string_view::npos) != (k == count)) return false;  // too few or too many columns
+    cols[k].assign(value.substr(start, found == std::string_view::npos ? std::string_view::npos : found - start));
+    start = found + 1;
+  }
+  cols[0].clear();
   return true;
 }
 
@@ -310,14 +335,15 @@ std::map<long long, size_t> PageHeaderLines(const std::vector<std::string>& line
 
 // The lines of the section whose header is lines[header], as ReadSection
 // returns them: up to the next header line. Error 62 when the header is the
-// last line.
-StringArray SectionAfter(const std::vector<std::string>& lines, size_t header) {
+// last line. The lines are moved out of `lines`: sections do not overlap, and
+// each is taken once.
+StringArray SectionAfter(std::vector<std::string>& lines, size_t header) {
   if (header + 1 >= lines.size()) ThrowError(kInputPastEndOfFile);
   StringArray section(1);
   for (size_t j = header + 1; j < lines.size(); ++j) {
     const size_t bracket = lines[j].find('[');
     if (bracket != std::string::npos && bracket < 3) break;
-    section.push_back(lines[j]);
+    section.push_back(std::move(lines[j]));
   }
   return section;
 }
@@ -453,7 +479,7 @@ void Mandor::ExtractChampsRecurrents(StringArray& cLignes) {
   const long long count = CountOf(FindValue(cLignes, tf::kKeyNombreChampsRecurrents));
   StringArray cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRecurrentPrefix, count)) {
-    if (!SplitRecord(*this, value, tf::recurrent_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::recurrent_col::kCount, cols)) continue;
     auto field = NewField(self);
     FillFieldFromRecord(*this, field, cols, ToInt16(static_cast<double>(i)));
     field->InitialValue(FormattedValue(*this, field, cols[tf::recurrent_col::kInitialValue]));
@@ -467,7 +493,7 @@ void Mandor::ExtractRegles_V(StringArray& cLignes) {
   const long long count = CountOf(FindValue(cLignes, "nombre"));
   StringArray cols;
   for (const auto& [i, value] : NumberedValues(cLignes, "", count)) {
-    if (!SplitRecord(*this, value, tf::ruler_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
     auto ruler = RulerFromRecord(self, cols);
     Regles_V.Add(ruler, ruler->Nom);
   }
@@ -476,7 +502,7 @@ void Mandor::ExtractRegles_V(StringArray& cLignes) {
 bool Mandor::ExtractPages(StringArray& cLignes, TextFile& fich) {
   const long long count = CountOf(FindValue(cLignes, "nombre"));
   if (count > 0) {
-    const std::vector<std::string> lines = AllLines(fich);
+    std::vector<std::string> lines = AllLines(fich);
     const std::map<long long, size_t> headers = PageHeaderLines(lines);
     for (long long p = 1; p <= count; ++p) {
       auto header = headers.find(p);
@@ -507,7 +533,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
 
   StringArray cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRulerPrefix, ruler_count)) {
-    if (!SplitRecord(*this, value, tf::ruler_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
     auto ruler = RulerFromRecord(self, cols);
     ruler->Page(page);
     page->Regles_H.Add(ruler, ruler->Nom);
@@ -516,7 +542,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
   const long long field_count = CountOf(FindValue(cLignes, "nombre_champs"));
   ReadingOrder order;
   for (const auto& [i, value] : NumberedValues(cLignes, "C", field_count)) {
-    if (!SplitRecord(*this, value, tf::field_col::kCount, cols)) continue;
+    if (!SplitRecord(value, tf::field_col::kCount, cols)) continue;
     auto field = NewField(self);
     // The page first, so that Accrochage_H finds the page's rulers.
     field->oOwnerPage = page;
@@ -627,7 +653,7 @@ bool Mandor::RestaurerMarquageStd() {
         if (value.empty()) {
           throw StdReadFailure{"ERREUR: impossible de retrouver la règle verticale " + MessageNumber(i)};
         }
-        if (!SplitRecord(*this, value, col::kCount, cols)) {
+        if (!SplitRecord(value, col::kCount, cols)) {
           throw StdReadFailure{"ERREUR de format à la lecture du paramètre " + MessageNumber(i) +
                                " de la section Règles verticales\nValeur: " + value + "\n" +
                                MessageNumber(ColumnCount(value)) + " paramètres au lieu de 9\nFichier: " + path};
@@ -666,7 +692,7 @@ bool Mandor::RestaurerMarquageStd() {
           throw StdReadFailure{"ERREUR: impossible de retrouver la règle horizontale " + MessageNumber(i) +
                                " dans la page " + MessageNumber(n)};
         }
-        if (!SplitRecord(*this, value, rcol::kCount, cols)) {
+        if (!SplitRecord(value, rcol::kCount, cols)) {
           throw StdReadFailure{"ERREUR de format à la lecture du paramètre r" + MessageNumber(i) + " de la page " +
                                MessageNumber(n) + "\nValeur: " + value + "\n" + MessageNumber(ColumnCount(value)) +
                                " paramètres trouvés au lieu de 8\nFichier: " + path};
@@ -694,7 +720,7 @@ bool Mandor::RestaurerMarquageStd() {
           throw StdReadFailure{"ERREUR: impossible de retrouver le champ c" + MessageNumber(i) + " dans la page " +
                                MessageNumber(n)};
         }
-        if (!SplitRecord(*this, value, fcol::kCount, cols)) {
+        if (!SplitRecord(value, fcol::kCount, cols)) {
           throw StdReadFailure{"ERREUR de format à la lecture du paramètre c" + MessageNumber(i) + " de la page " +
                                MessageNumber(n) + "\nValeur: " + value + "\n" + MessageNumber(ColumnCount(value)) +
                                " paramètres trouvés au lieu de 18\nFichier: " + path};

@@ -85,7 +85,6 @@ class Collection {
   void Clear() {
     items_.clear();
     keys_.clear();
-    folded_keys_.clear();
     by_key_.clear();
   }
 
@@ -99,28 +98,30 @@ class Collection {
   }
 
   size_t PositionOfKey(std::string_view key) const {
-    std::string folded = FoldCase(key);
-    if (!key.empty() && by_key_.count(folded) != 0) {
-      for (size_t i = 0; i < folded_keys_.size(); ++i) {
-        if (folded_keys_[i] == folded) return i;
+    if (!key.empty()) {
+      const std::string folded = FoldCase(key);
+      auto it = by_key_.find(folded);
+      if (it != by_key_.end()) {
+        // The member's place: the same object, under this key (one object
+        // may be held under several keys).
+        for (size_t i = 0; i < items_.size(); ++i) {
+          if (items_[i] == it->second && FoldCase(keys_[i]) == folded) return i;
+        }
       }
     }
     ThrowMissingKey(key);
   }
 
   void InsertAt(size_t pos, Ptr item, std::string_view key) {
-    std::string folded = key.empty() ? std::string() : FoldCase(key);
-    if (!key.empty() && !by_key_.emplace(folded, item).second) ThrowError(kDuplicateKey);
+    if (!key.empty() && !by_key_.emplace(FoldCase(key), item).second) ThrowError(kDuplicateKey);
     items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(item));
     keys_.insert(keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::string(key));
-    folded_keys_.insert(folded_keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(folded));
   }
 
   void EraseAt(size_t pos) {
-    if (!keys_[pos].empty()) by_key_.erase(folded_keys_[pos]);
+    if (!keys_[pos].empty()) by_key_.erase(FoldCase(keys_[pos]));
     items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(pos));
     keys_.erase(keys_.begin() + static_cast<std::ptrdiff_t>(pos));
-    folded_keys_.erase(folded_keys_.begin() + static_cast<std::ptrdiff_t>(pos));
   }
 
   [[noreturn]] static void ThrowMissingKey(std::string_view key) {
@@ -130,7 +131,6 @@ class Collection {
 
   std::vector<Ptr> items_;
   std::vector<std::string> keys_;  // as given; "" for a member without key
-  std::vector<std::string> folded_keys_;  // FoldCase(key), "" without key
   std::unordered_map<std::string, Ptr> by_key_;  // folded key -> member
 };
 

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cfloat>
 #include <cmath>
+#include <cstdint>
+#include <optional>
 #include <system_error>
 
 #include "mandor/util/error.h"
@@ -213,9 +215,43 @@ size_t GroupingAt(std::string_view s, size_t i, const Locale& locale) {
   return s.substr(i, g.size()) == g ? g.size() : 0;
 }
 
+// The plain numbers files hold ("[+-]digits[<decimal>digits]", at most 15
+// digits in all), or nothing for any other text. Such a number and the power
+// of ten it is divided by are exact doubles, so the one division rounds as
+// the general conversion does.
+std::optional<double> PlainNumber(std::string_view s, std::string_view decimal) {
+  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  size_t i = 0;
+  const bool negative = s[0] == '-';
+  if (s[0] == '+' || s[0] == '-') ++i;
+  uint64_t digits = 0;
+  int count = 0;
+  int frac_count = 0;
+  bool in_fraction = false;
+  for (; i < s.size(); ++i) {
+    if (IsDigit(s[i])) {
+      if (++count > 15) return std::nullopt;
+      digits = digits * 10 + static_cast<unsigned>(s[i] - '0');
+      if (in_fraction) ++frac_count;
+    } else if (!in_fraction && s.substr(i, decimal.size()) == decimal) {
+      in_fraction = true;
+      i += decimal.size() - 1;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (count == 0) return std::nullopt;
+  const double value = static_cast<double>(digits) / kPowersOfTen[frac_count];
+  return negative ? -value : value;
+}
+
 Parsed ParseLocaleNumber(std::string_view text, const Locale& locale) {
   const std::string_view s = TrimBlanks(text);
   if (s.empty()) return {};
+  if (const std::optional<double> plain = PlainNumber(s, DecimalSeparator(locale))) {
+    return {ParseStatus::kOk, *plain};
+  }
   size_t i = 0;
 
   if (s[0] == '&') {

@@ -143,6 +143,14 @@ std::string MapChars(std::string_view s, Map map) {
   std::string out;
   out.reserve(s.size());
   for (size_t i = 0; i < s.size();) {
+    // ASCII, the common case, needs no decoding.
+    if (const auto b = static_cast<unsigned char>(s[i]); b < 0x80) {
+      if (const char32_t m = map(b); m < 0x80) {
+        out.push_back(static_cast<char>(m));
+        ++i;
+        continue;
+      }
+    }
     const Decoded d = DecodeAt(s, i);
     Encode(map(d.code), out);
     i += d.length;
@@ -241,7 +249,17 @@ std::string Trim(std::string_view s) {
   return std::string(s.substr(first, last - first + 1));
 }
 
-std::string UpperCase(std::string_view s) { return MapChars(s, ToUpper); }
+std::string UpperCase(std::string_view s) {
+  // Keys and names are mostly ASCII: a byte loop does for them.
+  if (std::all_of(s.begin(), s.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    std::string out(s);
+    for (char& c : out) {
+      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return out;
+  }
+  return MapChars(s, ToUpper);
+}
 
 std::string LowerCase(std::string_view s) { return MapChars(s, ToLower); }
 
@@ -251,6 +269,14 @@ bool EqualsIgnoreCase(std::string_view a, std::string_view b) {
   size_t i = 0;
   size_t j = 0;
   while (i < a.size() && j < b.size()) {
+    const auto ca = static_cast<unsigned char>(a[i]);
+    const auto cb = static_cast<unsigned char>(b[j]);
+    if (ca < 0x80 && cb < 0x80) {
+      if (ToUpper(ca) != ToUpper(cb)) return false;
+      ++i;
+      ++j;
+      continue;
+    }
     const Decoded da = DecodeAt(a, i);
     const Decoded db = DecodeAt(b, j);
     if (ToUpper(da.code) != ToUpper(db.code)) return false;

@@ -94,7 +94,9 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   void XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor);
-  void XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor);
+  // Rows flagged in `release` are taken out of the workbook once read.
+  void XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor,
+                    const std::vector<bool>& release);
   void XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
                      const std::shared_ptr<CRegle>& oRegleH);
   std::shared_ptr<CChamp> XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor, long lCounter,

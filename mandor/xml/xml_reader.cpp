@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -33,6 +34,39 @@ namespace mandor {
 namespace {
 
 std::string Attr(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
+
+// The attributes of a field element, found in one walk over them instead of
+// one search per attribute. As element.attribute(name) does, the first
+// attribute of a name counts; a missing one reads as "".
+enum FieldAttribute { kName, kPage, kX, kY, kW, kH, kIPrint, kType, kVType, kSubType, kHType, kDec, kSubName, kFormula, kReferant, kLabel, kOptional, kGroupe, kToReport, kValue, kFieldAttributeCount };
+
+class FieldAttributes {
+ public:
+  explicit FieldAttributes(const pugi::xml_node& element) {
+    static const std::unordered_map<std::string_view, FieldAttribute> slots = [] {
+      static constexpr const char* kNames[kFieldAttributeCount] = {"mn:Name", "mn:Page", "mn:X", "mn:Y", "mn:W", "mn:H", "mn:iPrint", "mn:Type", "mn:V_Type", "mn:SubType", "mn:H_Type", "mn:Dec", "mn:subName", "mn:Formula", "mn:Referant", "mn:Label", "mn:Optional", "mn:Groupe", "mn:ToReport", "mn:Value"};
+      std::unordered_map<std::string_view, FieldAttribute> map;
+      for (int i = 0; i < kFieldAttributeCount; ++i) map.emplace(kNames[i], static_cast<FieldAttribute>(i));
+      return map;
+    }();
+    for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
+      auto it = slots.find(a.name());
+      if (it != slots.end() && !values_[it->second]) values_[it->second] = a.value();
+    }
+  }
+  std::string operator[](FieldAttribute slot) const { return values_[slot] ? values_[slot] : ""; }
+
+ private:
+  const char* values_[kFieldAttributeCount] = {};
+};
+
+// The first child element called name, as the query "name" selects it.
+pugi::xml_node FirstChildElement(const pugi::xml_node& parent, const char* name) {
+  for (pugi::xml_node child = parent.child(name); child; child = child.next_sibling(name)) {
+    if (child.type() == pugi::node_element) return child;
+  }
+  return {};
+}
 
 // The child XmlGetNode(parent, "mn:iFont") would give, without creating it
 // when missing (a null node then, which reads as an empty font).
@@ -63,6 +97,11 @@ int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
 
 // value formatted with at least `digits` digits ("000", "00000").
 std::string ZeroPadded(long value, int digits) {
+  if (value >= 0) {
+    std::string text = std::to_string(value);
+    if (text.size() < static_cast<size_t>(digits)) text.insert(0, static_cast<size_t>(digits) - text.size(), '0');
+    return text;
+  }
   char buffer[32];
   std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
   return buffer;
@@ -275,16 +314,32 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
       seen.push_back(std::move(id));
     }
   }
+  // The workbook is dropped after the read: a row is taken out of it (and
+  // its memory made free for the model) once the last document that reads
+  // it is done with it, so that the whole table and the whole model are
+  // never held at once.
+  std::unordered_map<const void*, const Mandor*> last_reader;
   for (const auto& document : documents_) {
     auto it = rows_by_document.find(document->Id);
-    if (it != rows_by_document.end()) XML_ReadRows(it->second, document);
+    if (it == rows_by_document.end()) continue;
+    for (const pugi::xml_node& row : it->second) last_reader[row.internal_object()] = document.get();
+  }
+  for (const auto& document : documents_) {
+    auto it = rows_by_document.find(document->Id);
+    if (it == rows_by_document.end()) continue;
+    std::vector<bool> release(it->second.size());
+    for (size_t r = 0; r < release.size(); ++r) {
+      release[r] = last_reader[it->second[r].internal_object()] == document.get();
+    }
+    XML_ReadRows(it->second, document, release);
   }
 }
 
 // The rulers of all rows are made first, then the cells are read, so that a
 // "mn:RefersTo" may name a line further down as well as one above. An error
 // in one row leaves that row (or what is left of it) out and the rest is read.
-void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor) {
+void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor,
+                             const std::vector<bool>& release) {
   const std::string& id = oMandor->Id;
   std::vector<std::shared_ptr<CRegle>> own_rulers(oRows.size());
   std::vector<pugi::xml_node> i_rows(oRows.size());
@@ -323,16 +378,25 @@ void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std
   }
 
   for (size_t r = 0; r < oRows.size(); ++r) {
-    if (!i_rows[r]) continue;
-    try {
-      std::shared_ptr<CRegle> regle = own_rulers[r];
-      if (!regle) regle = IndexFor(oMandor).Horizontal(Attr(i_rows[r], "mn:RefersTo"));
-      std::vector<pugi::xml_node> cells;
-      for (pugi::xml_node cell = oRows[r].child("Cell"); cell; cell = cell.next_sibling("Cell")) {
-        if (HasChildWithId(cell, "mn:iCell", id)) cells.push_back(cell);
+    if (i_rows[r]) {
+      try {
+        std::shared_ptr<CRegle> regle = own_rulers[r];
+        if (!regle) regle = IndexFor(oMandor).Horizontal(Attr(i_rows[r], "mn:RefersTo"));
+        std::vector<pugi::xml_node> cells;
+        for (pugi::xml_node cell = oRows[r].child("Cell"); cell; cell = cell.next_sibling("Cell")) {
+          if (HasChildWithId(cell, "mn:iCell", id)) cells.push_back(cell);
+        }
+        XML_ReadCells(cells, oMandor, regle);
+      } catch (const std::exception&) {
       }
-      XML_ReadCells(cells, oMandor, regle);
-    } catch (const std::exception&) {
+    }
+    if (release[r]) {
+      // The whitespace before the row goes too: it shares the row's memory pages.
+      pugi::xml_node table = oRows[r].parent();
+      if (pugi::xml_node before = oRows[r].previous_sibling(); before.type() == pugi::node_pcdata) {
+        table.remove_child(before);
+      }
+      table.remove_child(oRows[r]);
     }
   }
 }
@@ -365,10 +429,11 @@ void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const s
 std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor,
                                                  long lCounter, bool bRecurrent, bool bDataContrat,
                                                  const std::shared_ptr<CRegle>& oRegleH) {
+  const FieldAttributes attr(oNode);
   auto champ = std::make_shared<CChamp>();
-  champ->Nom(Attr(oNode, "mn:Name"));
+  champ->Nom(attr[kName]);
   champ->oOwnerMandor(oMandor);
-  Resuming([&] { champ->Page = Integer(Attr(oNode, "mn:Page")); });
+  Resuming([&] { champ->Page = Integer(attr[kPage]); });
   champ->Id = ZeroPadded(lCounter, 5);
 
   // Rulers. The names are set before the rulers themselves, because the
@@ -381,8 +446,8 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
 
   // Own position where given, else the rulers'.
   float left = 0, top = 0, width = 0, height = 0;
-  const std::string x = Attr(oNode, "mn:X"), y = Attr(oNode, "mn:Y");
-  const std::string w = Attr(oNode, "mn:W"), h = Attr(oNode, "mn:H");
+  const std::string x = attr[kX], y = attr[kY];
+  const std::string w = attr[kW], h = attr[kH];
   Resuming([&] { height = !h.empty() ? Single(h) : (oRegleH ? oRegleH->hauteur_pixel : 0.0f); });
   Resuming([&] { width = !w.empty() ? Single(w) : (regle_v ? regle_v->WidthChamp() : 0.0f); });
   Resuming([&] { left = !x.empty() ? Single(x) : (regle_v ? regle_v->Position_pixel_X : 0.0f); });
@@ -393,23 +458,23 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   champ->Position_pixel_Bottom = top + height;
 
   // Printable when "1"; when empty, when every ruler it hangs on is printable.
-  const std::string print = Attr(oNode, "mn:iPrint");
+  const std::string print = attr[kIPrint];
   bool printable = print == "1";
   if (print.empty()) {
     printable = (!regle_v || regle_v->Imprimable != 0) && (!oRegleH || oRegleH->Imprimable != 0);
   }
   champ->Imprimable(printable ? -1 : 0);
 
-  const std::string type = Attr(oNode, "mn:Type");
+  const std::string type = attr[kType];
   if (!type.empty()) Resuming([&] { champ->Type_Champ(Integer(type)); });
-  const std::string v_type = Attr(oNode, "mn:V_Type");
+  const std::string v_type = attr[kVType];
   if (IsNumber(v_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(v_type)); });
-  const std::string sub_type = Attr(oNode, "mn:SubType");
+  const std::string sub_type = attr[kSubType];
   if (IsNumber(sub_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(sub_type)); });
-  const std::string h_type = Attr(oNode, "mn:H_Type");
+  const std::string h_type = attr[kHType];
   if (IsNumber(h_type)) Resuming([&] { champ->Accrochage_H_Type = Integer(h_type); });
 
-  const std::string dec = Attr(oNode, "mn:Dec");
+  const std::string dec = attr[kDec];
   if (!dec.empty()) {
     Resuming([&] { champ->Décimales(Integer(dec)); });
   } else if (regle_v) {
@@ -418,9 +483,9 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
 
   // The secondary name is read from "mn:subName" although the writer writes
   // "mn:SubName": both spellings are part of the file format.
-  champ->SubName = Attr(oNode, "mn:subName");
-  champ->Formule(Attr(oNode, "mn:Formula"));
-  champ->ChampRecurrentDeRef(Attr(oNode, "mn:Referant"));
+  champ->SubName = attr[kSubName];
+  champ->Formule(attr[kFormula]);
+  champ->ChampRecurrentDeRef(attr[kReferant]);
 
   // The font is read against the parents the field will have, so that an
   // override equal to the built-in default but not to the rulers' is kept.
@@ -433,18 +498,18 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   } else {
     parent1 = oMandor->Font();
   }
-  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(XmlSelectNode(oNode, "mn:iFont"), parent1, parent2)); });
+  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(FirstChildElement(oNode, "mn:iFont"), parent1, parent2)); });
 
   if (bRecurrent) champ->Recurrent(true);
   if (bDataContrat) {
     champ->IsDataContrat(true);
-    champ->Label(Attr(oNode, "mn:Label"));
-    champ->IsOptional(Attr(oNode, "mn:Optional") == "1");
-    champ->Groupe(Attr(oNode, "mn:Groupe"));
-    champ->ToReport(Attr(oNode, "mn:ToReport"));
+    champ->Label(attr[kLabel]);
+    champ->IsOptional(attr[kOptional] == "1");
+    champ->Groupe(attr[kGroupe]);
+    champ->ToReport(attr[kToReport]);
     // The value is written with the field; reading it back keeps it across
     // a read and a save.
-    champ->InitialValue(Attr(oNode, "mn:Value"));
+    champ->InitialValue(attr[kValue]);
   }
   return champ;
 }

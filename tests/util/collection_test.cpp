@@ -77,6 +77,12 @@ TEST(CollectionTest, RemoveCopyAndShare) {
   EXPECT_EQ(copy.Item("a").get(), a.get()) << "and share their members";
   copy.Add(a, "again");  // the same object may sit at two places
   EXPECT_EQ(copy.Item("again").get(), copy.Item(1).get());
+  // Places found by key are the key's, not the object's first.
+  copy.AddAfter(T("x"), "x", "AGAIN");
+  EXPECT_EQ(Contents(copy), (Names{"a:a", "c:c", "b2:b", "a:again", "x:x"}));
+  copy.Remove("again");
+  EXPECT_EQ(Contents(copy), (Names{"a:a", "c:c", "b2:b", "x:x"}));
+  EXPECT_EQ(copy.Item("A").get(), a.get());
   c.Clear();
   EXPECT_EQ(c.Count(), 0);
   EXPECT_FALSE(c.Contains("c"));

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cfloat>
+#include <charconv>
+#include <cstdint>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -73,6 +75,36 @@ TEST(NumberTest, ParseNumberAndToDouble) {
       ASSERT_TRUE(IsNumericText(text, l)) << text;
       EXPECT_EQ(DoubleToText(ToDouble(text, l), l), text);
     }
+  }
+}
+
+// Plain numbers take a shortcut (one division); they must read exactly as
+// the general conversion (correctly rounded, as from_chars) reads them.
+TEST(NumberTest, PlainNumbersReadAsTheGeneralConversion) {
+  auto reference = [](const std::string& text) {
+    double v = 0;
+    std::from_chars(text.data(), text.data() + text.size(), v);
+    return v;
+  };
+  uint64_t state = 12345;
+  for (int i = 0; i < 2000; ++i) {
+    state = state * 6364136223846793005ull + 1442695040888963407ull;
+    const int digits = 1 + static_cast<int>(state >> 60);  // 1..16: the shortcut stops at 15
+    const int point = static_cast<int>((state >> 50) % static_cast<uint64_t>(digits + 1));
+    std::string number = std::to_string(state >> 1).substr(0, static_cast<size_t>(digits));
+    std::string with_point = number, with_comma = number;
+    with_point.insert(static_cast<size_t>(point), ".");
+    with_comma.insert(static_cast<size_t>(point), ",");
+    const double expected = reference(with_point);
+    EXPECT_EQ(ParseNumber(with_comma, kComma), expected) << with_comma;
+    EXPECT_EQ(ParseNumber("-" + with_point, kPoint), -expected) << with_point;
+  }
+  EXPECT_TRUE(std::signbit(*ParseNumber("-0", kPoint)));
+  EXPECT_EQ(ParseNumber("+5,", kComma), 5.0);
+  EXPECT_EQ(ParseNumber("0000000000000001,5", kComma), 1.5);  // 17 digits: the general way
+  EXPECT_EQ(ParseNumber("9007199254740993", kPoint), 9007199254740992.0);
+  for (const char* not_plain : {"+", "-,", ",", "1,2,3", "1.5", "12a"}) {
+    EXPECT_EQ(ParseNumber(not_plain, kComma), std::nullopt) << not_plain;
   }
 }
 
