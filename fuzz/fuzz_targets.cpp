@@ -16,6 +16,7 @@
 #include "mandor/util/memory_platform.h"
 #include "mandor/util/number.h"
 #include "mandor/util/text.h"
+#include "mandor/xml/image_pdf.h"
 
 namespace mandor::fuzz {
 
@@ -47,6 +48,32 @@ std::shared_ptr<MemoryPlatform> FreshPlatform() {
   return platform;
 }
 
+// Reads every derived property of a document that was read: fonts through
+// their inheritance chains, positions in points, the value predicates.
+void ReadProperties(const Mandor& doc) {
+  for (const auto& champ : doc.Champs) {
+    Step([&] {
+      champ->valeur();
+      champ->IsZero();
+      champ->IsUnderOne();
+      champ->DiffWithInitial();
+      champ->HasInPU();
+      champ->FormuleHasPourcent();
+      champ->FontName();
+      champ->FontSize();
+      champ->Bold();
+      champ->Alignement();
+      champ->BackColor();
+    });
+    Step([&] {
+      champ->Position_point_Left();
+      champ->Position_point_Bottom();
+    });
+  }
+  for (const auto& page : doc.Pages) Step([&] { page->Height_Point(); });
+  for (const auto& regle : doc.Regles_V) Step([&] { regle->Position_point_X(); });
+}
+
 // Reads a text marking from the bytes, then saves what loaded in both
 // layouts and reads each back, so the writer sees whatever the reader let in.
 void TextRoundTrip(const uint8_t* data, size_t size, bool extended) {
@@ -61,6 +88,7 @@ void TextRoundTrip(const uint8_t* data, size_t size, bool extended) {
   bool loaded = false;
   Step([&] { loaded = extended ? doc->RestaurerMarquageEx() != 0 : doc->RestaurerMarquageStd(); });
   if (!loaded) return;
+  ReadProperties(*doc);
   Step([&] { doc->CalculerParamètresCalage(); });
   Step([&] { doc->SauvegarderMarquageEx(false); });
   Step([&] { doc->SauvegarderMarquageStd(); });
@@ -89,9 +117,14 @@ void CatalogueReader(const uint8_t* data, size_t size) {
   if (!read) return;
   std::vector<std::shared_ptr<Mandor>> documents(catalogue->begin(), catalogue->end());
   for (auto& document : documents) {
+    ReadProperties(*document);
     Step([&] { document->CalculerParamètresCalage(); });
     Step([&] { document->SauvegarderMarquageXml(document); });
   }
+  // A new engagement act, written into the catalogue.
+  auto act = std::make_shared<Mandor>();
+  FixedImagePdf pdf("AE.pdf", {{1653, 2339, 200, 200}, {2480, 3508, 300, 300}});
+  Step([&] { catalogue->XML_AddNewAE(act, pdf); });
   auto again = std::make_shared<cMarquage>();
   Step([&] { again->XML_ReadCNF(path); });
 }
