@@ -151,15 +151,29 @@ Outcome Trapped(const std::function<Outcome()>& f) {
 
 bool Reported(const MemoryPlatform& platform) { return !platform.messages().empty(); }
 
-std::shared_ptr<Mandor> EmptyPriceSchedule() {
-  auto doc = std::make_shared<Mandor>();
-  doc->Répertoire_Document = "marchés/";
-  doc->Nom_Document("BPU Lot 1.bpx");
-  return doc;
+// Reads the catalogue, then saves through `save` (false when it failed).
+Outcome ReadThenSave(MemoryPlatform& p, const std::function<bool(cMarquage&)>& save) {
+  return Trapped([&] {
+    auto catalogue = std::make_shared<cMarquage>();
+    if (!catalogue->XML_ReadCNF(kCatalogue)) return Outcome{true, ""};
+    return Outcome{!save(*catalogue) || Reported(p), ""};
+  });
+}
+
+// Restores the price schedule from whichever layout is on disk.
+Outcome RestoreText(MemoryPlatform& p) {
+  return Trapped([&] {
+    auto doc = std::make_shared<Mandor>();
+    doc->Répertoire_Document = "marchés/";
+    doc->Nom_Document("BPU Lot 1.bpx");
+    return Outcome{!doc->RestaurerMarquage() || Reported(p), xml_test::Describe(*doc)};
+  });
 }
 
 std::vector<Scenario> Scenarios() {
   const std::string old_marking = "[Calage]\r\nType=0\r\n";  // a previous marking, different from the new one
+  const auto tender = [](MemoryPlatform& p) { p.SetFileBytes(kCatalogue, xml_test::DataFile("tender.xml")); };
+  const std::vector<std::string> xml_messages = {kSaveFailed, "Impossible d'ouvrir le fichier XML"};
   return {
       {"SauvegarderMarquageEx", {kXnf, kXak}, {kCannotCreate},
        [=](MemoryPlatform& p) { p.SetFileBytes(kXnf, old_marking); },
@@ -177,48 +191,29 @@ std::vector<Scenario> Scenarios() {
            return Outcome{result != -1 || Reported(p), ""};
          });
        }},
-      {"SauvegarderMarquageXml", {kCatalogue}, {kSaveFailed, "Impossible d'ouvrir le fichier XML"},
-       [](MemoryPlatform& p) { p.SetFileBytes(kCatalogue, xml_test::DataFile("tender.xml")); },
+      {"SauvegarderMarquageXml", {kCatalogue}, xml_messages, tender,
        [](MemoryPlatform& p) {
-         return Trapped([&] {
-           auto catalogue = std::make_shared<cMarquage>();
-           if (!catalogue->XML_ReadCNF(kCatalogue)) return Outcome{true, ""};
-           std::shared_ptr<Mandor> doc = catalogue->Item(1);
+         return ReadThenSave(p, [](cMarquage& catalogue) {
+           std::shared_ptr<Mandor> doc = catalogue.Item(1);
            doc->Decimales = 3;
            doc->Champs.Item(1)->valeur("4321");
-           return Outcome{!doc->SauvegarderMarquageXml(doc) || Reported(p), ""};
+           return doc->SauvegarderMarquageXml(doc);
          });
        }},
-      {"XML_AddNewAE", {kCatalogue}, {kSaveFailed, "Impossible d'ouvrir le fichier XML"},
-       [](MemoryPlatform& p) { p.SetFileBytes(kCatalogue, xml_test::DataFile("tender.xml")); },
+      {"XML_AddNewAE", {kCatalogue}, xml_messages, tender,
        [](MemoryPlatform& p) {
-         return Trapped([&] {
-           auto catalogue = std::make_shared<cMarquage>();
-           if (!catalogue->XML_ReadCNF(kCatalogue)) return Outcome{true, ""};
+         return ReadThenSave(p, [](cMarquage& catalogue) {
            auto act = std::make_shared<Mandor>();
            act->Orientation = 1;
            FixedImagePdf pdf("AE Lot.pdf", {{1653, 2339, 200, 200}});
-           return Outcome{!catalogue->XML_AddNewAE(act, pdf) || Reported(p), ""};
+           return catalogue.XML_AddNewAE(act, pdf) != nullptr;
          });
        }},
       {"RestaurerMarquage .xnf", {kXnf}, {"ERREUR dans RestaurerMarquageEx: "},
-       [](MemoryPlatform& p) { p.SetFileBytes(kXnf, SavedPriceSchedule(true)); },
-       [](MemoryPlatform& p) {
-         return Trapped([&] {
-           auto doc = EmptyPriceSchedule();
-           return Outcome{!doc->RestaurerMarquage() || Reported(p), xml_test::Describe(*doc)};
-         });
-       }},
+       [](MemoryPlatform& p) { p.SetFileBytes(kXnf, SavedPriceSchedule(true)); }, RestoreText},
       {"RestaurerMarquage .cnf", {kCnf}, {"ERREUR dans RestaurerMarquageStd: "},
-       [](MemoryPlatform& p) { p.SetFileBytes(kCnf, SavedPriceSchedule(false)); },
-       [](MemoryPlatform& p) {
-         return Trapped([&] {
-           auto doc = EmptyPriceSchedule();
-           return Outcome{!doc->RestaurerMarquage() || Reported(p), xml_test::Describe(*doc)};
-         });
-       }},
-      {"XML_ReadCNF", {kCatalogue}, {},
-       [](MemoryPlatform& p) { p.SetFileBytes(kCatalogue, xml_test::DataFile("tender.xml")); },
+       [](MemoryPlatform& p) { p.SetFileBytes(kCnf, SavedPriceSchedule(false)); }, RestoreText},
+      {"XML_ReadCNF", {kCatalogue}, {}, tender,
        [](MemoryPlatform& p) {
          return Trapped([&] {
            auto catalogue = std::make_shared<cMarquage>();
