@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -74,6 +75,51 @@ void ReadProperties(const Mandor& doc) {
   for (const auto& regle : doc.Regles_V) Step([&] { regle->Position_point_X(); });
 }
 
+// Edits a document the way a user does before a save, so that the writer
+// creates rows, cells and names as well as rewriting them: a new row on the
+// first page, fields at the crossings of the first rulers, and one field
+// deleted.
+void EditForSave(const std::shared_ptr<Mandor>& doc) {
+  if (doc->Pages.Count() == 0) return;
+  const std::shared_ptr<CPage> page = doc->Pages.Item(1);
+  auto regle = std::make_shared<CRegle>();
+  regle->Nom = "Z9";
+  regle->Id = "Z9";
+  regle->oOwnerMandor(doc);
+  regle->Page(page);
+  regle->Position_pixel_Y = 640;
+  Step([&] {
+    page->Regles_H.Add(regle, regle->Id);
+    doc->Regles_H.Add(regle, regle->Id);
+  });
+  std::vector<std::shared_ptr<CRegle>> rows(doc->Regles_H.begin(), doc->Regles_H.end());
+  std::vector<std::shared_ptr<CRegle>> columns(doc->Regles_V.begin(), doc->Regles_V.end());
+  rows.resize(std::min<size_t>(rows.size(), 4));
+  columns.resize(std::min<size_t>(columns.size(), 4));
+  for (const auto& row : rows) {
+    for (const auto& column : columns) {
+      if (!row || !column) continue;
+      const std::string nom = row->Nom + "_" + column->Nom;
+      if (doc->Champs.Contains(nom)) continue;
+      auto champ = std::make_shared<CChamp>();
+      champ->oOwnerMandor(doc);
+      Step([&] {
+        champ->Nom(nom);
+        champ->oRegleH(row);
+        champ->oRegleV(column);
+        champ->Page = 1;
+        doc->Champs.Add(champ, nom);
+      });
+    }
+  }
+  if (doc->Champs.Count() > 0) {
+    Step([&] {
+      const std::shared_ptr<CChamp> first = doc->Champs.Item(1);
+      first->SupprimerDuDocument(first->Nom());
+    });
+  }
+}
+
 // Reads a text marking from the bytes, then saves what loaded in both
 // layouts and reads each back, so the writer sees whatever the reader let in.
 void TextRoundTrip(const uint8_t* data, size_t size, bool extended) {
@@ -120,6 +166,11 @@ void CatalogueReader(const uint8_t* data, size_t size) {
     ReadProperties(*document);
     Step([&] { document->CalculerParamètresCalage(); });
     Step([&] { document->SauvegarderMarquageXml(document); });
+  }
+  // The first document again, after a user's edits.
+  if (!documents.empty()) {
+    EditForSave(documents.front());
+    Step([&] { documents.front()->SauvegarderMarquageXml(documents.front()); });
   }
   // A new engagement act, written into the catalogue.
   auto act = std::make_shared<Mandor>();

@@ -24,7 +24,9 @@ void ExtendedReader(const uint8_t* data, size_t size);
 // round trip.
 void StandardReader(const uint8_t* data, size_t size);
 // The catalogue reader on a workbook holding the bytes; every document read
-// is written back into it and the workbook is read again.
+// is written back into it, the first one again after edits (a new row, new
+// fields, one deleted), an engagement act is added, and the workbook is read
+// again.
 void CatalogueReader(const uint8_t* data, size_t size);
 // The string, number and escaping routines on pieces of the bytes, with the
 // round-trip properties their interfaces promise.
