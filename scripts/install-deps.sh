@@ -6,4 +6,4 @@ if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
 $SUDO apt-get update -q
 $SUDO apt-get install -y -q --no-install-recommends \
-  build-essential g++ clang cmake ninja-build pkg-config libgtest-dev libpugixml-dev libreoffice-calc-nogui libcli11-dev nlohmann-json3-dev libcairo2-dev
+  build-essential g++ clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-dev libpugixml-dev libreoffice-calc-nogui libcli11-dev nlohmann-json3-dev libcairo2-dev
