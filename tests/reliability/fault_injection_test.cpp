@@ -213,6 +213,14 @@ std::vector<Scenario> Scenarios() {
        [](MemoryPlatform& p) { p.SetFileBytes(kXnf, SavedPriceSchedule(true)); }, RestoreText},
       {"RestaurerMarquage .cnf", {kCnf}, {"ERREUR dans RestaurerMarquageStd: "},
        [](MemoryPlatform& p) { p.SetFileBytes(kCnf, SavedPriceSchedule(false)); }, RestoreText},
+      {"cMarquage::Add", {kXnf}, {"ERREUR dans RestaurerMarquageEx: "},
+       [](MemoryPlatform& p) { p.SetFileBytes(kXnf, SavedPriceSchedule(true)); },
+       [](MemoryPlatform& p) {
+         return Trapped([&] {
+           const auto doc = std::make_shared<cMarquage>()->Add("k1", "BPU Lot 1.bpx", "marchés/");
+           return Outcome{doc->numero_page == -1 || Reported(p), xml_test::Describe(*doc)};
+         });
+       }},
       {"XML_ReadCNF", {kCatalogue}, {}, tender,
        [](MemoryPlatform& p) {
          return Trapped([&] {
