@@ -1,8 +1,8 @@
 #include "fuzz/fuzz_targets.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <optional>
