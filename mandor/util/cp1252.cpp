@@ -63,6 +63,12 @@ bool DecodeUtf8(std::string_view text, size_t i, char32_t& cp, size_t& length) {
   return true;
 }
 
+// The end of the run of ASCII bytes starting at i.
+size_t AsciiRunEnd(std::string_view text, size_t i) {
+  while (i < text.size() && static_cast<uint8_t>(text[i]) < 0x80) ++i;
+  return i;
+}
+
 }  // namespace
 
 char32_t Windows1252ToCodePoint(uint8_t byte) {
@@ -85,6 +91,13 @@ std::string Utf8ToWindows1252(std::string_view utf8) {
   out.reserve(utf8.size());
   size_t i = 0;
   while (i < utf8.size()) {
+    // Runs of ASCII are the same in both encodings: copied in one go.
+    const size_t ascii_end = AsciiRunEnd(utf8, i);
+    if (ascii_end > i) {
+      out.append(utf8.substr(i, ascii_end - i));
+      i = ascii_end;
+      continue;
+    }
     char32_t cp;
     size_t length;
     if (!DecodeUtf8(utf8, i, cp, length)) {
@@ -102,7 +115,14 @@ std::string Utf8ToWindows1252(std::string_view utf8) {
 std::string Windows1252ToUtf8(std::string_view bytes) {
   std::string out;
   out.reserve(bytes.size() + bytes.size() / 4);
-  for (char c : bytes) AppendUtf8(out, Windows1252ToCodePoint(static_cast<uint8_t>(c)));
+  size_t i = 0;
+  while (i < bytes.size()) {
+    const size_t ascii_end = AsciiRunEnd(bytes, i);
+    out.append(bytes.substr(i, ascii_end - i));
+    if (ascii_end == bytes.size()) break;
+    AppendUtf8(out, Windows1252ToCodePoint(static_cast<uint8_t>(bytes[ascii_end])));
+    i = ascii_end + 1;
+  }
   return out;
 }
 
