@@ -5,7 +5,6 @@
 
 #include <memory>
 #include <optional>
-#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -405,46 +404,6 @@ TEST_F(ReaderTest, ExtendedHugeCountsCostNothing) {
   EXPECT_EQ(doc_->Docs.Item(1)->Fichier, "a.csv");
   EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
 
-}
-
-// Random bytes, truncations and byte changes: a message or a result, never a crash.
-TEST_F(ReaderTest, BadInputNeverCrashes) {
-  std::mt19937 random(20240611);
-  auto restore = [&] {
-    doc_->Nom_Document(kName);
-    platform_->ClearMessages();
-    bool result = false;
-    EXPECT_NO_THROW(result = doc_->RestaurerMarquage());
-    EXPECT_EQ(platform_->OpenFileCount(), 0u);
-    EXPECT_TRUE(result || !platform_->messages().empty());
-    return result;
-  };
-  for (const bool extended : {true, false}) {
-    const std::string path = extended ? XnfPath() : CnfPath();
-    SCOPED_TRACE(path);
-    for (int round = 0; round < 20; ++round) {
-      std::string bytes(1 + random() % 8192, '\0');
-      for (auto& b : bytes) b = static_cast<char>(random());
-      platform_->SetFileBytes(path, bytes);
-      EXPECT_FALSE(restore());
-    }
-    const std::string data = DataFile(extended ? "bordereau.bpx.xnf" : "bordereau.bpx.cnf");
-    int successes = 0;  // every seventh truncation
-    for (size_t length = 0; length < data.size(); length += 7) {
-      platform_->SetFileBytes(path, data.substr(0, length));
-      successes += restore();
-    }
-    EXPECT_LT(successes, static_cast<int>(data.size() / 7));
-    platform_->SetFileBytes(path, data);
-    EXPECT_TRUE(restore());
-    for (int round = 0; round < 300; ++round) {  // random byte changes
-      std::string changed = data;
-      for (int k = 0; k < 3; ++k) changed[random() % changed.size()] = "|=[]\r\n0,;x\x7F\xFF"[random() % 12];
-      platform_->SetFileBytes(path, changed);
-      restore();
-    }
-    platform_->DeleteFile(path);
-  }
 }
 
 // --- choice of the layout ---
