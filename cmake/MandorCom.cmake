@@ -46,7 +46,7 @@ if(MANDOR_BUILD_COM)
   endforeach()
 endif()
 
-if(MANDOR_BUILD_TESTS)
+if(MANDOR_BUILD_TESTS AND MANDOR_BUILD_COM)
   add_test(NAME com_vbscript
     COMMAND bash ${PROJECT_SOURCE_DIR}/tests/server/run_com_tests.sh ${MANDOR_DLL64} ${PROJECT_BINARY_DIR}/com-tests)
   set_tests_properties(com_vbscript PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600)
