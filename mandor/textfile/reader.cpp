@@ -142,10 +142,14 @@ std::string ValueOf(const Map& values, long long number) {
 
 // Splits a record into exactly `columns` columns (cols[1..columns]); false,
 // without splitting, when the value holds another number of columns.
+// A record's columns, from 1 as SeparateString numbers them: views into the
+// record's text, valid while it is.
+using RecordColumns = std::vector<std::string_view>;
+
 // The record is cut at each separator in one pass, as SeparateString cuts it
-// (the separator is ASCII, never part of a longer character); cols keeps its
-// strings' storage from one record to the next.
-bool SplitRecord(std::string_view value, int columns, StringArray& cols) {
+// (the separator is ASCII, never part of a longer character), without copying
+// the columns.
+bool SplitRecord(std::string_view value, int columns, RecordColumns& cols) {
   static_assert(sizeof(tf::kRecordSeparator) == 2 && static_cast<unsigned char>(tf::kRecordSeparator[0]) < 0x80);
   const size_t count = static_cast<size_t>(columns);
   cols.resize(count + 1);
@@ -153,10 +157,10 @@ bool SplitRecord(std::string_view value, int columns, StringArray& cols) {
   for (size_t k = 1; k <= count; ++k) {
     const size_t found = value.find(tf::kRecordSeparator[0], start);
     if ((found == std::string_view::npos) != (k == count)) return false;  // too few or too many columns
-    cols[k].assign(value.substr(start, found == std::string_view::npos ? std::string_view::npos : found - start));
+    cols[k] = value.substr(start, found == std::string_view::npos ? std::string_view::npos : found - start);
     start = found + 1;
   }
-  cols[0].clear();
+  cols[0] = std::string_view();
   return true;
 }
 
@@ -171,12 +175,12 @@ std::string MessageNumber(long long n) {
 }
 
 // The formula text of a record, unescaped for the fields that the writer escapes.
-std::string FormulaFromFile(const Mandor& doc, const CChamp& field, const std::string& text) {
+std::string FormulaFromFile(const Mandor& doc, const CChamp& field, std::string_view text) {
   if (field.Type_Champ() == tf::kEscapedFormulaTypeChamp &&
       field.Accrochage_V_Type() == tf::kEscapedFormulaAccrochageVType) {
     return doc.ChangeCarSpec(text, tf::kUnescapeType);
   }
-  return text;
+  return std::string(text);
 }
 
 // A value text with its separators removed and formatted with the field's
@@ -200,19 +204,19 @@ std::shared_ptr<CChamp> NewField(const std::shared_ptr<Mandor>& doc) {
 // Fills a field from an extended field record (25 columns) or recurrent-field
 // record (23 columns): every column but the value text, and those of the
 // field record that come after the 23rd.
-void FillFieldFromRecord(const Mandor& doc, const std::shared_ptr<CChamp>& field, const StringArray& cols,
+void FillFieldFromRecord(const Mandor& doc, const std::shared_ptr<CChamp>& field, const RecordColumns& cols,
                          int16_t number) {
   namespace col = tf::field_col;
   field->Id = cols[col::kId];
-  field->Nom(cols[col::kNom]);
-  field->FontName(cols[col::kFontName]);
+  field->Nom(std::string(cols[col::kNom]));
+  field->FontName(std::string(cols[col::kFontName]));
   ApplyInt16(cols[col::kFontSize], [&](int16_t v) { field->FontSize(v); });
   ApplyInt16(cols[col::kFontSpecial], [&](int16_t v) { field->FontSpecial(v); });
   bool new_version = true;
   field->ToggleVersion(new_version);
-  field->Accrochage_V(cols[col::kAccrochageV]);
+  field->Accrochage_V(std::string(cols[col::kAccrochageV]));
   ApplyInt16(cols[col::kAccrochageVType], [&](int16_t v) { field->Accrochage_V_Type(v); });
-  field->Accrochage_H(cols[col::kAccrochageH]);
+  field->Accrochage_H(std::string(cols[col::kAccrochageH]));
   ApplyInt16(cols[col::kAccrochageHType], [&](int16_t v) { field->Accrochage_H_Type = v; });
   ApplyInt16(cols[col::kTypeChamp], [&](int16_t v) { field->Type_Champ(v); });
   field->Formule(FormulaFromFile(doc, *field, cols[col::kFormule]));
@@ -232,7 +236,7 @@ void FillFieldFromRecord(const Mandor& doc, const std::shared_ptr<CChamp>& field
 }
 
 // Creates a ruler of the document from an extended ruler record (11 columns).
-std::shared_ptr<CRegle> RulerFromRecord(const std::shared_ptr<Mandor>& doc, const StringArray& cols) {
+std::shared_ptr<CRegle> RulerFromRecord(const std::shared_ptr<Mandor>& doc, const RecordColumns& cols) {
   namespace col = tf::ruler_col;
   auto ruler = std::make_shared<CRegle>();
   ruler->oOwnerMandor(doc);
@@ -240,7 +244,7 @@ std::shared_ptr<CRegle> RulerFromRecord(const std::shared_ptr<Mandor>& doc, cons
   ruler->ToggleVersion(new_version);
   ruler->Id = cols[col::kId];
   ruler->Nom = cols[col::kNom];
-  ruler->FontName(cols[col::kFontName]);
+  ruler->FontName(std::string(cols[col::kFontName]));
   ApplyInt16(cols[col::kFontSize], [&](int16_t v) { ruler->FontSize(v); });
   ApplyInt16(cols[col::kFontSpecial], [&](int16_t v) { ruler->FontSpecial(v); });
   ApplyInt16(cols[col::kDecimales], [&](int16_t v) { ruler->Décimales = v; });
@@ -477,7 +481,7 @@ void Mandor::ExtractSource(StringArray& cLignes) {
 void Mandor::ExtractChampsRecurrents(StringArray& cLignes) {
   auto self = SelfOf(*this);
   const long long count = CountOf(FindValue(cLignes, tf::kKeyNombreChampsRecurrents));
-  StringArray cols;
+  RecordColumns cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRecurrentPrefix, count)) {
     if (!SplitRecord(value, tf::recurrent_col::kCount, cols)) continue;
     auto field = NewField(self);
@@ -491,7 +495,7 @@ void Mandor::ExtractChampsRecurrents(StringArray& cLignes) {
 void Mandor::ExtractRegles_V(StringArray& cLignes) {
   auto self = SelfOf(*this);
   const long long count = CountOf(FindValue(cLignes, "nombre"));
-  StringArray cols;
+  RecordColumns cols;
   for (const auto& [i, value] : NumberedValues(cLignes, "", count)) {
     if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
     auto ruler = RulerFromRecord(self, cols);
@@ -531,7 +535,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
   const std::string image = FindValue(cLignes, tf::kKeyImage);
   if (!image.empty()) page->NoImage = Val(image) == 0;
 
-  StringArray cols;
+  RecordColumns cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRulerPrefix, ruler_count)) {
     if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
     auto ruler = RulerFromRecord(self, cols);
@@ -548,11 +552,11 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
     field->oOwnerPage = page;
     field->Page = iPage;
     FillFieldFromRecord(*this, field, cols, ToInt16(static_cast<double>(i)));
-    field->ChampRecurrentDeRef(cols[tf::field_col::kChampRecurrentDeRef]);
+    field->ChampRecurrentDeRef(std::string(cols[tf::field_col::kChampRecurrentDeRef]));
     field->Transparent(IsBlank(cols[tf::field_col::kTransparent]) ? false
                                                                   : ToBoolValue(cols[tf::field_col::kTransparent]));
     // The value text tells the decimal separator of the document's data.
-    const std::string& value_text = cols[tf::field_col::kValue];
+    const std::string_view value_text = cols[tf::field_col::kValue];
     if (value_text.find('.') != std::string::npos) {
       SepDecExt = ".";
     } else if (value_text.find(',') != std::string::npos) {
@@ -644,7 +648,7 @@ bool Mandor::RestaurerMarquageStd() {
 
     // [Règles verticales]
     expect_section(tf::kSectionReglesVerticales);
-    StringArray cols;
+    RecordColumns cols;
     {
       namespace col = tf::std_vruler_col;
       const long long count = CountOf(read(tf::kKeyNombre));
@@ -729,14 +733,14 @@ bool Mandor::RestaurerMarquageStd() {
         field->oOwnerPage = page;
         field->Page = page_number;
         field->Id = cols[fcol::kId];
-        field->Nom(cols[fcol::kNom]);
+        field->Nom(std::string(cols[fcol::kNom]));
         ApplySingle(cols[fcol::kCmLeft], [&](float v) { field->Position_cm_Left = v; });
         ApplySingle(cols[fcol::kCmTop], [&](float v) { field->Position_cm_Top = v; });
         ApplySingle(cols[fcol::kCmBottom], [&](float v) { field->Position_cm_Bottom = v; });
         ApplySingle(cols[fcol::kCmRight], [&](float v) { field->Position_cm_Right = v; });
-        field->Accrochage_V(cols[fcol::kAccrochageV]);
+        field->Accrochage_V(std::string(cols[fcol::kAccrochageV]));
         ApplyInt16(cols[fcol::kAccrochageVType], [&](int16_t v) { field->Accrochage_V_Type(v); });
-        field->Accrochage_H(cols[fcol::kAccrochageH]);
+        field->Accrochage_H(std::string(cols[fcol::kAccrochageH]));
         ApplyInt16(cols[fcol::kAccrochageHType], [&](int16_t v) { field->Accrochage_H_Type = v; });
         ApplyInt16(cols[fcol::kTypeChamp], [&](int16_t v) { field->Type_Champ(v); });
         field->Formule(FormulaFromFile(*this, *field, cols[fcol::kFormule]));
