@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -99,7 +100,13 @@ bool IsAscii(std::string_view text) {
 using NumberedLines = std::map<long long, std::string_view>;  // views into the section's lines
 
 NumberedLines NumberedValues(const StringArray& lines, std::string_view prefix, long long limit) {
-  std::map<long long, size_t> first_line;
+  // The first line of each number: numbers up to the count of lines (nearly
+  // all of them) in an array, the others in a map; every array number is
+  // smaller than every map number.
+  constexpr size_t kNone = std::numeric_limits<size_t>::max();
+  const long long dense_limit = std::clamp<long long>(limit, 0, static_cast<long long>(lines.size()));
+  std::vector<size_t> first_dense(static_cast<size_t>(dense_limit) + 1, kNone);
+  std::map<long long, size_t> first_sparse;
   const std::string folded_prefix = FoldCase(prefix);
   const long prefix_chars = static_cast<long>(CharLength(prefix));
   const bool ascii_prefix = IsAscii(folded_prefix);
@@ -122,15 +129,23 @@ NumberedLines NumberedValues(const StringArray& lines, std::string_view prefix, 
     for (size_t k = 0; k < rest.size() && k < 18 && rest[k] >= '0' && rest[k] <= '9'; ++k) {
       value = value * 10 + (rest[k] - '0');
       if (value > limit) break;
-      first_line.emplace(value, j);
+      if (static_cast<unsigned long long>(value) < first_dense.size()) {
+        if (first_dense[static_cast<size_t>(value)] == kNone) first_dense[static_cast<size_t>(value)] = j;
+      } else {
+        first_sparse.emplace(value, j);
+      }
     }
   }
   NumberedLines values;
-  for (const auto& [number, j] : first_line) {
+  auto add = [&](long long number, size_t j) {
     const std::string_view line = lines[j];
     const size_t eq = line.find('=');
-    values.emplace(number, eq == std::string_view::npos ? std::string_view() : line.substr(eq + 1));
+    values.emplace_hint(values.end(), number, eq == std::string_view::npos ? std::string_view() : line.substr(eq + 1));
+  };
+  for (size_t number = 1; number < first_dense.size(); ++number) {
+    if (first_dense[number] != kNone) add(static_cast<long long>(number), first_dense[number]);
   }
+  for (const auto& [number, j] : first_sparse) add(number, j);
   return values;
 }
 
