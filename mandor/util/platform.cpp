@@ -99,6 +99,11 @@ std::shared_ptr<Platform>& CurrentSlot() {
   return current;
 }
 
+// The slot's platform, for CurrentPlatform, which readers call for every
+// number: a plain pointer needs no guard of a local static. Null until the
+// first call; SetPlatform keeps it equal to the slot's.
+Platform* current_platform = nullptr;
+
 // Bits of a 64-bit draw turned into a double in [0, 1): 53 bits fill the
 // mantissa exactly, so 1.0 can never come out.
 double UnitInterval(uint64_t bits) { return static_cast<double>(bits >> 11) * 0x1.0p-53; }
@@ -210,10 +215,14 @@ double SystemPlatform::Random() {
 
 // --- the current platform ---
 
-Platform& CurrentPlatform() { return *CurrentSlot(); }
+Platform& CurrentPlatform() {
+  if (current_platform == nullptr) current_platform = CurrentSlot().get();
+  return *current_platform;
+}
 
 void SetPlatform(std::shared_ptr<Platform> platform) {
   CurrentSlot() = platform ? std::move(platform) : std::make_shared<SystemPlatform>();
+  current_platform = CurrentSlot().get();
 }
 
 std::shared_ptr<Platform> CurrentPlatformPtr() { return CurrentSlot(); }
