@@ -97,7 +97,8 @@ bool IsAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-using NumberedLines = std::map<long long, std::string_view>;  // views into the section's lines
+// Numbers in increasing order with their values: views into the section's lines.
+using NumberedLines = std::vector<std::pair<long long, std::string_view>>;
 
 NumberedLines NumberedValues(const StringArray& lines, std::string_view prefix, long long limit) {
   // The first line of each number: numbers up to the count of lines (nearly
@@ -137,10 +138,11 @@ NumberedLines NumberedValues(const StringArray& lines, std::string_view prefix, 
     }
   }
   NumberedLines values;
+  values.reserve(first_sparse.size() + static_cast<size_t>(dense_limit));
   auto add = [&](long long number, size_t j) {
     const std::string_view line = lines[j];
     const size_t eq = line.find('=');
-    values.emplace_hint(values.end(), number, eq == std::string_view::npos ? std::string_view() : line.substr(eq + 1));
+    values.emplace_back(number, eq == std::string_view::npos ? std::string_view() : line.substr(eq + 1));
   };
   for (size_t number = 1; number < first_dense.size(); ++number) {
     if (first_dense[number] != kNone) add(static_cast<long long>(number), first_dense[number]);
@@ -153,6 +155,12 @@ template <class Map>
 std::string ValueOf(const Map& values, long long number) {
   auto it = values.find(number);
   return it == values.end() ? std::string() : std::string(it->second);
+}
+
+std::string ValueOf(const NumberedLines& values, long long number) {
+  auto it = std::lower_bound(values.begin(), values.end(), number,
+                             [](const auto& entry, long long n) { return entry.first < n; });
+  return it == values.end() || it->first != number ? std::string() : std::string(it->second);
 }
 
 // Splits a record into exactly `columns` columns (cols[1..columns]); false,
