@@ -77,6 +77,8 @@ struct AlignmentRule {
   static std::string Own(uint8_t s) { return std::to_string(s & 7); }
   // Error 13 for a non-numeric text, Error 6 outside the byte range.
   static uint8_t Store(const std::string& v) {
+    // The codes the font itself passes are one digit: no conversion needed.
+    if (v.size() == 1 && v[0] >= '0' && v[0] <= '9') return static_cast<uint8_t>((v[0] - '0') & 7);
     return ToByte(ToDouble(v, CurrentPlatform().locale())) & 7;
   }
   static uint8_t Unset() { return 8; }
