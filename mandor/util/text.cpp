@@ -250,15 +250,14 @@ std::string Trim(std::string_view s) {
 }
 
 std::string UpperCase(std::string_view s) {
-  // Keys and names are mostly ASCII: a byte loop does for them.
-  if (std::all_of(s.begin(), s.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
-    std::string out(s);
-    for (char& c : out) {
-      if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    }
-    return out;
+  // Keys and names are mostly ASCII: a byte loop does for them, in one pass
+  // that gives way to the general mapping at the first other byte.
+  std::string out(s);
+  for (char& c : out) {
+    if (static_cast<unsigned char>(c) >= 0x80) return MapChars(s, ToUpper);
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
   }
-  return MapChars(s, ToUpper);
+  return out;
 }
 
 std::string LowerCase(std::string_view s) { return MapChars(s, ToLower); }
