@@ -1,5 +1,6 @@
 #include "mandor/textfile/format.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "mandor/util/error.h"
@@ -84,11 +85,14 @@ std::string PixelText(float value) { return SingleToText(value, CurrentPlatform(
 std::string CentimetreText(float value) { return NombreVersFichier(PixelText(value)); }
 
 double ParseFileNumber(std::string_view text) {
-  // Most numbers hold no separator to convert: no copy for them.
-  if (text.find(EstVirguleDecimale() ? '.' : ',') == std::string_view::npos) {
-    return ToDouble(text, CurrentPlatform().locale());
+  const Locale& locale = CurrentPlatform().locale();
+  // Most numbers hold no separator to convert: no copy for them, and those
+  // without either separator need not ask which one the locale uses.
+  if (std::none_of(text.begin(), text.end(), [](char c) { return c == '.' || c == ','; }) ||
+      text.find(EstVirguleDecimale() ? '.' : ',') == std::string_view::npos) {
+    return ToDouble(text, locale);
   }
-  return ToDouble(NombreVersLocal(text), CurrentPlatform().locale());
+  return ToDouble(NombreVersLocal(text), locale);
 }
 
 }  // namespace mandor::textfile
