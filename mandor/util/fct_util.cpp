@@ -1,5 +1,7 @@
 #include "mandor/util/fct_util.h"
 
+#include <algorithm>
+
 #include "mandor/util/error.h"
 #include "mandor/util/number.h"
 #include "mandor/util/text.h"
@@ -105,9 +107,15 @@ std::string EnleveCar(std::string& Nombre, std::string_view Car, std::string_vie
 }
 
 std::string EnlèveSéparateurs(std::string_view Nombre) {
-  std::string s = ReplaceAll(ReplaceAll(Nombre, " ", ""), "\xC2\xA0", "");
-  if (s.find('.') != std::string::npos && s.find(',') != std::string::npos) s = ReplaceAll(s, ",", "");
-  if (EstVirguleDecimale()) s = ReplaceAll(s, ".", ",");
+  // In place on one copy: the spaces, then the no-break spaces (which the
+  // first removal may join), then the commas when there are points too.
+  std::string s(Nombre);
+  s.erase(std::remove(s.begin(), s.end(), ' '), s.end());
+  if (s.find("\xC2\xA0") != std::string::npos) s = ReplaceAll(s, "\xC2\xA0", "");
+  if (s.find('.') != std::string::npos && s.find(',') != std::string::npos) {
+    s.erase(std::remove(s.begin(), s.end(), ','), s.end());
+  }
+  if (EstVirguleDecimale()) std::replace(s.begin(), s.end(), '.', ',');
   return s;
 }
 
