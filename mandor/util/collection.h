@@ -11,8 +11,8 @@
 //   - Item/Remove/insertion relative to a key that is not present: Error 5
 //     (invalid procedure call or argument).
 //
-// Key look-up is a hash look-up; appending is amortised O(1); inserting or
-// removing in the middle shifts the sequence (O(n)).
+// Key look-up is a hash look-up (KeyIndex); appending is amortised O(1);
+// inserting or removing in the middle shifts the sequence (O(n)).
 #ifndef MANDOR_UTIL_COLLECTION_H_
 #define MANDOR_UTIL_COLLECTION_H_
 
@@ -20,10 +20,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "mandor/util/error.h"
+#include "mandor/util/key_index.h"
 #include "mandor/util/text.h"
 
 namespace mandor {
@@ -41,28 +41,32 @@ class Collection {
   const Ptr& Item(long index) const { return items_[Position(index)]; }
   // The member stored under key.
   const Ptr& Item(std::string_view key) const {
-    auto it = by_key_.find(FoldCase(key));
-    if (it == by_key_.end()) ThrowMissingKey(key);
-    return it->second;
+    const size_t place = PlaceOfKey(key);
+    if (place == KeyIndex::npos) ThrowMissingKey(key);
+    return items_[place];
   }
 
   // The member stored under key, or nullptr when there is none: a look-up
   // that misses without the cost of an exception.
   const Ptr* Find(std::string_view key) const {
-    if (key.empty()) return nullptr;
-    auto it = by_key_.find(FoldCase(key));
-    return it == by_key_.end() ? nullptr : &it->second;
+    const size_t place = PlaceOfKey(key);
+    return place == KeyIndex::npos ? nullptr : &items_[place];
   }
 
-  bool Contains(std::string_view key) const {
-    return !key.empty() && by_key_.count(FoldCase(key)) != 0;
-  }
+  bool Contains(std::string_view key) const { return PlaceOfKey(key) != KeyIndex::npos; }
 
   // The key of the member at 1-based position index ("" when it has none).
   const std::string& Key(long index) const { return keys_[Position(index)]; }
 
   // Appends item, under key unless key is empty.
   void Add(Ptr item, std::string_view key = {}) { InsertAt(items_.size(), std::move(item), key); }
+  // Appends item under key and returns true, or returns false and changes
+  // nothing when the key is taken (Add would raise Error 457).
+  bool TryAdd(Ptr item, std::string_view key) {
+    if (Contains(key)) return false;
+    Add(std::move(item), key);
+    return true;
+  }
 
   // Inserts item before / after the member at 1-based position `index`.
   void AddBefore(Ptr item, std::string_view key, long index) {
@@ -85,7 +89,7 @@ class Collection {
   void Clear() {
     items_.clear();
     keys_.clear();
-    by_key_.clear();
+    index_.Clear();
   }
 
   const_iterator begin() const { return items_.begin(); }
@@ -97,29 +101,38 @@ class Collection {
     return static_cast<size_t>(index - 1);
   }
 
+  size_t PlaceOfKey(std::string_view key) const {
+    return key.empty() ? KeyIndex::npos : index_.Find(key, KeyIndex::Hash(key), keys_);
+  }
+
   size_t PositionOfKey(std::string_view key) const {
-    if (!key.empty()) {
-      const std::string folded = FoldCase(key);
-      auto it = by_key_.find(folded);
-      if (it != by_key_.end()) {
-        // The member's place: the same object, under this key (one object
-        // may be held under several keys).
-        for (size_t i = 0; i < items_.size(); ++i) {
-          if (items_[i] == it->second && FoldCase(keys_[i]) == folded) return i;
-        }
-      }
-    }
-    ThrowMissingKey(key);
+    const size_t place = PlaceOfKey(key);
+    if (place == KeyIndex::npos) ThrowMissingKey(key);
+    return place;
   }
 
   void InsertAt(size_t pos, Ptr item, std::string_view key) {
-    if (!key.empty() && !by_key_.emplace(FoldCase(key), item).second) ThrowError(kDuplicateKey);
+    const uint32_t hash = key.empty() ? 0 : KeyIndex::Hash(key);
+    if (!key.empty() && index_.Find(key, hash, keys_) != KeyIndex::npos) ThrowError(kDuplicateKey);
+    std::string stored(key);
+    MakeRoom(items_);
+    MakeRoom(keys_);
+    if (!key.empty()) index_.MakeRoom();
+    // Nothing below throws: the collection is never left half changed.
+    index_.Shift(pos, +1, keys_);
     items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(item));
-    keys_.insert(keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::string(key));
+    keys_.insert(keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(stored));
+    if (!key.empty()) index_.Add(hash, pos);
+  }
+
+  template <class V>
+  static void MakeRoom(V& vector) {
+    if (vector.size() == vector.capacity()) vector.reserve(vector.empty() ? 4 : vector.size() * 2);
   }
 
   void EraseAt(size_t pos) {
-    if (!keys_[pos].empty()) by_key_.erase(FoldCase(keys_[pos]));
+    if (!keys_[pos].empty()) index_.Remove(KeyIndex::Hash(keys_[pos]), pos);
+    index_.Shift(pos + 1, -1, keys_);
     items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(pos));
     keys_.erase(keys_.begin() + static_cast<std::ptrdiff_t>(pos));
   }
@@ -131,7 +144,7 @@ class Collection {
 
   std::vector<Ptr> items_;
   std::vector<std::string> keys_;  // as given; "" for a member without key
-  std::unordered_map<std::string, Ptr> by_key_;  // folded key -> member
+  KeyIndex index_;                 // folded key -> place in items_ and keys_
 };
 
 }  // namespace mandor

@@ -108,7 +108,7 @@ std::shared_ptr<cMarquage> cMarquage::XML_ReadCNF(const std::string& sFile) {
   std::shared_ptr<CFont> saved_font = Font;
   std::vector<float> saved_tva;
   for (const auto& document : documents_) saved_tva.push_back(document->TVA);
-  reader_index_.reset();
+  reader_indexes_.reset();
   try {
     FullPath(sFile);
     const pugi::xml_node root = workbook.document();
@@ -138,10 +138,10 @@ std::shared_ptr<cMarquage> cMarquage::XML_ReadCNF(const std::string& sFile) {
     folder_files_ = std::move(saved_folder_files);
     oDevises = std::move(saved_devises);
     Font = std::move(saved_font);
-    reader_index_.reset();
+    reader_indexes_.reset();
     throw;
   }
-  reader_index_.reset();
+  reader_indexes_.reset();
   return shared_from_this();
 }
 

@@ -94,11 +94,15 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   void XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor);
-  // Rows flagged in `release` are taken out of the workbook once read.
-  void XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor,
-                    const std::vector<bool>& release);
+  // The rulers the rows' "mn:iRow" elements of one document make (null for
+  // a row that makes none).
+  std::vector<std::shared_ptr<CRegle>> XML_ReadRowRulers(const std::vector<pugi::xml_node>& oRows,
+                                                         const std::vector<pugi::xml_node>& oIRows,
+                                                         const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
                      const std::shared_ptr<CRegle>& oRegleH);
+  void XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
+                    const std::shared_ptr<CRegle>& oRegleH);
   std::shared_ptr<CChamp> XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor, long lCounter,
                                         bool bRecurrent, bool bDataContrat, const std::shared_ptr<CRegle>& oRegleH);
 
@@ -107,6 +111,7 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   // Look-ups built once per reading pass instead of a query per row or field
   // (xml_reader.cpp).
   struct ReaderIndex;
+  struct ReaderIndexes;
   ReaderIndex& IndexFor(const std::shared_ptr<Mandor>& oMandor);
 
   Collection<Mandor> documents_;
@@ -115,7 +120,7 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   std::string file_;
   std::string name_;
   std::vector<std::string> folder_files_;
-  std::shared_ptr<ReaderIndex> reader_index_;
+  std::shared_ptr<ReaderIndexes> reader_indexes_;
 };
 
 }  // namespace mandor

@@ -127,15 +127,6 @@ std::vector<pugi::xml_node> ChildrenWithId(const pugi::xml_node& parent, const c
   return found;
 }
 
-// True when element has a child called name whose "mn:ID" is id, as the
-// predicate "[name/@mn:ID='id']" tests it.
-bool HasChildWithId(const pugi::xml_node& element, const char* name, const std::string& id) {
-  for (pugi::xml_node child = element.child(name); child; child = child.next_sibling(name)) {
-    if (id == child.attribute("mn:ID").value()) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 // Rulers by name for the document being read. Regles_V and Regles_H are keyed
@@ -161,11 +152,16 @@ struct cMarquage::ReaderIndex {
   }
 };
 
-// Rebuilt only when another document is read or its rulers have changed
-// since: once per document and pass.
+// One index per document, rebuilt only when the document's rulers have
+// changed since: once per document and pass, though the table pass reads the
+// documents row by row, in turn.
+struct cMarquage::ReaderIndexes {
+  std::unordered_map<const Mandor*, ReaderIndex> of_document;
+};
+
 cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMandor) {
-  if (!reader_index_) reader_index_ = std::make_shared<ReaderIndex>();
-  ReaderIndex& index = *reader_index_;
+  if (!reader_indexes_) reader_indexes_ = std::make_shared<ReaderIndexes>();
+  ReaderIndex& index = reader_indexes_->of_document[oMandor.get()];
   if (index.document.lock() == oMandor && index.vertical_count == oMandor->Regles_V.Count() &&
       index.horizontal_count == oMandor->Regles_H.Count()) {
     return index;
@@ -301,56 +297,100 @@ void cMarquage::XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<
   }
 }
 
-// Table pass. The rows of every document are found in one walk of the table
-// instead of one query over the whole table per document.
+// The rows of one document in the table pass.
+struct DocumentRows {
+  std::shared_ptr<Mandor> document;
+  std::vector<pugi::xml_node> rows;    // the rows holding an "mn:iRow" of the document, in order
+  std::vector<pugi::xml_node> i_rows;  // the first such "mn:iRow" of each
+  std::vector<size_t> row_numbers;     // each row's place in the table
+  size_t next = 0;                     // the next of them the cell walk comes to
+  // The cell walk's "Cell" and "mn:iCell" pairs of the document in the current row.
+  std::vector<std::pair<pugi::xml_node, pugi::xml_node>> cells;
+};
+
+// Table pass. The rows are walked once for all the documents that share
+// them, each "mn:iRow" and "mn:iCell" going to the document its "mn:ID"
+// names. For every document the rulers of all its rows are made first, then
+// the cells are read, so that a "mn:RefersTo" may name a line further down as
+// well as one above. An error in one row leaves that row (or what is left of
+// it) out of that document, and the rest is read.
 void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
-  std::unordered_map<std::string, std::vector<pugi::xml_node>> rows_by_document;
+  std::vector<DocumentRows> reading;
+  std::unordered_map<std::string_view, size_t> by_id;
+  for (const auto& document : documents_) {
+    by_id.emplace(document->Id, reading.size());
+    reading.push_back(DocumentRows{document, {}, {}, {}, 0, {}});
+  }
+  const auto reading_of = [&](const pugi::xml_node& element) -> DocumentRows* {
+    auto it = by_id.find(element.attribute("mn:ID").value());
+    return it == by_id.end() ? nullptr : &reading[it->second];
+  };
+
+  std::vector<pugi::xml_node> rows;
   for (pugi::xml_node row = oNode.child("Row"); row; row = row.next_sibling("Row")) {
-    std::vector<std::string> seen;  // a row with two mn:iRow of one document is listed once
     for (pugi::xml_node i_row = row.child("mn:iRow"); i_row; i_row = i_row.next_sibling("mn:iRow")) {
-      std::string id = i_row.attribute("mn:ID").value();
-      if (std::find(seen.begin(), seen.end(), id) != seen.end()) continue;
-      rows_by_document[id].push_back(row);
-      seen.push_back(std::move(id));
+      DocumentRows* of = reading_of(i_row);
+      // A row with two "mn:iRow" of one document counts once, with the first.
+      if (!of || (!of->row_numbers.empty() && of->row_numbers.back() == rows.size())) continue;
+      of->rows.push_back(row);
+      of->i_rows.push_back(i_row);
+      of->row_numbers.push_back(rows.size());
     }
+    rows.push_back(row);
   }
-  // The workbook is dropped after the read: a row is taken out of it (and
-  // its memory made free for the model) once the last document that reads
-  // it is done with it, so that the whole table and the whole model are
-  // never held at once.
-  std::unordered_map<const void*, const Mandor*> last_reader;
-  for (const auto& document : documents_) {
-    auto it = rows_by_document.find(document->Id);
-    if (it == rows_by_document.end()) continue;
-    for (const pugi::xml_node& row : it->second) last_reader[row.internal_object()] = document.get();
-  }
-  for (const auto& document : documents_) {
-    auto it = rows_by_document.find(document->Id);
-    if (it == rows_by_document.end()) continue;
-    std::vector<bool> release(it->second.size());
-    for (size_t r = 0; r < release.size(); ++r) {
-      release[r] = last_reader[it->second[r].internal_object()] == document.get();
+
+  std::vector<std::vector<std::shared_ptr<CRegle>>> rulers;
+  for (const DocumentRows& of : reading) rulers.push_back(XML_ReadRowRulers(of.rows, of.i_rows, of.document));
+
+  // The workbook is dropped after the read: each row is taken out of it
+  // once read (with the whitespace before it, which shares its memory
+  // pages), so that the whole table and the whole model are never held at
+  // once.
+  for (size_t number = 0; number < rows.size(); ++number) {
+    const pugi::xml_node& row = rows[number];
+    const auto reads_this_row = [number](const DocumentRows& of) {
+      return of.next < of.row_numbers.size() && of.row_numbers[of.next] == number;
+    };
+    for (DocumentRows& of : reading) of.cells.clear();
+    for (pugi::xml_node cell = row.child("Cell"); cell; cell = cell.next_sibling("Cell")) {
+      for (pugi::xml_node i_cell = cell.child("mn:iCell"); i_cell; i_cell = i_cell.next_sibling("mn:iCell")) {
+        DocumentRows* of = reading_of(i_cell);
+        if (of && reads_this_row(*of)) of->cells.emplace_back(cell, i_cell);
+      }
     }
-    XML_ReadRows(it->second, document, release);
+    for (size_t d = 0; d < reading.size(); ++d) {
+      DocumentRows& of = reading[d];
+      if (!reads_this_row(of)) continue;
+      const size_t r = of.next++;
+      try {
+        std::shared_ptr<CRegle> regle = rulers[d][r];
+        if (!regle) regle = IndexFor(of.document).Horizontal(Attr(of.i_rows[r], "mn:RefersTo"));
+        // A field's position is that of its cell among the row's cells of
+        // the document.
+        long position = -1;
+        pugi::xml_node last_cell;
+        for (const auto& [cell, i_cell] : of.cells) {
+          if (cell != last_cell) ++position;
+          last_cell = cell;
+          XML_ReadCell(i_cell, of.document, position, regle);
+        }
+      } catch (const std::exception&) {
+      }
+    }
+    pugi::xml_node table = row.parent();
+    if (pugi::xml_node before = row.previous_sibling(); before.type() == pugi::node_pcdata) table.remove_child(before);
+    table.remove_child(row);
   }
 }
 
-// The rulers of all rows are made first, then the cells are read, so that a
-// "mn:RefersTo" may name a line further down as well as one above. An error
-// in one row leaves that row (or what is left of it) out and the rest is read.
-void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std::shared_ptr<Mandor>& oMandor,
-                             const std::vector<bool>& release) {
-  const std::string& id = oMandor->Id;
+std::vector<std::shared_ptr<CRegle>> cMarquage::XML_ReadRowRulers(const std::vector<pugi::xml_node>& oRows,
+                                                                  const std::vector<pugi::xml_node>& oIRows,
+                                                                  const std::shared_ptr<Mandor>& oMandor) {
   std::vector<std::shared_ptr<CRegle>> own_rulers(oRows.size());
-  std::vector<pugi::xml_node> i_rows(oRows.size());
-
   for (size_t r = 0; r < oRows.size(); ++r) {
     try {
       const pugi::xml_node& row = oRows[r];
-      const std::vector<pugi::xml_node> matches = ChildrenWithId(row, "mn:iRow", id);
-      if (matches.empty()) continue;
-      const pugi::xml_node i_row = matches.front();
-      i_rows[r] = i_row;
+      const pugi::xml_node& i_row = oIRows[r];
       auto regle = std::make_shared<CRegle>();
       const std::string name = Attr(i_row, "mn:Name");
       regle->Imprimable = Attr(i_row, "mn:iPrint") != "0" ? -1 : 0;
@@ -376,27 +416,15 @@ void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std
     } catch (const std::exception&) {
     }
   }
+  return own_rulers;
+}
 
-  for (size_t r = 0; r < oRows.size(); ++r) {
-    if (i_rows[r]) {
-      try {
-        std::shared_ptr<CRegle> regle = own_rulers[r];
-        if (!regle) regle = IndexFor(oMandor).Horizontal(Attr(i_rows[r], "mn:RefersTo"));
-        std::vector<pugi::xml_node> cells;
-        for (pugi::xml_node cell = oRows[r].child("Cell"); cell; cell = cell.next_sibling("Cell")) {
-          if (HasChildWithId(cell, "mn:iCell", id)) cells.push_back(cell);
-        }
-        XML_ReadCells(cells, oMandor, regle);
-      } catch (const std::exception&) {
-      }
-    }
-    if (release[r]) {
-      // The whitespace before the row goes too: it shares the row's memory pages.
-      pugi::xml_node table = oRows[r].parent();
-      if (pugi::xml_node before = oRows[r].previous_sibling(); before.type() == pugi::node_pcdata) {
-        table.remove_child(before);
-      }
-      table.remove_child(oRows[r]);
+// The page-level cells of a page: every "mn:iCell" of the document in them.
+void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
+                              const std::shared_ptr<CRegle>& oRegleH) {
+  for (size_t position = 0; position < oCells.size(); ++position) {
+    for (const pugi::xml_node& i_cell : ChildrenWithId(oCells[position], "mn:iCell", oMandor->Id)) {
+      XML_ReadCell(i_cell, oMandor, static_cast<long>(position), oRegleH);
     }
   }
 }
@@ -405,23 +433,19 @@ void cMarquage::XML_ReadRows(const std::vector<pugi::xml_node>& oRows, const std
 // out (the collections refuse a second entry under one key); the other
 // fields are read. A field whose page does not exist stays in the document's
 // Champs only.
-void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
-                              const std::shared_ptr<CRegle>& oRegleH) {
-  for (size_t position = 0; position < oCells.size(); ++position) {
-    for (const pugi::xml_node& i_cell : ChildrenWithId(oCells[position], "mn:iCell", oMandor->Id)) {
-      std::shared_ptr<CChamp> champ =
-          XML_ReadChamp(i_cell, oMandor, static_cast<long>(position), false, false, oRegleH);
-      const std::string name = champ->Nom();
-      std::shared_ptr<CPage> page;
-      if (champ->Page >= 1 && champ->Page <= oMandor->Pages.Count()) page = oMandor->Pages.Item(champ->Page);
-      if (oMandor->Champs.Contains(name) || (page && page->Champs.Contains(name))) continue;
-      if (page) {
-        page->Champs.Add(champ, name);
-        champ->oOwnerPage = page;
-      }
-      oMandor->Champs.Add(champ, name);
+void cMarquage::XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
+                             const std::shared_ptr<CRegle>& oRegleH) {
+  std::shared_ptr<CChamp> champ = XML_ReadChamp(oICell, oMandor, lPosition, false, false, oRegleH);
+  const std::string name = champ->Nom();
+  if (oMandor->Champs.Contains(name)) return;
+  if (champ->Page >= 1 && champ->Page <= oMandor->Pages.Count()) {
+    const std::shared_ptr<CPage>& page = oMandor->Pages.Item(champ->Page);
+    if (page) {
+      if (!page->Champs.TryAdd(champ, name)) return;
+      champ->oOwnerPage = page;
     }
   }
+  oMandor->Champs.Add(champ, name);
 }
 
 // One field. Each property is read on its own: a bad value in one attribute

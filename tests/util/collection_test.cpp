@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,51 @@ TEST(CollectionTest, RemoveCopyAndShare) {
   c.Clear();
   EXPECT_EQ(c.Count(), 0);
   EXPECT_FALSE(c.Contains("c"));
+}
+
+// Thousands of random insertions and removals at every place, checked
+// against a plain list searched by folded key: the hashed index must find
+// exactly what a linear search finds, through growth, wrap-around and the
+// moves of deletion.
+TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
+  std::mt19937 random(7);
+  Collection<Thing> c;
+  std::vector<std::pair<std::string, std::string>> model;  // (name, key)
+  auto place_of = [&](const std::string& key) -> long {
+    for (size_t i = 0; i < model.size(); ++i) {
+      if (!key.empty() && FoldCase(model[i].second) == FoldCase(key)) return static_cast<long>(i);
+    }
+    return -1;
+  };
+  const std::vector<std::string> stems = {"champ", "Ligne", "élément", "ÉTÉ", "x"};
+  for (int step = 0; step < 4000; ++step) {
+    const std::string key = random() % 10 == 0 ? "" : stems[random() % stems.size()] + std::to_string(random() % 300);
+    const std::string name = "n" + std::to_string(step);
+    if (random() % 3 == 0 && !model.empty()) {
+      const size_t at = random() % model.size();
+      c.Remove(static_cast<long>(at) + 1);
+      model.erase(model.begin() + static_cast<long>(at));
+    } else if (place_of(key) >= 0) {
+      EXPECT_FALSE(c.TryAdd(T(name), key));
+    } else {
+      const size_t at = random() % (model.size() + 1);
+      if (at == model.size()) {
+        c.Add(T(name), key);
+      } else {
+        c.AddBefore(T(name), key, static_cast<long>(at) + 1);
+      }
+      model.insert(model.begin() + static_cast<long>(at), {name, key});
+    }
+    const std::string probe = UpperCase(stems[random() % stems.size()] + std::to_string(random() % 300));
+    const long expected = place_of(probe);
+    ASSERT_EQ(c.Contains(probe), expected >= 0) << probe;
+    if (expected >= 0) {
+      ASSERT_EQ(c.Item(probe)->name, model[static_cast<size_t>(expected)].first);
+    }
+  }
+  Names expected;
+  for (const auto& [name, key] : model) expected.push_back(name + ":" + key);
+  EXPECT_EQ(Contents(c), expected);
 }
 
 }  // namespace
