@@ -49,6 +49,7 @@ bool PartAfterUnderscoreStartsWith(const std::string& name, std::string_view pre
 }  // namespace
 
 CChamp::CChamp() : font_(std::make_shared<CFont>()) {}
+CChamp::CChamp(std::shared_ptr<CFont> font) : font_(std::move(font)) {}
 
 // --- private helpers ---
 
@@ -100,6 +101,13 @@ void CChamp::Accrochage_V(const std::string& value) {
   if (!doc) return;
   // Names that are not keys are the common case: look up without throwing.
   if (const auto* regle = doc->Regles_V.Find(accrochage_v_)) regle_v_ = *regle;
+}
+
+void CChamp::HangOn(const std::shared_ptr<CRegle>& regle_v, const std::shared_ptr<CRegle>& regle_h) {
+  if (regle_v) accrochage_v_ = regle_v->Nom;
+  if (regle_h) accrochage_h_ = regle_h->Nom;
+  regle_v_ = regle_v;
+  regle_h_ = regle_h;
 }
 
 void CChamp::Accrochage_H(const std::string& value) {

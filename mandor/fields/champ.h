@@ -28,6 +28,9 @@ class Mandor;
 class CChamp : public std::enable_shared_from_this<CChamp> {
  public:
   CChamp();
+  // A field with the given font; a reader that reads the font afterwards
+  // passes nullptr and sets it before the field is seen.
+  explicit CChamp(std::shared_ptr<CFont> font);
 
   // --- public data, in interface order ---
   std::weak_ptr<CPage> oOwnerPage;
@@ -82,6 +85,10 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   void oRegleH(const std::shared_ptr<CRegle>& r) { regle_h_ = r; }
   std::shared_ptr<CRegle> oRegleV() const { return regle_v_; }
   void oRegleV(const std::shared_ptr<CRegle>& r) { regle_v_ = r; }
+  // Hangs the field on the given rulers: each that is not null gives its
+  // Nom to Accrochage_V or Accrochage_H. Both rulers are set as given, with
+  // none of the look-ups by key the name setters make.
+  void HangOn(const std::shared_ptr<CRegle>& regle_v, const std::shared_ptr<CRegle>& regle_h);
   std::shared_ptr<Mandor> oOwnerMandor() const { return owner_.lock(); }
   void oOwnerMandor(const std::shared_ptr<Mandor>& m) { owner_ = m; }
   std::shared_ptr<CFont> Font() const { return font_; }

@@ -1,5 +1,7 @@
 #include "mandor/util/key_index.h"
 
+#include <cstring>
+
 #include "mandor/util/text.h"
 
 namespace mandor {
@@ -8,34 +10,52 @@ namespace {
 
 constexpr unsigned char Upper(unsigned char c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; }
 
-// FNV-1a over the bytes, then a finaliser that spreads them into the low
-// bits the table uses.
-struct Hasher {
-  uint64_t h = 0xcbf29ce484222325ULL;
-  void Add(unsigned char c) { h = (h ^ c) * 0x100000001b3ULL; }
-  uint32_t Done() const {
-    uint64_t x = h;
-    x ^= x >> 33;
-    x *= 0xff51afd7ed558ccdULL;
-    x ^= x >> 33;
-    return static_cast<uint32_t>(x);
+constexpr uint64_t kHighBits = 0x8080808080808080ULL;
+
+// The eight ASCII bytes of w with a-z upper-cased, all at once: a byte's top
+// bit is set by adding 0x80 - 'a' when it is at least 'a', by adding
+// 0x80 - 'z' - 1 when it is beyond 'z'.
+constexpr uint64_t UpperAscii(uint64_t w) {
+  const uint64_t at_least_a = w + 0x1f1f1f1f1f1f1f1fULL;
+  const uint64_t beyond_z = w + 0x0505050505050505ULL;
+  return w ^ (((at_least_a & ~beyond_z) & kHighBits) >> 2);
+}
+
+uint64_t Mix(uint64_t h, uint64_t w) {
+  h = (h ^ w) * 0x9e3779b97f4a7c15ULL;
+  return h ^ (h >> 29);
+}
+
+// Hashes text eight bytes at a time, upper-casing the words that are all
+// ASCII; gives up (returns false) at the first other word when `ascii_only`.
+bool HashWords(std::string_view text, bool ascii_only, uint32_t& hash) {
+  uint64_t h = 0x243f6a8885a308d3ULL ^ text.size();
+  for (size_t at = 0; at < text.size(); at += 8) {
+    uint64_t w = 0;
+    std::memcpy(&w, text.data() + at, text.size() - at < 8 ? text.size() - at : 8);
+    if ((w & kHighBits) == 0) {
+      w = UpperAscii(w);
+    } else if (ascii_only) {
+      return false;
+    }
+    h = Mix(h, w);
   }
-};
+  h ^= h >> 33;
+  h *= 0xff51afd7ed558ccdULL;
+  h ^= h >> 33;
+  hash = static_cast<uint32_t>(h);
+  return true;
+}
 
 }  // namespace
 
+// Texts of ASCII only are hashed as they are, words upper-cased on the way;
+// others through their folded copy, whose ASCII words are already upper
+// case, so that texts folding alike hash alike either way.
 uint32_t KeyIndex::Hash(std::string_view key) {
-  Hasher hasher;
-  for (const char ch : key) {
-    const auto c = static_cast<unsigned char>(ch);
-    if (c >= 0x80) {
-      Hasher folded;
-      for (const char f : FoldCase(key)) folded.Add(static_cast<unsigned char>(f));
-      return folded.Done();
-    }
-    hasher.Add(Upper(c));
-  }
-  return hasher.Done();
+  uint32_t hash = 0;
+  if (!HashWords(key, true, hash)) HashWords(FoldCase(key), false, hash);
+  return hash;
 }
 
 bool KeyIndex::FoldedEquals(std::string_view a, std::string_view b) {

@@ -54,7 +54,9 @@ class FieldAttributes {
       if (it != slots.end() && !values_[it->second]) values_[it->second] = a.value();
     }
   }
-  std::string operator[](FieldAttribute slot) const { return values_[slot] ? values_[slot] : ""; }
+  // The attribute's text, valid as long as the workbook.
+  std::string_view operator[](FieldAttribute slot) const { return values_[slot] ? values_[slot] : ""; }
+  std::string Text(FieldAttribute slot) const { return std::string((*this)[slot]); }
 
  private:
   const char* values_[kFieldAttributeCount] = {};
@@ -454,24 +456,22 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
                                                  long lCounter, bool bRecurrent, bool bDataContrat,
                                                  const std::shared_ptr<CRegle>& oRegleH) {
   const FieldAttributes attr(oNode);
-  auto champ = std::make_shared<CChamp>();
-  champ->Nom(attr[kName]);
+  // The field's font is the one read below, so the default one is not made.
+  auto champ = std::make_shared<CChamp>(nullptr);
+  champ->Nom(attr.Text(kName));
   champ->oOwnerMandor(oMandor);
   Resuming([&] { champ->Page = Integer(attr[kPage]); });
   champ->Id = ZeroPadded(lCounter, 5);
 
-  // Rulers. The names are set before the rulers themselves, because the
-  // name setters look the rulers up by key, which finds nothing here.
+  // Rulers, found by name (the name setters look them up by key, which
+  // finds nothing here).
   std::shared_ptr<CRegle> regle_v = IndexFor(oMandor).Vertical(champ->NomRegleV());
-  if (regle_v) champ->Accrochage_V(regle_v->Nom);
-  champ->oRegleV(regle_v);
-  if (oRegleH) champ->Accrochage_H(oRegleH->Nom);
-  champ->oRegleH(oRegleH);
+  champ->HangOn(regle_v, oRegleH);
 
   // Own position where given, else the rulers'.
   float left = 0, top = 0, width = 0, height = 0;
-  const std::string x = attr[kX], y = attr[kY];
-  const std::string w = attr[kW], h = attr[kH];
+  const std::string_view x = attr[kX], y = attr[kY];
+  const std::string_view w = attr[kW], h = attr[kH];
   Resuming([&] { height = !h.empty() ? Single(h) : (oRegleH ? oRegleH->hauteur_pixel : 0.0f); });
   Resuming([&] { width = !w.empty() ? Single(w) : (regle_v ? regle_v->WidthChamp() : 0.0f); });
   Resuming([&] { left = !x.empty() ? Single(x) : (regle_v ? regle_v->Position_pixel_X : 0.0f); });
@@ -482,23 +482,23 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   champ->Position_pixel_Bottom = top + height;
 
   // Printable when "1"; when empty, when every ruler it hangs on is printable.
-  const std::string print = attr[kIPrint];
+  const std::string_view print = attr[kIPrint];
   bool printable = print == "1";
   if (print.empty()) {
     printable = (!regle_v || regle_v->Imprimable != 0) && (!oRegleH || oRegleH->Imprimable != 0);
   }
   champ->Imprimable(printable ? -1 : 0);
 
-  const std::string type = attr[kType];
+  const std::string_view type = attr[kType];
   if (!type.empty()) Resuming([&] { champ->Type_Champ(Integer(type)); });
-  const std::string v_type = attr[kVType];
+  const std::string_view v_type = attr[kVType];
   if (IsNumber(v_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(v_type)); });
-  const std::string sub_type = attr[kSubType];
+  const std::string_view sub_type = attr[kSubType];
   if (IsNumber(sub_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(sub_type)); });
-  const std::string h_type = attr[kHType];
+  const std::string_view h_type = attr[kHType];
   if (IsNumber(h_type)) Resuming([&] { champ->Accrochage_H_Type = Integer(h_type); });
 
-  const std::string dec = attr[kDec];
+  const std::string_view dec = attr[kDec];
   if (!dec.empty()) {
     Resuming([&] { champ->Décimales(Integer(dec)); });
   } else if (regle_v) {
@@ -508,8 +508,8 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   // The secondary name is read from "mn:subName" although the writer writes
   // "mn:SubName": both spellings are part of the file format.
   champ->SubName = attr[kSubName];
-  champ->Formule(attr[kFormula]);
-  champ->ChampRecurrentDeRef(attr[kReferant]);
+  champ->Formule(attr.Text(kFormula));
+  champ->ChampRecurrentDeRef(attr.Text(kReferant));
 
   // The font is read against the parents the field will have, so that an
   // override equal to the built-in default but not to the rulers' is kept.
@@ -523,17 +523,19 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
     parent1 = oMandor->Font();
   }
   Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(FirstChildElement(oNode, "mn:iFont"), parent1, parent2)); });
+  // A font that cannot be read leaves the field the default one.
+  if (!champ->Font()) champ->Font(std::make_shared<CFont>());
 
   if (bRecurrent) champ->Recurrent(true);
   if (bDataContrat) {
     champ->IsDataContrat(true);
-    champ->Label(attr[kLabel]);
+    champ->Label(attr.Text(kLabel));
     champ->IsOptional(attr[kOptional] == "1");
-    champ->Groupe(attr[kGroupe]);
-    champ->ToReport(attr[kToReport]);
+    champ->Groupe(attr.Text(kGroupe));
+    champ->ToReport(attr.Text(kToReport));
     // The value is written with the field; reading it back keeps it across
     // a read and a save.
-    champ->InitialValue(attr[kValue]);
+    champ->InitialValue(attr.Text(kValue));
   }
   return champ;
 }
