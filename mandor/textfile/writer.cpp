@@ -8,6 +8,7 @@
 // closed. A save that fails part-way leaves the previous marking as it was.
 
 #include <exception>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -56,13 +57,28 @@ std::string KeyLine(std::string_view key, std::string_view value) {
   return line;
 }
 
-std::string Join(const std::vector<std::string>& columns) {
-  std::string record;
-  for (size_t i = 0; i < columns.size(); ++i) {
-    if (i > 0) record += kRecordSeparator;
-    record += columns[i];
+// Appends columns to a record, each after the record separator unless it is
+// the record's first.
+void AppendColumns(std::string& record, std::initializer_list<std::string_view> columns, bool first) {
+  for (const std::string_view column : columns) {
+    if (!first) record.append(kRecordSeparator, sizeof kRecordSeparator - 1);
+    record += column;
+    first = false;
   }
+}
+
+std::string Join(std::initializer_list<std::string_view> columns) {
+  std::string record;
+  AppendColumns(record, columns, true);
   return record;
+}
+
+// Starts the line "key=" of a record in `line`, whose storage is reused from
+// one record to the next.
+std::string& RecordLine(std::string& line, std::string_view key) {
+  line.assign(key);
+  line += kKeyValueSeparator;
+  return line;
 }
 
 // A text formatted with a number picture: a text the locale reads as a
@@ -92,42 +108,40 @@ std::string RulerRecord(const CRegle& r) {
                IntText(r.Imprimable), "0"});
 }
 
-// The 23 columns shared by page fields and recurrent fields; column 6 is
-// value_text.
-std::vector<std::string> FieldColumns(const CChamp& c, const std::string& value_text) {
-  return {c.Id,
-          c.Nom(),
-          c.FontName(),
-          IntText(c.FontSize()),
-          IntText(c.FontSpecial()),
-          value_text,
-          c.Accrochage_V(),
-          IntText(c.Accrochage_V_Type()),
-          c.Accrochage_H(),
-          IntText(c.Accrochage_H_Type),
-          IntText(c.Type_Champ()),
-          FormulaText(c),
-          IntText(c.Décimales()),
-          PixelText(c.Position_pixel_Top),
-          PixelText(c.Position_pixel_Bottom),
-          PixelText(c.Position_pixel_Left),
-          PixelText(c.Position_pixel_Right),
-          IntText(c.Imprimable()),
-          IntText(c.FontColor()),
-          BoolText(c.Bold()),
-          BoolText(c.StrikeThrough()),
-          BoolText(c.Underligne()),
-          IntText(c.BackColor())};
+// Appends the 23 columns shared by page fields and recurrent fields; column
+// 6 is value_text.
+void AppendFieldColumns(std::string& record, const CChamp& c, std::string_view value_text) {
+  AppendColumns(record,
+                {c.Id,
+                 c.Nom(),
+                 c.FontName(),
+                 IntText(c.FontSize()),
+                 IntText(c.FontSpecial()),
+                 value_text,
+                 c.Accrochage_V(),
+                 IntText(c.Accrochage_V_Type()),
+                 c.Accrochage_H(),
+                 IntText(c.Accrochage_H_Type),
+                 IntText(c.Type_Champ()),
+                 FormulaText(c),
+                 IntText(c.Décimales()),
+                 PixelText(c.Position_pixel_Top),
+                 PixelText(c.Position_pixel_Bottom),
+                 PixelText(c.Position_pixel_Left),
+                 PixelText(c.Position_pixel_Right),
+                 IntText(c.Imprimable()),
+                 IntText(c.FontColor()),
+                 BoolText(c.Bold()),
+                 BoolText(c.StrikeThrough()),
+                 BoolText(c.Underligne()),
+                 IntText(c.BackColor())},
+                true);
 }
 
-std::string FieldRecord(const CChamp& c, const std::string& value_text) {
-  std::vector<std::string> columns = FieldColumns(c, value_text);
-  columns.push_back(c.ChampRecurrentDeRef());
-  columns.push_back(BoolText(c.Transparent()));
-  return Join(columns);
+void AppendFieldRecord(std::string& record, const CChamp& c, std::string_view value_text) {
+  AppendFieldColumns(record, c, value_text);
+  AppendColumns(record, {c.ChampRecurrentDeRef(), BoolText(c.Transparent())}, false);
 }
-
-std::string RecurrentRecord(const CChamp& c) { return Join(FieldColumns(c, c.InitialValue())); }
 
 std::string StdVerticalRulerRecord(const CRegle& r) {
   return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y), IntText(r.Décimales),
@@ -318,10 +332,13 @@ bool Mandor::WriteChampsRecurrents(TextFile& fich) {
   return RunTrapped([&] {
     fich.WriteLine(kSectionChampsRecurrents);
     fich.WriteLine(KeyLine(kKeyNombreChampsRecurrents, IntText(ChampsRecurrents.Count())));
+    std::string line;
     long i = 0;
     for (const auto& champ : ChampsRecurrents) {
       ++i;
-      fich.WriteLine(KeyLine(NumberedKey(kKeyRecurrentPrefix, i), RecurrentRecord(Deref(champ))));
+      const CChamp& recurrent = Deref(champ);
+      AppendFieldColumns(RecordLine(line, NumberedKey(kKeyRecurrentPrefix, i)), recurrent, recurrent.InitialValue());
+      fich.WriteLine(line);
     }
   });
 }
@@ -346,6 +363,7 @@ bool Mandor::WritePage(TextFile& fich, bool WithQte) {
     fich.WriteLine(KeyLine(kKeyNombre, IntText(Pages.Count())));
     // The last quantity value met, written in every field until the next.
     std::string value_text;
+    std::string line;
     long n = 0;
     for (const auto& page_ptr : Pages) {
       ++n;
@@ -369,7 +387,8 @@ bool Mandor::WritePage(TextFile& fich, bool WithQte) {
         if (WithQte && champ->Nom().find(kQuantityMarker) != std::string::npos) {
           value_text = FormatText(EnlèveSéparateurs(champ->valeur()), FormatNombreSortie(champ));
         }
-        fich.WriteLine(KeyLine(NumberedKey(kKeyFieldPrefix, i), FieldRecord(*champ, value_text)));
+        AppendFieldRecord(RecordLine(line, NumberedKey(kKeyFieldPrefix, i)), *champ, value_text);
+        fich.WriteLine(line);
       }
     }
   });

@@ -26,6 +26,9 @@ std::string_view DecimalSeparator(const Locale& locale) {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
+// Exact as doubles.
+constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
 // ---------------------------------------------------------------------------
 // Number to text.
 
@@ -63,6 +66,14 @@ std::string NonFiniteText(double v, const Locale& locale) {
 std::string GeneralText(double v, int precision, const Locale& locale) {
   if (!std::isfinite(v)) return NonFiniteText(v, locale);
   if (v == 0) return "0";
+  // Whole numbers of at most `precision` digits (most positions and sizes)
+  // are their own digits: the general route below gives the same text, but
+  // through a costly conversion.
+  if (const double magnitude = std::fabs(v); magnitude < kPowersOfTen[precision] && magnitude == std::trunc(magnitude)) {
+    char buffer[24];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<long long>(v));
+    return std::string(buffer, result.ptr);
+  }
   const std::string_view sep = DecimalSeparator(locale);
   Decimal d = ToDecimal(std::fabs(v), precision);
   while (d.digits.size() > 1 && d.digits.back() == '0') d.digits.pop_back();
@@ -220,8 +231,6 @@ size_t GroupingAt(std::string_view s, size_t i, const Locale& locale) {
 // of ten it is divided by are exact doubles, so the one division rounds as
 // the general conversion does.
 std::optional<double> PlainNumber(std::string_view s, std::string_view decimal) {
-  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
-                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
   size_t i = 0;
   const bool negative = s[0] == '-';
   if (s[0] == '+' || s[0] == '-') ++i;

@@ -26,7 +26,7 @@ TEST(NumberTest, SingleAndDoubleToText) {
   const struct { float v; const Locale& l; const char* text; } singles[] = {
       {1520.0f, kComma, "1520"}, {12.5f, kComma, "12,5"}, {12.5f, kPoint, "12.5"},
       {-0.5f, kComma, "-0,5"}, {-0.0f, kPoint, "0"}, {1.0f / 3.0f, kPoint, "0.3333333"},
-      {1234567.0f, kPoint, "1234567"}, {12345678.0f, kComma, "1,234568E+07"},
+      {1234567.0f, kPoint, "1234567"}, {-9999999.0f, kPoint, "-9999999"}, {12345678.0f, kComma, "1,234568E+07"},
       {1e7f, kPoint, "1E+07"}, {0.0001f, kPoint, "0.0001"}, {0.00001f, kPoint, "1E-05"},
       {-3.25e-30f, kComma, "-3,25E-30"}, {float(kInf), kComma, "1,#INF"}};
   for (const auto& c : singles) EXPECT_EQ(SingleToText(c.v, c.l), c.text) << c.text;
