@@ -62,7 +62,9 @@ bool IsMdnFileName(std::string_view file_name) {
 std::string Bool01Text(bool value) { return value ? "1" : "0"; }
 
 std::optional<bool> ParseBoolText(std::string_view text) {
-  const std::string t = Trim(text);
+  std::string_view t = text;  // trimmed of spaces, as Trim does, without a copy
+  while (!t.empty() && t.front() == ' ') t.remove_prefix(1);
+  while (!t.empty() && t.back() == ' ') t.remove_suffix(1);
   if (t.empty()) return std::nullopt;
   const Locale& locale = CurrentPlatform().locale();
   // Flags are mostly written exactly as the writer spells them: those need
@@ -85,6 +87,14 @@ std::string PixelText(float value) { return SingleToText(value, CurrentPlatform(
 std::string CentimetreText(float value) { return NombreVersFichier(PixelText(value)); }
 
 double ParseFileNumber(std::string_view text) {
+  // Whole numbers of up to nine digits, most of a marking's numbers, are
+  // read directly: the locale's rules give them the same value.
+  if (const size_t sign = !text.empty() && text[0] == '-'; text.size() > sign && text.size() - sign <= 9) {
+    int32_t whole = 0;
+    size_t i = sign;
+    while (i < text.size() && text[i] >= '0' && text[i] <= '9') whole = whole * 10 + (text[i++] - '0');
+    if (i == text.size()) return sign ? -static_cast<double>(whole) : static_cast<double>(whole);
+  }
   const Locale& locale = CurrentPlatform().locale();
   // Most numbers hold no separator to convert: no copy for them, and those
   // without either separator need not ask which one the locale uses.
