@@ -64,20 +64,20 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   // --- plain properties ---
   bool IsDataContrat() const { return is_data_contrat_; }
   void IsDataContrat(bool v) { is_data_contrat_ = v; }
-  std::string ToReport() const { return to_report_; }
-  void ToReport(const std::string& v) { to_report_ = v; }
-  std::string Groupe() const { return groupe_; }
-  void Groupe(const std::string& v) { groupe_ = v; }
+  std::string ToReport() const { return RareText(&RareTexts::to_report); }
+  void ToReport(const std::string& v) { SetRareText(&RareTexts::to_report, v); }
+  std::string Groupe() const { return RareText(&RareTexts::groupe); }
+  void Groupe(const std::string& v) { SetRareText(&RareTexts::groupe, v); }
   bool IsOptional() const { return is_optional_; }
   void IsOptional(bool v) { is_optional_ = v; }
-  std::string Label() const { return label_; }
-  void Label(const std::string& v) { label_ = v; }
+  std::string Label() const { return RareText(&RareTexts::label); }
+  void Label(const std::string& v) { SetRareText(&RareTexts::label, v); }
   int16_t Imprimable() const { return imprimable_; }
   void Imprimable(int16_t v) { imprimable_ = v; }
   bool Recurrent() const { return recurrent_; }
   void Recurrent(bool v) { recurrent_ = v; }
-  std::string ChampRecurrentDeRef() const { return champ_recurrent_de_ref_; }
-  void ChampRecurrentDeRef(const std::string& v) { champ_recurrent_de_ref_ = v; }
+  std::string ChampRecurrentDeRef() const { return RareText(&RareTexts::champ_recurrent_de_ref); }
+  void ChampRecurrentDeRef(const std::string& v) { SetRareText(&RareTexts::champ_recurrent_de_ref, v); }
   std::string NomRegleH() const { return nom_regle_h_; }
   std::string NomRegleV() const { return nom_regle_v_; }
 
@@ -198,14 +198,22 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   std::weak_ptr<Mandor> owner_;
   std::shared_ptr<CFont> font_;
   std::string initial_value_;
-  std::string label_;
-  std::string to_report_;
-  std::string groupe_;
   std::string accrochage_v_;
   std::string accrochage_h_;
   std::string formule_;
   std::string valeur_;
-  std::string champ_recurrent_de_ref_;
+  // Texts only data-contract fields and recurrent copies have, kept apart
+  // (shared until changed) so that the many fields without them stay small:
+  // a large marking holds hundreds of thousands of fields.
+  struct RareTexts {
+    std::string label;
+    std::string to_report;
+    std::string groupe;
+    std::string champ_recurrent_de_ref;
+  };
+  const std::string& RareText(std::string RareTexts::*text) const;
+  void SetRareText(std::string RareTexts::*text, const std::string& value);
+  std::shared_ptr<const RareTexts> rare_;
   std::shared_ptr<CRegle> regle_h_;
   std::shared_ptr<CRegle> regle_v_;
   // The small members last, together, so that they share one padded word.

@@ -89,7 +89,9 @@ void CChamp::MajXmlNodeFromChampProperties(pugi::xml_node& node) {
     Set(node, "mn:V_Type", std::to_string(accrochage_v_type_));
   }
   if (Accrochage_H_Type > 0) Set(node, "mn:H_Type", std::to_string(Accrochage_H_Type));
-  if (!champ_recurrent_de_ref_.empty()) Set(node, "mn:Referant", champ_recurrent_de_ref_);
+  if (const std::string& referant = RareText(&RareTexts::champ_recurrent_de_ref); !referant.empty()) {
+    Set(node, "mn:Referant", referant);
+  }
 
   if (const std::shared_ptr<CFont> font = GetFontClassFromFontProperties()) font->GetXmlFontFromFontClass(node);
 }
@@ -153,10 +155,10 @@ void CChamp::MajXmlNodeDataContratFromChampProperties(pugi::xml_node& node) {
   }
   set_or_remove("mn:V_Type", accrochage_v_type_ > 0, std::to_string(accrochage_v_type_));
 
-  Set(node, "mn:Label", label_);
+  Set(node, "mn:Label", RareText(&RareTexts::label));
   Set(node, "mn:Optional", is_optional_ ? "1" : "0");
-  Set(node, "mn:Groupe", groupe_);
-  Set(node, "mn:ToReport", to_report_);
+  Set(node, "mn:Groupe", RareText(&RareTexts::groupe));
+  Set(node, "mn:ToReport", RareText(&RareTexts::to_report));
   // A field that never received a value (one read from a file that keeps
   // its value only here) leaves the stored value alone instead of blanking it;
   // a value given and then cleared is written empty.
