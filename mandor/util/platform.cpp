@@ -77,7 +77,14 @@ std::string ReadWholeFile(const std::string& path) {
   if (!fs::is_regular_file(status)) ThrowError(kPathFileAccessError);
   std::FILE* file = OpenFile(path, "rb");
   if (file == nullptr) ThrowError(errno == ENOENT ? kFileNotFound : kPathFileAccessError);
+  // Read straight into a string of the file's size (one allocation, no
+  // copy), then on in case the file has grown meanwhile.
   std::string bytes;
+  const std::uintmax_t expected = fs::file_size(NativePath(path), ec);
+  if (!ec && expected < bytes.max_size()) {
+    bytes.resize(static_cast<size_t>(expected));
+    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+  }
   char buffer[65536];
   size_t n;
   while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0) bytes.append(buffer, n);

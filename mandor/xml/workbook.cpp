@@ -87,28 +87,43 @@ bool WorkbookDocument::Load(const std::string& path) {
     doc_.reset();
     return false;
   }
-  return LoadFromBytes(bytes);
+  return LoadFromBytes(std::move(bytes));
 }
 
-bool WorkbookDocument::LoadFromBytes(std::string_view bytes) {
+// A UTF-8 catalogue (nearly all of them) is parsed where its bytes were
+// read or converted instead of in a copy: a large workbook is tens of
+// megabytes. The bytes get the terminating zero the copy would have had, so
+// that the parse gives the same nodes.
+bool WorkbookDocument::LoadFromBytes(std::string bytes) {
   doc_.reset();
+  buffer_.clear();
   bom_ = StartsWithBom(bytes);
-  pugi::xml_parse_result result;
+  pugi::xml_encoding encoding = pugi::encoding_auto;
   switch (DeclaredEncoding(bytes)) {
-    case FileEncoding::kWindows1252: {
-      const std::string utf8 = Windows1252ToUtf8(bytes);
-      result = doc_.load_buffer(utf8.data(), utf8.size(), kParseOptions, pugi::encoding_utf8);
+    case FileEncoding::kWindows1252:
+      bytes = Windows1252ToUtf8(bytes);
+      encoding = pugi::encoding_utf8;
       break;
-    }
     case FileEncoding::kLatin1:
-      result = doc_.load_buffer(bytes.data(), bytes.size(), kParseOptions, pugi::encoding_latin1);
+      encoding = pugi::encoding_latin1;
       break;
     default:
-      result = doc_.load_buffer(bytes.data(), bytes.size(), kParseOptions, pugi::encoding_auto);
       break;
+  }
+  // Without a UTF-16 or UTF-32 start, automatic detection finds UTF-8 too.
+  const bool wide = bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes.substr(0, 2) == "\xFF\xFE" ||
+                                          bytes.substr(0, 2) == "\xFE\xFF");
+  pugi::xml_parse_result result;
+  if (encoding != pugi::encoding_latin1 && !wide) {
+    buffer_ = std::move(bytes);
+    buffer_.push_back('\0');
+    result = doc_.load_buffer_inplace(buffer_.data(), buffer_.size(), kParseOptions, pugi::encoding_utf8);
+  } else {
+    result = doc_.load_buffer(bytes.data(), bytes.size(), kParseOptions, encoding);
   }
   if (!result || !IsSingleDocument(doc_)) {
     doc_.reset();
+    buffer_ = std::string();
     return false;
   }
   return true;

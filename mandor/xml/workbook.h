@@ -26,8 +26,10 @@ class WorkbookDocument {
   // Reads and parses the file at path (no schema validation). False when the
   // file cannot be read or is not well-formed XML; the document is then empty.
   bool Load(const std::string& path);
-  // Parses bytes as the content of a catalogue file; false when not well-formed.
-  bool LoadFromBytes(std::string_view bytes);
+  // Parses bytes as the content of a catalogue file; false when not
+  // well-formed. The bytes are parsed where they are and kept by the
+  // document (move them in to spare a copy).
+  bool LoadFromBytes(std::string bytes);
 
   // Writes the document to path through path + ".tmp" and a rename. Throws
   // mandor::Error (the platform's error number, 75 for a failed write) on
@@ -42,6 +44,9 @@ class WorkbookDocument {
   pugi::xml_node Root() const { return doc_.document_element(); }
 
  private:
+  // The bytes the document was parsed in, when it was parsed in place; they
+  // hold its names and values, so they go after it.
+  std::string buffer_;
   pugi::xml_document doc_;
   bool bom_ = false;  // the loaded file started with a byte-order mark
 };
