@@ -87,14 +87,7 @@ std::string PixelText(float value) { return SingleToText(value, CurrentPlatform(
 std::string CentimetreText(float value) { return NombreVersFichier(PixelText(value)); }
 
 double ParseFileNumber(std::string_view text) {
-  // Whole numbers of up to nine digits, most of a marking's numbers, are
-  // read directly: the locale's rules give them the same value.
-  if (const size_t sign = !text.empty() && text[0] == '-'; text.size() > sign && text.size() - sign <= 9) {
-    int32_t whole = 0;
-    size_t i = sign;
-    while (i < text.size() && text[i] >= '0' && text[i] <= '9') whole = whole * 10 + (text[i++] - '0');
-    if (i == text.size()) return sign ? -static_cast<double>(whole) : static_cast<double>(whole);
-  }
+  if (const std::optional<double> whole = WholeNumber(text)) return *whole;
   const Locale& locale = CurrentPlatform().locale();
   // Most numbers hold no separator to convert: no copy for them, and those
   // without either separator need not ask which one the locale uses.

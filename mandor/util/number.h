@@ -53,6 +53,12 @@ bool IsNumericText(std::string_view s, const Locale& locale);
 // too small for a double give 0.
 std::optional<double> ParseNumber(std::string_view s, const Locale& locale);
 
+// The value of a whole number of one to nine digits, with or without a
+// leading "-", else nullopt: the text every locale reads the same way, and
+// most numbers of a marking. A fast path before ParseNumber or ToDouble,
+// which give the same value for it.
+std::optional<double> WholeNumber(std::string_view s);
+
 // Like ParseNumber, but throws Error 13 (type mismatch) when s is not
 // numeric and Error 6 (overflow) when it is too large for a double.
 double ToDouble(std::string_view s, const Locale& locale);

@@ -89,11 +89,16 @@ std::string InLocale(std::string_view text) {
   return converted;
 }
 
-bool IsNumber(std::string_view text) { return IsNumericText(InLocale(text), CurrentPlatform().locale()); }
+bool IsNumber(std::string_view text) {
+  return WholeNumber(text) || IsNumericText(InLocale(text), CurrentPlatform().locale());
+}
 
 // Conversions of a required number: Error 13 when the text is not numeric,
 // Error 6 when it is out of range.
-double Real(std::string_view text) { return ToDouble(InLocale(text), CurrentPlatform().locale()); }
+double Real(std::string_view text) {
+  if (const std::optional<double> whole = WholeNumber(text)) return *whole;
+  return ToDouble(InLocale(text), CurrentPlatform().locale());
+}
 float Single(std::string_view text) { return ToSingle(Real(text)); }
 int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
 
