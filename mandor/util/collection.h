@@ -62,11 +62,7 @@ class Collection {
   void Add(Ptr item, std::string_view key = {}) { InsertAt(items_.size(), std::move(item), key); }
   // Appends item under key and returns true, or returns false and changes
   // nothing when the key is taken (Add would raise Error 457).
-  bool TryAdd(Ptr item, std::string_view key) {
-    if (Contains(key)) return false;
-    Add(std::move(item), key);
-    return true;
-  }
+  bool TryAdd(Ptr item, std::string_view key) { return InsertAt(items_.size(), std::move(item), key, false); }
 
   // Inserts item before / after the member at 1-based position `index`.
   void AddBefore(Ptr item, std::string_view key, long index) {
@@ -111,18 +107,29 @@ class Collection {
     return place;
   }
 
-  void InsertAt(size_t pos, Ptr item, std::string_view key) {
+  // Inserts item at pos; a key already taken raises Error 457, or gives
+  // false when `raise` is off.
+  bool InsertAt(size_t pos, Ptr item, std::string_view key, bool raise = true) {
     const uint32_t hash = key.empty() ? 0 : KeyIndex::Hash(key);
-    if (!key.empty() && index_.Find(key, hash, keys_) != KeyIndex::npos) ThrowError(kDuplicateKey);
+    if (!key.empty() && index_.Find(key, hash, keys_) != KeyIndex::npos) {
+      if (raise) ThrowError(kDuplicateKey);
+      return false;
+    }
     std::string stored(key);
     MakeRoom(items_);
     MakeRoom(keys_);
     if (!key.empty()) index_.MakeRoom();
     // Nothing below throws: the collection is never left half changed.
-    index_.Shift(pos, +1, keys_);
-    items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(item));
-    keys_.insert(keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(stored));
+    if (pos == items_.size()) {
+      items_.push_back(std::move(item));
+      keys_.push_back(std::move(stored));
+    } else {
+      index_.Shift(pos, +1, keys_);
+      items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(item));
+      keys_.insert(keys_.begin() + static_cast<std::ptrdiff_t>(pos), std::move(stored));
+    }
     if (!key.empty()) index_.Add(hash, pos);
+    return true;
   }
 
   template <class V>

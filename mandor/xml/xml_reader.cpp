@@ -444,15 +444,17 @@ void cMarquage::XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor
                              const std::shared_ptr<CRegle>& oRegleH) {
   std::shared_ptr<CChamp> champ = XML_ReadChamp(oICell, oMandor, lPosition, false, false, oRegleH);
   const std::string name = champ->Nom();
-  if (oMandor->Champs.Contains(name)) return;
+  if (!oMandor->Champs.TryAdd(champ, name)) return;
   if (champ->Page >= 1 && champ->Page <= oMandor->Pages.Count()) {
     const std::shared_ptr<CPage>& page = oMandor->Pages.Item(champ->Page);
     if (page) {
-      if (!page->Champs.TryAdd(champ, name)) return;
+      if (!page->Champs.TryAdd(champ, name)) {
+        oMandor->Champs.Remove(oMandor->Champs.Count());  // the last, just added: no shift
+        return;
+      }
       champ->oOwnerPage = page;
     }
   }
-  oMandor->Champs.Add(champ, name);
 }
 
 // One field. Each property is read on its own: a bad value in one attribute
