@@ -421,17 +421,6 @@ bool IsNumericText(std::string_view s, const Locale& locale) {
   return ParseLocaleNumber(s, locale).status == ParseStatus::kOk;
 }
 
-std::optional<double> WholeNumber(std::string_view s) {
-  const size_t sign = !s.empty() && s[0] == '-';
-  if (s.size() <= sign || s.size() - sign > 9) return std::nullopt;
-  int32_t whole = 0;
-  for (size_t i = sign; i < s.size(); ++i) {
-    if (!IsDigit(s[i])) return std::nullopt;
-    whole = whole * 10 + (s[i] - '0');
-  }
-  return sign ? -static_cast<double>(whole) : static_cast<double>(whole);
-}
-
 std::optional<double> ParseNumber(std::string_view s, const Locale& locale) {
   const Parsed p = ParseLocaleNumber(s, locale);
   if (p.status != ParseStatus::kOk) return std::nullopt;

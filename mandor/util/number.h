@@ -57,7 +57,16 @@ std::optional<double> ParseNumber(std::string_view s, const Locale& locale);
 // leading "-", else nullopt: the text every locale reads the same way, and
 // most numbers of a marking. A fast path before ParseNumber or ToDouble,
 // which give the same value for it.
-std::optional<double> WholeNumber(std::string_view s);
+inline std::optional<double> WholeNumber(std::string_view s) {
+  const size_t sign = !s.empty() && s[0] == '-';
+  if (s.size() <= sign || s.size() - sign > 9) return std::nullopt;
+  int32_t whole = 0;
+  for (size_t i = sign; i < s.size(); ++i) {
+    if (s[i] < '0' || s[i] > '9') return std::nullopt;
+    whole = whole * 10 + (s[i] - '0');
+  }
+  return sign ? -static_cast<double>(whole) : static_cast<double>(whole);
+}
 
 // Like ParseNumber, but throws Error 13 (type mismatch) when s is not
 // numeric and Error 6 (overflow) when it is too large for a double.

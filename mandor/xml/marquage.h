@@ -94,11 +94,8 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   void XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor);
-  // The rulers the rows' "mn:iRow" elements of one document make (null for
-  // a row that makes none).
-  std::vector<std::shared_ptr<CRegle>> XML_ReadRowRulers(const std::vector<pugi::xml_node>& oRows,
-                                                         const std::vector<pugi::xml_node>& oIRows,
-                                                         const std::shared_ptr<Mandor>& oMandor);
+  std::shared_ptr<CRegle> XML_ReadRowRuler(pugi::xml_node oRow, pugi::xml_node oIRow,
+                                           const std::shared_ptr<Mandor>& oMandor, size_t number);
   void XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
                      const std::shared_ptr<CRegle>& oRegleH);
   void XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,

@@ -310,23 +310,24 @@ struct DocumentRows {
   std::vector<pugi::xml_node> rows;    // the rows holding an "mn:iRow" of the document, in order
   std::vector<pugi::xml_node> i_rows;  // the first such "mn:iRow" of each
   std::vector<size_t> row_numbers;     // each row's place in the table
+  std::vector<std::shared_ptr<CRegle>> rulers;  // the ruler each row made (null for none)
   size_t next = 0;                     // the next of them the cell walk comes to
   // The cell walk's "Cell" and "mn:iCell" pairs of the document in the current row.
   std::vector<std::pair<pugi::xml_node, pugi::xml_node>> cells;
 };
 
-// Table pass. The rows are walked once for all the documents that share
+// Table pass. The rows are walked twice for all the documents that share
 // them, each "mn:iRow" and "mn:iCell" going to the document its "mn:ID"
-// names. For every document the rulers of all its rows are made first, then
-// the cells are read, so that a "mn:RefersTo" may name a line further down as
-// well as one above. An error in one row leaves that row (or what is left of
+// names: the first walk makes the rulers of the rows, the second reads the
+// cells, so that a "mn:RefersTo" may name a line further down as well as
+// one above. An error in one row leaves that row (or what is left of
 // it) out of that document, and the rest is read.
 void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
   std::vector<DocumentRows> reading;
   std::unordered_map<std::string_view, size_t> by_id;
   for (const auto& document : documents_) {
     by_id.emplace(document->Id, reading.size());
-    reading.push_back(DocumentRows{document, {}, {}, {}, 0, {}});
+    reading.push_back(DocumentRows{document, {}, {}, {}, {}, 0, {}});
   }
   const auto reading_of = [&](const pugi::xml_node& element) -> DocumentRows* {
     auto it = by_id.find(element.attribute("mn:ID").value());
@@ -339,15 +340,13 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
       DocumentRows* of = reading_of(i_row);
       // A row with two "mn:iRow" of one document counts once, with the first.
       if (!of || (!of->row_numbers.empty() && of->row_numbers.back() == rows.size())) continue;
+      of->rulers.push_back(XML_ReadRowRuler(row, i_row, of->document, of->rows.size()));
       of->rows.push_back(row);
       of->i_rows.push_back(i_row);
       of->row_numbers.push_back(rows.size());
     }
     rows.push_back(row);
   }
-
-  std::vector<std::vector<std::shared_ptr<CRegle>>> rulers;
-  for (const DocumentRows& of : reading) rulers.push_back(XML_ReadRowRulers(of.rows, of.i_rows, of.document));
 
   // The workbook is dropped after the read: each row is taken out of it
   // once read (with the whitespace before it, which shares its memory
@@ -370,7 +369,7 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
       if (!reads_this_row(of)) continue;
       const size_t r = of.next++;
       try {
-        std::shared_ptr<CRegle> regle = rulers[d][r];
+        std::shared_ptr<CRegle> regle = of.rulers[r];
         if (!regle) regle = IndexFor(of.document).Horizontal(Attr(of.i_rows[r], "mn:RefersTo"));
         // A field's position is that of its cell among the row's cells of
         // the document.
@@ -390,40 +389,36 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
   }
 }
 
-std::vector<std::shared_ptr<CRegle>> cMarquage::XML_ReadRowRulers(const std::vector<pugi::xml_node>& oRows,
-                                                                  const std::vector<pugi::xml_node>& oIRows,
-                                                                  const std::shared_ptr<Mandor>& oMandor) {
-  std::vector<std::shared_ptr<CRegle>> own_rulers(oRows.size());
-  for (size_t r = 0; r < oRows.size(); ++r) {
-    try {
-      const pugi::xml_node& row = oRows[r];
-      const pugi::xml_node& i_row = oIRows[r];
-      auto regle = std::make_shared<CRegle>();
-      const std::string name = Attr(i_row, "mn:Name");
-      regle->Imprimable = Attr(i_row, "mn:iPrint") != "0" ? -1 : 0;
-      regle->SetPropertiesFromFontClass(GetFont(FontElement(i_row), oMandor->Font(), nullptr));
-      if (name.empty()) continue;
+// The ruler of the document that row `number` of its rows makes, from its
+// "mn:iRow" (null for a row without a name, or one that cannot be read).
+std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(pugi::xml_node oRow, pugi::xml_node oIRow,
+                                                    const std::shared_ptr<Mandor>& oMandor, size_t number) {
+  try {
+    auto regle = std::make_shared<CRegle>();
+    const std::string name = Attr(oIRow, "mn:Name");
+    regle->Imprimable = Attr(oIRow, "mn:iPrint") != "0" ? -1 : 0;
+    regle->SetPropertiesFromFontClass(GetFont(FontElement(oIRow), oMandor->Font(), nullptr));
+    if (name.empty()) return nullptr;
 
-      regle->Nom = name;
-      regle->oOwnerMandor(oMandor);
-      Resuming([&] { regle->Position_pixel_Y = Single(Attr(i_row, "mn:Y")); });
-      const std::string height = Attr(i_row, "mn:H");
-      regle->hauteur_pixel = IsNumber(height) ? Single(height) : oMandor->HauteurChamp;
-      std::shared_ptr<CPage> page;
-      Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(Attr(i_row, "mn:Page")))); });
-      if (page) regle->Page(page);
-      if (pugi::xml_node ilm = row.child("mn:ILM")) {
-        regle->TypeLigne = Attr(ilm, "mn:Type");
-        Resuming([&] { regle->Level = Integer(Attr(ilm, "mn:Level")); });
-      }
-      regle->Id = ZeroPadded(static_cast<long>(r) + 1, 5);
-      if (page) page->Regles_H.Add(regle, regle->Id);
-      oMandor->Regles_H.Add(regle, regle->Id);
-      own_rulers[r] = regle;
-    } catch (const std::exception&) {
+    regle->Nom = name;
+    regle->oOwnerMandor(oMandor);
+    Resuming([&] { regle->Position_pixel_Y = Single(Attr(oIRow, "mn:Y")); });
+    const std::string height = Attr(oIRow, "mn:H");
+    regle->hauteur_pixel = IsNumber(height) ? Single(height) : oMandor->HauteurChamp;
+    std::shared_ptr<CPage> page;
+    Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(Attr(oIRow, "mn:Page")))); });
+    if (page) regle->Page(page);
+    if (pugi::xml_node ilm = oRow.child("mn:ILM")) {
+      regle->TypeLigne = Attr(ilm, "mn:Type");
+      Resuming([&] { regle->Level = Integer(Attr(ilm, "mn:Level")); });
     }
+    regle->Id = ZeroPadded(static_cast<long>(number) + 1, 5);
+    if (page) page->Regles_H.Add(regle, regle->Id);
+    oMandor->Regles_H.Add(regle, regle->Id);
+    return regle;
+  } catch (const std::exception&) {
+    return nullptr;
   }
-  return own_rulers;
 }
 
 // The page-level cells of a page: every "mn:iCell" of the document in them.
