@@ -90,6 +90,7 @@ std::string InLocale(std::string_view text) {
 }
 
 bool IsNumber(std::string_view text) {
+  if (text.empty()) return false;  // most optional attributes are absent
   return WholeNumber(text) || IsNumericText(InLocale(text), CurrentPlatform().locale());
 }
 
@@ -169,7 +170,11 @@ struct cMarquage::ReaderIndexes {
 cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMandor) {
   if (!reader_indexes_) reader_indexes_ = std::make_shared<ReaderIndexes>();
   ReaderIndex& index = reader_indexes_->of_document[oMandor.get()];
-  if (index.document.lock() == oMandor && index.vertical_count == oMandor->Regles_V.Count() &&
+  // The same document (compared by ownership, without taking a reference)
+  // with the same rulers: the index holds.
+  const bool same_document = !index.document.expired() && !index.document.owner_before(oMandor) &&
+                             !oMandor.owner_before(index.document);
+  if (same_document && index.vertical_count == oMandor->Regles_V.Count() &&
       index.horizontal_count == oMandor->Regles_H.Count()) {
     return index;
   }
