@@ -2,7 +2,13 @@
 #ifndef MANDOR_TESTS_TEST_UTIL_H_
 #define MANDOR_TESTS_TEST_UTIL_H_
 
+#include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
 
 #include "mandor/util/error.h"
 
@@ -16,6 +22,21 @@ inline int ErrorNumberOf(const std::function<void()>& f) {
     return e.number();
   }
   return 0;
+}
+
+// Expects `actual` to equal tests/data/<data_file>. With MANDOR_UPDATE_DESCRIBED=1
+// in the environment the file is rewritten instead: review its diff before
+// committing it.
+inline void ExpectDescribedAs(const std::string& actual, const std::string& data_file) {
+  const std::string path = std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file;
+  const char* update = std::getenv("MANDOR_UPDATE_DESCRIBED");
+  if (update && std::string(update) == "1") {
+    std::ofstream(path, std::ios::binary) << actual;
+    return;
+  }
+  std::ifstream in(path, std::ios::binary);
+  EXPECT_TRUE(in.good()) << path;
+  EXPECT_EQ(actual, std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>())) << data_file;
 }
 
 }  // namespace mandor::test_util

@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/test_util.h"
+
 extern char** environ;
 
 namespace mandor_cli_test {
@@ -119,20 +121,14 @@ nlohmann::ordered_json ParseJson(const std::string& text) {
   }
 }
 
-const nlohmann::ordered_json* FindBy(const nlohmann::ordered_json& array, const std::string& name,
-                                     const std::string& value) {
-  if (!array.is_array()) return nullptr;
-  for (const auto& item : array) {
-    if (item.is_object() && item.contains(name) && item[name] == value) return &item;
+void ExpectOutputAs(std::string output, const std::string& data_file) {
+  for (const auto& [folder, mark] : {std::pair<std::string, std::string>{MANDOR_SAMPLES_DIR, "@SAMPLES@"},
+                                     {MANDOR_TEST_DATA_DIR, "@DATA@"}}) {
+    for (size_t at = output.find(folder); at != std::string::npos; at = output.find(folder, at + mark.size())) {
+      output.replace(at, folder.size(), mark);
+    }
   }
-  return nullptr;
-}
-
-std::vector<std::string> Keys(const nlohmann::ordered_json& object) {
-  std::vector<std::string> keys;
-  if (!object.is_object()) return keys;
-  for (auto it = object.begin(); it != object.end(); ++it) keys.push_back(it.key());
-  return keys;
+  mandor::test_util::ExpectDescribedAs(output, data_file);
 }
 
 }  // namespace mandor_cli_test

@@ -53,12 +53,9 @@ void CopyTo(const std::string& from, const std::string& to);
 // does not parse.
 nlohmann::ordered_json ParseJson(const std::string& text);
 
-// The first item of a JSON array whose member `name` equals value, or null.
-const nlohmann::ordered_json* FindBy(const nlohmann::ordered_json& array, const std::string& name,
-                                     const std::string& value);
-
-// The names of an object's members, in order.
-std::vector<std::string> Keys(const nlohmann::ordered_json& object);
+// Expects `output` to equal tests/data/<data_file>, with the samples and
+// test data folders written "@SAMPLES@" and "@DATA@".
+void ExpectOutputAs(std::string output, const std::string& data_file);
 
 }  // namespace mandor_cli_test
 

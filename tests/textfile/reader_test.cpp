@@ -59,6 +59,22 @@ std::vector<std::string> Replaced(std::vector<std::string> lines, const std::str
 std::vector<std::string> SmallXnf() { return DataLines("small.xnf.txt"); }
 std::vector<std::string> SmallCnf() { return DataLines("small.cnf.txt"); }
 
+// Every ruler and field points back at its document and page, and a field at
+// the rulers it hangs on.
+void ExpectLinked(const std::shared_ptr<Mandor>& doc) {
+  for (const auto& ruler : doc->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc);
+  for (const auto& page : doc->Pages) {
+    EXPECT_EQ(page->oOwnerMandor.lock(), doc);
+    for (const auto& ruler : page->Regles_H) EXPECT_TRUE(ruler->Page() == page && ruler->oOwnerMandor() == doc);
+    for (const auto& field : page->Champs) {
+      EXPECT_TRUE(field->oOwnerPage.lock() == page && field->oOwnerMandor() == doc) << field->Nom();
+      if (field->Accrochage_H().empty()) continue;
+      EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H())) << field->Nom();
+      EXPECT_EQ(field->oRegleV(), doc->RegleV(field->Accrochage_V())) << field->Nom();
+    }
+  }
+}
+
 // Names of a collection of fields, in order.
 std::vector<std::string> Names(const Collection<CChamp>& fields) {
   std::vector<std::string> names;
@@ -119,19 +135,13 @@ TEST_F(ReaderTest, FormatHelpers) {
       {"tab", "t"} /* TAB is compared exactly */};
   for (const auto& [text, separator] : separators) EXPECT_EQ(tf::SeparatorFromText(text), separator) << text;
 
-  for (const char* text : {"True", "true", "Vrai", "VRAI", "1", "-1"}) {
-    EXPECT_EQ(tf::ParseBoolText(text), std::optional<bool>(true)) << text;
-  }
-  for (const char* text : {"False", "Faux", "0", " 0 "}) EXPECT_EQ(tf::ParseBoolText(text), false) << text;
-  EXPECT_EQ(tf::ParseBoolText(""), std::nullopt);
-  EXPECT_EQ(tf::ParseBoolText("oui"), std::nullopt);
+  const std::pair<const char*, std::optional<bool>> bools[] = {
+      {"True", true}, {"true", true}, {"Vrai", true}, {"VRAI", true}, {"1", true}, {"-1", true}, {"False", false},
+      {"Faux", false}, {"0", false}, {" 0 ", false}, {"", std::nullopt}, {"oui", std::nullopt}};
+  for (const auto& [text, value] : bools) EXPECT_EQ(tf::ParseBoolText(text), value) << text;
 
-  EXPECT_TRUE(tf::IsMdnFileName("prix.MDN"));
-  EXPECT_TRUE(tf::IsMdnFileName("prix.mdn"));
-  EXPECT_FALSE(tf::IsMdnFileName("prix.Mdn"));
-  EXPECT_FALSE(tf::IsMdnFileName("MDN"));
-  EXPECT_TRUE(tf::IsKnownOrientation(2));
-  EXPECT_FALSE(tf::IsKnownOrientation(3));
+  EXPECT_TRUE(tf::IsMdnFileName("prix.MDN") && tf::IsMdnFileName("prix.mdn") && tf::IsKnownOrientation(2));
+  EXPECT_FALSE(tf::IsMdnFileName("prix.Mdn") || tf::IsMdnFileName("MDN") || tf::IsKnownOrientation(3));
 
   // Centimetres always carry a comma, pixels the locale's separator; both are read back.
   EXPECT_EQ(tf::PixelText(1520.5f), "1520,5");
@@ -162,24 +172,8 @@ TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
                                                                (comma ? "comma" : "point") + ".described.txt");
 
   // Links: owners, rulers by identity, recurrent masters and their copies.
-  for (const auto& ruler : doc_->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc_);
-  for (long p = 1; p <= doc_->Pages.Count(); ++p) {
-    auto page = doc_->Pages.Item(p);
-    EXPECT_EQ(page->oOwnerMandor.lock(), doc_);
-    for (const auto& ruler : page->Regles_H) {
-      EXPECT_EQ(ruler->Page(), page);
-      EXPECT_EQ(ruler->oOwnerMandor(), doc_);
-    }
-    for (const auto& field : page->Champs) {
-      EXPECT_EQ(field->oOwnerPage.lock(), page);
-      EXPECT_EQ(field->oOwnerMandor(), doc_);
-      if (!field->Accrochage_H().empty()) {
-        EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H()));
-      }
-    }
-  }
-  auto page1 = doc_->Pages.Item(1);
-  EXPECT_EQ(page1->Champs.Item("L1_Montant")->oRegleV(), doc_->RegleV("Montant"));
+  ExpectLinked(doc_);
+  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Montant")->oRegleV(), doc_->RegleV("Montant"));
   auto report = doc_->ChampsRecurrents.Item("Report_Montant");
   EXPECT_EQ(report->oOwnerPage.lock(), nullptr);
   EXPECT_EQ(doc_->Champs.Item("Report_Montant"), report);
@@ -457,16 +451,7 @@ TEST_P(StandardScheduleTest, ReadsTheWholeSchedule) {
   test_util::ExpectDescribedAs(test_util::Describe(*doc_), std::string("textfile/bordereau.bpx.cnf.") +
                                                                (comma ? "comma" : "point") + ".described.txt");
 
-  for (const auto& ruler : doc_->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc_);
-  for (const auto& page : doc_->Pages) {
-    EXPECT_EQ(page->oOwnerMandor.lock(), doc_);
-    for (const auto& ruler : page->Regles_H) EXPECT_EQ(ruler->Page(), page);
-    for (const auto& field : page->Champs) {
-      EXPECT_EQ(field->oOwnerPage.lock(), page);
-      EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H()));
-      EXPECT_EQ(field->oRegleV(), doc_->RegleV(field->Accrochage_V()));
-    }
-  }
+  ExpectLinked(doc_);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothLocales, StandardScheduleTest, ::testing::Values(true, false), LocaleName);
