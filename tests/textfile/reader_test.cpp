@@ -96,16 +96,6 @@ class ReaderTest : public TextFileTest {
   void PutDataXnf() { platform_->SetFileBytes(XnfPath(), DataFile("bordereau.bpx.xnf")); }
   void PutDataCnf() { platform_->SetFileBytes(CnfPath(), DataFile("bordereau.bpx.cnf")); }
 
-  // A read that fails with `messages` (the last one from the error handler, in `last_style`).
-  void ExpectFailure(const std::vector<std::string>& messages, MessageStyle last_style) {
-    EXPECT_FALSE(doc_->RestaurerMarquage());
-    ASSERT_EQ(platform_->messages().size(), messages.size());
-    for (size_t i = 0; i < messages.size(); ++i) {
-      ExpectMessage(i, messages[i], kDefaultMessageTitle, i + 1 == messages.size() ? last_style : MessageStyle::kPlain);
-    }
-    EXPECT_EQ(platform_->OpenFileCount(), 0u);
-  }
-
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 
@@ -297,88 +287,8 @@ TEST_F(ReaderTest, ExtendedSkipsMalformedAndMissingRecords) {
   EXPECT_FALSE(page->Champs.Item("L1_Dernier")->Transparent()) << "an empty last column reads as false";
 }
 
-// Mandatory sections: the message of CloseFileError, then the handler's.
-TEST_F(ReaderTest, ExtendedMissingSectionsFailWithTheirMessages) {
-  for (const char* header : {tf::kSectionCalage, tf::kSectionPresentation, tf::kSectionConstantes,
-                             tf::kSectionSource, tf::kSectionReglesVerticales, tf::kSectionPages}) {
-    SCOPED_TRACE(header);
-    platform_->ClearMessages();
-    doc_->Nom_Document(kName);
-    PutXnf(WithoutSection(SmallXnf(), header));
-    EXPECT_FALSE(doc_->RestaurerMarquage());
-    ASSERT_EQ(platform_->messages().size(), 2u);
-    ExpectMessage(0, "Section " + std::string(header) + " absente du fichier " + XnfPath(), "Erreur Fichier",
-                  MessageStyle::kExclamation);
-    ExpectMessage(1, "ERREUR dans RestaurerMarquageEx: Invalid procedure call or argument", kDefaultMessageTitle,
-                  MessageStyle::kCritical);
-    EXPECT_EQ(doc_->Nom_Document(), "") << "CloseFileError clears the name";
-    EXPECT_EQ(platform_->OpenFileCount(), 0u);
-    EXPECT_EQ(doc_->Pages.Count(), 0);
-  }
-  // What was read before the failure stays: here the rulers, not the pages.
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
-  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
-
-  // A missing page section: the message names the page and no file.
-  platform_->ClearMessages();
-  doc_->Nom_Document(kName);
-  PutXnf(Replaced(SmallXnf(), "[Page 1]", "[Page 2]"));
-  EXPECT_EQ(doc_->RestaurerMarquageEx(), 0);
-  ASSERT_EQ(platform_->messages().size(), 2u);
-  ExpectMessage(0, "Section [Page 1] absente du fichier ", "Erreur Fichier", MessageStyle::kExclamation);
-}
-
-TEST_F(ReaderTest, ExtendedRunTimeErrorsGoToTheHandler) {
-  const auto ending_at = [](const std::string& last) {
-    auto lines = SmallXnf();
-    while (lines.back() != last) lines.pop_back();
-    return lines;
-  };
-  const std::pair<std::vector<std::string>, std::string> cases[] = {
-      {Replaced(SmallXnf(), "Type=", "Type=deux"), "Type mismatch"},
-      {Replaced(SmallXnf(), "TVA=", "TVA=vingt"), "Type mismatch"},
-      {Replaced(SmallXnf(), "Gras=", "Gras=peut-être"), "Type mismatch"},
-      {Replaced(SmallXnf(), "Points=", "Points=99999"), "Overflow"},
-      {Replaced(SmallXnf(), "Nombre_champs=", "Nombre_champs=3000000000"), "Overflow"},
-      {Replaced(SmallXnf(), "c1=",
-                "c1=001_00001|L1_Qté|Arial|dix|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"),
-       "Type mismatch"},
-      {Replaced(SmallXnf(), "c2=",
-                "c2=001_00002|L1_Qté|Arial|10|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"),
-       "This key is already associated with an element of this collection"},
-      {ending_at("[Pages]"), "Input past end of file"},  // a header as the last line
-      {ending_at("[Page 1]"), "Input past end of file"},
-  };
-  for (const auto& [lines, description] : cases) {
-    SCOPED_TRACE(lines.back());
-    platform_->ClearMessages();
-    PutXnf(lines);
-    ExpectFailure({"ERREUR dans RestaurerMarquageEx: " + description}, MessageStyle::kCritical);
-    EXPECT_EQ(doc_->Nom_Document(), kName) << "only CloseFileError clears the name";
-  }
-
-  // The file cannot be opened: the handler reports it and the model is untouched.
-  PutXnf(SmallXnf());
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  platform_->FailOn(MemoryPlatform::Operation::kOpenInput, ".xnf");
-  platform_->ClearMessages();
-  EXPECT_FALSE(doc_->RestaurerMarquage());
-  ExpectMessage(0, "ERREUR dans RestaurerMarquageEx: Path/File access error", kDefaultMessageTitle,
-                MessageStyle::kCritical);
-  EXPECT_EQ(doc_->Pages.Count(), 1);
-}
-
 TEST_F(ReaderTest, ExtendedHugeCountsCostNothing) {
-  // Two billion pages, one present: page 2 is missing.
-  PutXnf(Replaced(SmallXnf(), "[Pages]", "[Pages]\r\nNombre=2000000000"));  // read before "Nombre=1"
-  EXPECT_FALSE(doc_->RestaurerMarquage());
-  ASSERT_EQ(platform_->messages().size(), 2u);
-  ExpectMessage(0, "Section [Page 2] absente du fichier ", "Erreur Fichier", MessageStyle::kExclamation);
-  EXPECT_EQ(doc_->Pages.Count(), 1);
-
   // Two billion rulers, fields, recurrent fields and sources: only the lines present count.
-  doc_->Nom_Document(kName);
-  platform_->ClearMessages();
   auto lines = SmallXnf();
   lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=2000000000");
   lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=2000000000");
@@ -456,88 +366,97 @@ TEST_P(StandardScheduleTest, ReadsTheWholeSchedule) {
 
 INSTANTIATE_TEST_SUITE_P(BothLocales, StandardScheduleTest, ::testing::Values(true, false), LocaleName);
 
-// Every message of the standard reader, word for word; the last one ends the read.
-TEST_F(ReaderTest, StandardMessagesWordForWord) {
-  const std::string file = CnfPath();
-  struct Case {
-    std::string prefix;
-    std::string replacement;
-    std::vector<std::string> messages;
-  };
-  const Case cases[] = {
-      {"[Calage]", "[Calibrage]", {"ERREUR: attendu [Calage], lu: [Calibrage]"}},
-      {"[Présentation]", "Présentation", {"ERREUR: attendu [Présentation], lu: Présentation"}},
-      {"[Constantes]", "[Constante]", {"ERREUR: attendu [Constantes], lu: [Constante]"}},
-      {"[Source]", "", {"ERREUR: attendu [Source], lu: "}},
-      {"[Règles verticales]", "[Regles verticales]",
-       {"ERREUR: attendu [Règles verticales], lu: [Regles verticales]"}},
-      {"[Pages]", "[Page]", {"ERREUR: attendu [Pages], lu: [Page]"}},
-      {"[Page 1]", "[Page 2]", {"ERREUR: attendu [Page 1 lu: [Page 2]"}},
-      {"Orientation=", "Orientation=7", {"ERREUR: orientation inconnue pour le document bordereau.bpx"}},
-      {"Type_document=", "Type_document=DQE",
-       {"ERREUR: type de document inconnu: DQE\nNom du document: bordereau.bpx"}},
-      {"1=", "1=00001|Qté|10,58|0|2|1250|0|2",
-       {"ERREUR de format à la lecture du paramètre 1 de la section Règles verticales\n"
-        "Valeur: 00001|Qté|10,58|0|2|1250|0|2\n8 paramètres au lieu de 9\nFichier: " + file}},
-      {"r1=", "r1=00001|L1|0|6,94|0|820|0|1|0",
-       {"ERREUR de format à la lecture du paramètre r1 de la page 1\nValeur: 00001|L1|0|6,94|0|820|0|1|0\n"
-        "9 paramètres trouvés au lieu de 8\nFichier: " + file}},
-      {"c1=", "c1=001_00001|L1_Qté",
-       {"ERREUR de format à la lecture du paramètre c1 de la page 1\nValeur: 001_00001|L1_Qté\n"
-        "2 paramètres trouvés au lieu de 18\nFichier: " + file}},
-      {"Nombre=1", "Nombre=2",  // vertical rulers: the next line is the [Pages] header
-       {"ERREUR, manque signe = dans la ligne: [Pages]\nAttendu: 2",
-        "ERREUR: impossible de retrouver la règle verticale 2"}},
-      {"Nombre_règles_h=", "Nombre_règles_h=2",
-       {"ERREUR: attendu: r2\nLu: Nombre_champs=1", "ERREUR: impossible de retrouver la règle horizontale 2 dans la page 1"}},
-      {"Nombre_champs=", "Nombre_champs=1000",  // the file ends after c1
-       {"ERREUR: impossible de retrouver le champ c2 dans la page 1"}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.replacement);
+// Every failure of either reader: what the read returns, what it keeps and
+// every message word for word (tests/data/textfile/reader_failures.txt).
+// Mandatory sections of the extended layout fail through CloseFileError,
+// which clears the name, then the handler; run-time errors go to the
+// handler only; the standard reader's messages end the read.
+TEST_F(ReaderTest, FailuresAndTheirMessages) {
+  std::string transcript;
+  const auto read = [&](const std::string& label, const std::vector<std::string>& lines, bool extended) {
+    extended ? PutXnf(lines) : PutCnf(lines);
+    const bool result = doc_->RestaurerMarquage();
+    long fields = 0;
+    for (const auto& page : doc_->Pages) fields += page->Champs.Count();
+    transcript += "== " + label + "\n" + std::to_string(result) + " name=" + doc_->Nom_Document() +
+                  " pages=" + std::to_string(doc_->Pages.Count()) + " fields=" + std::to_string(fields) +
+                  " columns=" + std::to_string(doc_->Regles_V.Count()) + " sources=" +
+                  std::to_string(doc_->Docs.Count()) + " tva=" + std::to_string(doc_->TVA) + " open=" + std::to_string(platform_->OpenFileCount()) + "\n";
+    for (const auto& m : platform_->messages()) {
+      transcript += "[" + m.title + "|" + std::to_string(static_cast<int>(m.style)) + "] " +
+                    ReplaceAll(m.text, "\n", "\\n") + "\n";
+    }
     platform_->ClearMessages();
-    PutCnf(Replaced(SmallCnf(), c.prefix, c.replacement));
-    ExpectFailure(c.messages, MessageStyle::kPlain);
-    EXPECT_EQ(doc_->Nom_Document(), kName);
+    doc_->Nom_Document(kName);
+  };
+  for (const char* header : {tf::kSectionCalage, tf::kSectionPresentation, tf::kSectionConstantes,
+                             tf::kSectionSource, tf::kSectionReglesVerticales, tf::kSectionPages}) {
+    read(std::string("without ") + header, WithoutSection(SmallXnf(), header), true);
   }
+  const auto ending_at = [](const std::string& last) {
+    auto lines = SmallXnf();
+    while (lines.back() != last) lines.pop_back();
+    return lines;
+  };
+  const std::pair<std::string, std::string> edits[] = {
+      {"[Page 1]", "[Page 2]"},
+      {"[Pages]", "[Pages]\r\nNombre=2000000000"},  // read before "Nombre=1": page 2 is missing
+      {"Type=", "Type=deux"},
+      {"TVA=", "TVA=vingt"},
+      {"Gras=", "Gras=peut-être"},
+      {"Points=", "Points=99999"},
+      {"Nombre_champs=", "Nombre_champs=3000000000"},
+      {"c1=", "c1=001_00001|L1_Qté|Arial|dix|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"},
+      {"c2=", "c2=001_00002|L1_Qté|Arial|10|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"},
+  };
+  for (const auto& [prefix, replacement] : edits) read(replacement, Replaced(SmallXnf(), prefix, replacement), true);
+  read("ending at [Pages]", ending_at("[Pages]"), true);  // a header as the last line
+  read("ending at [Page 1]", ending_at("[Page 1]"), true);
+  // The file cannot be opened: the model is untouched.
+  read("read", SmallXnf(), true);
+  platform_->FailOn(MemoryPlatform::Operation::kOpenInput, ".xnf");
+  read("cannot open", SmallXnf(), true);
+  platform_->ClearFailures();
+  platform_->DeleteFile(XnfPath());
 
+  const std::pair<std::string, std::string> standard_edits[] = {
+      {"[Calage]", "[Calibrage]"},
+      {"[Présentation]", "Présentation"},
+      {"[Constantes]", "[Constante]"},
+      {"[Source]", ""},
+      {"[Règles verticales]", "[Regles verticales]"},
+      {"[Pages]", "[Page]"},
+      {"[Page 1]", "[Page 2]"},
+      {"Orientation=", "Orientation=7"},
+      {"Type_document=", "Type_document=DQE"},
+      {"1=", "1=00001|Qté|10,58|0|2|1250|0|2"},
+      {"r1=", "r1=00001|L1|0|6,94|0|820|0|1|0"},
+      {"c1=", "c1=001_00001|L1_Qté"},
+      {"Nombre=1", "Nombre=2"},  // vertical rulers: the next line is the [Pages] header
+      {"Nombre_règles_h=", "Nombre_règles_h=2"},
+      {"Nombre_champs=", "Nombre_champs=1000"},  // the file ends after c1
+      {"TVA=", "TVA=vingt"},
+      {"Nombre_champs=", "Nombre_champs=99999999999"},
+      {"Nombre=0", "Nombre=2000000000"},  // two billion sources in a short file
+  };
+  for (const auto& [prefix, replacement] : standard_edits) {
+    read("standard " + replacement, Replaced(SmallCnf(), prefix, replacement), false);
+  }
+  auto truncated = SmallCnf();
+  truncated.resize(11);  // ends after TVA=20,6: the [Source] header is missing
+  read("standard truncated", truncated, false);
+  auto huge_pages = SmallCnf();
+  ASSERT_EQ(huge_pages[16], "[Pages]");
+  huge_pages[17] = "Nombre=2000000000";  // one page present, the file ends there
+  read("standard two billion pages", huge_pages, false);
   // Numbers above 999 keep all their digits; what was read before the failure stays.
-  platform_->ClearMessages();
   auto lines = Replaced(SmallCnf(), "Nombre_champs=", "Nombre_champs=1234");
   for (int i = 2; i <= 1233; ++i) {
     const std::string n = std::to_string(i);
     lines.push_back("c" + n + "=" + n + "|C" + n + "|0|0|0|0|Qté|0|L1|0|1||0|" + n + "|" + n + "|0|1|1");
   }
-  PutCnf(lines);
-  ExpectFailure({"ERREUR: impossible de retrouver le champ c1234 dans la page 1"}, MessageStyle::kPlain);
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 1233);
-}
-
-TEST_F(ReaderTest, StandardRunTimeErrorsAndBadInput) {
-  auto truncated = SmallCnf();
-  truncated.resize(11);  // ends after TVA=20,6: the [Source] header is missing
-  auto huge_pages = SmallCnf();
-  ASSERT_EQ(huge_pages[16], "[Pages]");
-  huge_pages[17] = "Nombre=2000000000";  // one page present, the file ends there
-  const std::pair<std::vector<std::string>, std::string> cases[] = {
-      {Replaced(SmallCnf(), "TVA=", "TVA=vingt"), "Type mismatch"},
-      {Replaced(SmallCnf(), "Nombre_champs=", "Nombre_champs=99999999999"), "Overflow"},
-      {truncated, "Input past end of file"},
-      {huge_pages, "Input past end of file"},
-      // Two billion sources in a short file: reading stops at the end of the file.
-      {Replaced(SmallCnf(), "Nombre=0", "Nombre=2000000000"), "Input past end of file"},
-  };
-  for (const auto& [lines, description] : cases) {
-    SCOPED_TRACE(description);
-    platform_->ClearMessages();
-    PutCnf(lines);
-    EXPECT_FALSE(doc_->RestaurerMarquage());
-    ASSERT_FALSE(platform_->messages().empty());
-    ExpectMessage(platform_->messages().size() - 1, "ERREUR dans RestaurerMarquageStd: " + description,
-                  kDefaultMessageTitle, MessageStyle::kCritical);
-    EXPECT_EQ(platform_->OpenFileCount(), 0u);
-    EXPECT_LT(doc_->Docs.Count(), 20);
-  }
+  read("standard 1234 fields", lines, false);
+  test_util::ExpectDescribedAs(transcript, "textfile/reader_failures.txt");
 }
 
 TEST_F(ReaderTest, ExtractProceduresNeedASharedDocument) {
