@@ -23,7 +23,6 @@ namespace tf = textfile;
 
 constexpr char kFolder[] = "marquages/";
 constexpr char kName[] = "bordereau.bpx";
-constexpr char kNbsp[] = "\xC2\xA0";
 
 // The lines without the section `header` and its lines.
 std::vector<std::string> WithoutSection(const std::vector<std::string>& lines, const std::string& header) {
@@ -73,13 +72,6 @@ void ExpectLinked(const std::shared_ptr<Mandor>& doc) {
       EXPECT_EQ(field->oRegleV(), doc->RegleV(field->Accrochage_V())) << field->Nom();
     }
   }
-}
-
-// Names of a collection of fields, in order.
-std::vector<std::string> Names(const Collection<CChamp>& fields) {
-  std::vector<std::string> names;
-  for (const auto& f : fields) names.push_back(f->Nom());
-  return names;
 }
 
 class ReaderTest : public TextFileTest {
@@ -180,134 +172,84 @@ TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
 
 INSTANTIATE_TEST_SUITE_P(BothLocales, ExtendedScheduleTest, ::testing::Values(true, false), LocaleName);
 
-TEST_F(ReaderTest, ExtendedValuesWrittenInAPointLocale) {
+// Edited small markings, each read after the other into the same document
+// and described in tests/data/textfile/reader_edits.described.txt.
+TEST_F(ReaderTest, EditedExtendedMarkings) {
+  std::string transcript;
+  const auto read = [&](const std::string& label, const std::vector<std::string>& lines) {
+    PutXnf(lines);
+    const int16_t result = doc_->RestaurerMarquageEx();
+    transcript += "== " + label + "\n" + std::to_string(result) + "\n" + test_util::Describe(*doc_);
+    EXPECT_TRUE(platform_->messages().empty()) << label;
+  };
+  // Values written in a point locale: grouping removed, then formatted; the
+  // last field decides the data's separator. In a comma locale the point of
+  // the data is brought to a comma.
   platform_->SetLocale(Locale::Point());
   auto lines = Replaced(SmallXnf(), "c1=",
                         "c1=001_00001|L1_Qté|Arial|10|0|12.50|Qté|0|L1|0|1||2|800|850.5|1250|1500|1|0|False|False|"
                         "False|16777215||False");
-  PutXnf(Replaced(lines, "c2=",
-                  "c2=001_00002|L1_Montant|Arial|10|0|1,234.5|Qté|0|L1|0|1||1|800|850|1900|2250|1|0|False|False|"
-                  "False|16777215||False"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  auto page = doc_->Pages.Item(1);
-  EXPECT_EQ(page->Champs.Item("L1_Qté")->InitialValue(), "12.50");
-  EXPECT_FLOAT_EQ(page->Champs.Item("L1_Qté")->Position_pixel_Bottom, 850.5f);
-  EXPECT_EQ(page->Champs.Item("L1_Montant")->InitialValue(), "1,234.5") << "grouping removed, then formatted";
-  EXPECT_EQ(doc_->SepDecExt, ".") << "the last field decides";
-  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
-
-  // The same file in a comma locale: the point of the data is brought to a comma.
+  lines = Replaced(lines, "c2=",
+                   "c2=001_00002|L1_Montant|Arial|10|0|1,234.5|Qté|0|L1|0|1||1|800|850|1900|2250|1|0|False|False|"
+                   "False|16777215||False");
+  read("point values, point locale", lines);
   platform_->SetLocale(Locale::Comma());
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Qté")->InitialValue(), "12,50");
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Montant")->InitialValue(), std::string("1") + kNbsp + "234,5");
-}
+  read("point values, comma locale", lines);
 
-TEST_F(ReaderTest, ExtendedPresentationAndSourceDetails) {
-  // DefDevise as a code found in the catalogue's table gives its index.
+  // DefDevise as a code found in the catalogue's table gives its index. A
+  // separator "inconnu" leaves it unset, only the first character counts,
+  // keys ignore case; the MDN file is the last source ending in .MDN or
+  // .mdn (.Mdn does not count).
   auto catalogue = std::make_shared<cMarquage>();
   catalogue->oDevises = std::make_shared<Devises>();
   catalogue->oDevises->AddDevise("USD", "DOLLAR", "CENT");
   doc_->oOwnerMarquage(catalogue);
-  auto lines = Replaced(SmallXnf(), "DefDevise=", "DefDevise=USD");
-  PutXnf(Replaced(lines, "Nombre=0",  // the [Source] count (the first "Nombre=0" line)
-                  "Nombre=4\r\nDocument_1=a.txt\r\nSéparateur_1=inconnu\r\nDocument_2=b.mdn\r\nséparateur_2=;x\r\n"
-                  "DOCUMENT_3=c.MDN\r\nSéparateur_3=TAB\r\nDocument_4=d.Mdn\r\nSéparateur_4="));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->iDevise(), 1);
-  EXPECT_EQ(doc_->Devise(), "USD");
-  ASSERT_EQ(doc_->Docs.Count(), 4);
-  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "") << "inconnu leaves the separator unset";
-  EXPECT_EQ(doc_->Docs.Item(2)->Séparateur, ";") << "the first character only; keys ignore case";
-  EXPECT_EQ(doc_->Docs.Item(3)->Fichier, "c.MDN");
-  EXPECT_EQ(doc_->Docs.Item(3)->Séparateur, "\t");
-  EXPECT_EQ(doc_->Docs.Item(4)->Séparateur, "");
-  EXPECT_EQ(doc_->FichierMDN, "c.MDN") << "the last source ending in .MDN or .mdn; .Mdn does not count";
-
+  lines = Replaced(SmallXnf(), "DefDevise=", "DefDevise=USD");
+  read("currency code, sources",
+       Replaced(lines, "Nombre=0",  // the [Source] count (the first "Nombre=0" line)
+                "Nombre=4\r\nDocument_1=a.txt\r\nSéparateur_1=inconnu\r\nDocument_2=b.mdn\r\nséparateur_2=;x\r\n"
+                "DOCUMENT_3=c.MDN\r\nSéparateur_3=TAB\r\nDocument_4=d.Mdn\r\nSéparateur_4="));
   // A numeric DefDevise is the index itself; a code the table lacks is kept as the code.
-  PutXnf(Replaced(SmallXnf(), "DefDevise=", "DefDevise=1"));
   doc_->Devise("");
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->iDevise(), 1);
-  EXPECT_EQ(doc_->Devise(), "USD");
-  PutXnf(Replaced(SmallXnf(), "DefDevise=", "DefDevise=CHF"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->Devise(), "CHF");
-}
+  read("currency index", Replaced(SmallXnf(), "DefDevise=", "DefDevise=1"));
+  read("unknown currency code", Replaced(SmallXnf(), "DefDevise=", "DefDevise=CHF"));
 
-TEST_F(ReaderTest, ExtendedImageKeyAndEmptyPages) {
   // No "Image" key: the new page keeps its default; "Image=0" sets NoImage.
-  PutXnf(Replaced(SmallXnf(), "Image=", "Commentaire=sans image"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_FALSE(doc_->Pages.Item(1)->NoImage);
-  PutXnf(Replaced(SmallXnf(), "Image=", "Image=0"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(doc_->Pages.Item(1)->NoImage);
-
+  read("no image key", Replaced(SmallXnf(), "Image=", "Commentaire=sans image"));
+  read("no image", Replaced(SmallXnf(), "Image=", "Image=0"));
   // "[Pages]" with Nombre=0 loads a document without pages.
-  auto lines = SmallXnf();
+  lines = SmallXnf();
   lines.resize(27);  // up to and including "[Pages]"
   ASSERT_EQ(lines.back(), "[Pages]");
   lines.push_back("Nombre=0");
-  PutXnf(lines);
-  EXPECT_EQ(doc_->RestaurerMarquageEx(), -1);
-  EXPECT_EQ(doc_->Pages.Count(), 0);
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
+  read("no pages", lines);
+  read("no recurrent fields section", WithoutSection(SmallXnf(), tf::kSectionChampsRecurrents));
 
-  // Without "[Champs Récurrents]" the file loads too.
-  PutXnf(WithoutSection(SmallXnf(), tf::kSectionChampsRecurrents));
-  EXPECT_EQ(doc_->RestaurerMarquageEx(), -1);
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 2);
-  EXPECT_TRUE(platform_->messages().empty());
-}
-
-TEST_F(ReaderTest, ExtendedSkipsMalformedAndMissingRecords) {
+  // Malformed records are skipped: a field of 20 000 columns, a ruler of 10
+  // and one of 12, a field of 24; field 4 is missing, field 5 present with an
+  // empty last column (false); keys ignore case; two vertical rulers announced.
   std::string many_columns = "c2=001_00002|Large";
   for (int i = 0; i < 20000; ++i) many_columns += "|x";
-  auto lines = SmallXnf();
-  lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=5");
+  lines = Replaced(SmallXnf(), "Nombre_champs=", "Nombre_champs=5");
   lines = Replaced(lines, "c2=", many_columns);
   lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=3");
-  lines = Replaced(lines, "r1=", "R1=00001|L1|Arial|10|0|2|0|820|0|1|0");  // keys ignore case
-  lines.insert(lines.begin() + 31, "r3=00003|L3|Arial|10|0|2|0|990|0|1");  // 10 columns
-  lines.insert(lines.begin() + 25, "2=00002|Vide|Arial|10|0|2|1250|0|2|1|0|0");  // 12 columns
-  // 24 columns: skipped; line 4 missing; line 5 present.
+  lines = Replaced(lines, "r1=", "R1=00001|L1|Arial|10|0|2|0|820|0|1|0");
+  lines.insert(lines.begin() + 31, "r3=00003|L3|Arial|10|0|2|0|990|0|1");
+  lines.insert(lines.begin() + 25, "2=00002|Vide|Arial|10|0|2|1250|0|2|1|0|0");
   lines.push_back("c3=001_00003|Court|Arial|10|0||Qté|0|L1|0|1||2|800|850|1600|1700|1|0|False|False|False|0|");
   lines.push_back("C5=001_00005|L1_Dernier|Arial|10|0||Qté|0|L1|0|1||2|900|950|1250|1500|1|0|False|False|False|0||");
-  PutXnf(Replaced(lines, "Nombre=1", "Nombre=2"));  // two vertical rulers announced
+  read("malformed records", Replaced(lines, "Nombre=1", "Nombre=2"));
 
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
-  auto page = doc_->Pages.Item(1);
-  ASSERT_EQ(page->Regles_H.Count(), 1);
-  EXPECT_EQ(page->Regles_H.Item(1)->Nom, "L1");
-  EXPECT_EQ(Names(page->Champs), (std::vector<std::string>{"L1_Qté", "L1_Dernier"}));
-  EXPECT_EQ(page->Champs.Item("L1_Dernier")->NumChamp, 5);
-  EXPECT_FALSE(page->Champs.Item("L1_Dernier")->Transparent()) << "an empty last column reads as false";
-}
-
-TEST_F(ReaderTest, ExtendedHugeCountsCostNothing) {
-  // Two billion rulers, fields, recurrent fields and sources: only the lines present count.
-  auto lines = SmallXnf();
-  lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=2000000000");
+  // Two billion rulers, fields, recurrent fields and sources: only the lines
+  // present count, and a far number splits into nothing.
+  lines = Replaced(SmallXnf(), "Nombre_règles_h=", "Nombre_règles_h=2000000000");
   lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=2000000000");
   lines = Replaced(lines, "Nombre_ChampsRecurrents=", "Nombre_ChampsRecurrents=2000000000");
   lines = Replaced(lines, "Nombre=1", "Nombre=2000000000");  // vertical rulers
   lines = Replaced(lines, "Nombre=0", "Nombre=2000000000\r\nDocument_1=a.csv\r\nSéparateur_1=TAB");
-  lines.push_back("c1999999999=z");  // a far number that splits into nothing
-  PutXnf(lines);
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
-  EXPECT_EQ(doc_->Pages.Item(1)->Regles_H.Count(), 1);
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 2);
-  EXPECT_EQ(doc_->ChampsRecurrents.Count(), 0);
-  ASSERT_GE(doc_->Docs.Count(), 1);
-  EXPECT_LE(doc_->Docs.Count(), 3) << "no more sources than the section has lines";
-  EXPECT_EQ(doc_->Docs.Item(1)->Fichier, "a.csv");
-  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
-
+  lines.push_back("c1999999999=z");
+  read("huge counts", lines);
+  test_util::ExpectDescribedAs(transcript, "textfile/reader_edits.described.txt");
 }
 
 // --- choice of the layout ---
