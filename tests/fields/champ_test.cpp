@@ -94,16 +94,15 @@ TEST_F(ChampTest, NomAnchorsTheFirstPartAsVerticalRuler) {
   lower->oRegleV(v_b);
   lower->Nom("ZZ_A");  // no match keeps the previous ruler
   EXPECT_EQ(lower->oRegleV(), v_b);
-}
 
-TEST_F(ChampTest, NomLastMatchWinsAndLoopsRunWithoutUnderscore) {
+  // The last match wins; the loops run without "_" too.
   AddRegle(doc_->Regles_V, "A", "");
   auto second = AddRegle(doc_->Regles_V, "A", "");
-  auto champ = NewField("A_X");
-  EXPECT_EQ(champ->oRegleV(), second);
-  champ->oRegleV(nullptr);
-  champ->Nom("renamed");  // searches with the part left from before
-  EXPECT_EQ(champ->oRegleV(), second);
+  auto last = NewField("A_X");
+  EXPECT_EQ(last->oRegleV(), second);
+  last->oRegleV(nullptr);
+  last->Nom("renamed");  // searches with the part left from before
+  EXPECT_EQ(last->oRegleV(), second);
   // On a fresh field the empty part matches a ruler with an empty name.
   auto unnamed = AddRegle(doc_->Regles_V, "", "unnamed");
   EXPECT_EQ(NewField("nounderscore")->oRegleV(), unnamed);
@@ -123,7 +122,7 @@ TEST_F(ChampTest, InitialValueIsFixedByTheFirstAssignmentOnly) {
 
   auto plain = NewField();  // a plain value assignment does not fix it
   plain->valeur("5");
-  EXPECT_EQ(plain->InitialValue(), "");
+  EXPECT_EQ(plain->InitialValue() + "|" + plain->valeur(), "|5");
   plain->InitialValue("7");
   EXPECT_EQ(plain->InitialValue() + "|" + plain->valeur(), "7|7");
 
@@ -138,37 +137,30 @@ TEST_F(ChampTest, AccrochageLooksTheRulersUp) {
   auto champ = NewField();
   champ->Accrochage_V("pu");  // keys ignore case
   EXPECT_EQ(champ->oRegleV(), v);
-  champ->Accrochage_V("missing");
-  EXPECT_EQ(champ->Accrochage_V(), "missing");
-  EXPECT_EQ(champ->oRegleV(), v);
   auto doc_ruler = AddRegle(doc_->Regles_H, "L1");
-  champ->Accrochage_V("L1");  // a horizontal ruler is no vertical anchor
-  EXPECT_EQ(champ->oRegleV(), v);
+  for (const char* missing : {"missing", "L1"}) {  // a horizontal ruler is no vertical anchor
+    champ->Accrochage_V(missing);
+    EXPECT_TRUE(champ->Accrochage_V() == missing && champ->oRegleV() == v) << missing;
+  }
   auto orphan = std::make_shared<CChamp>();
   orphan->Accrochage_V("PU");
-  EXPECT_EQ(orphan->Accrochage_V(), "PU");
-  EXPECT_EQ(orphan->oRegleV(), nullptr);
+  EXPECT_TRUE(orphan->Accrochage_V() == "PU" && orphan->oRegleV() == nullptr);
 
   // Accrochage_H prefers the ruler of the page at position Page, although
   // this page's key names page 5.
   auto page = AddPage("page_5");
   auto page_ruler = AddRegle(page->Regles_H, "L1");
   auto page_only = AddRegle(page->Regles_H, "L2");
-  champ->Page = 1;
-  champ->Accrochage_H("L1");
-  EXPECT_EQ(champ->oRegleH(), page_ruler);
-  champ->Accrochage_H("L2");
-  EXPECT_EQ(champ->oRegleH(), page_only);
-  champ->Accrochage_H("nowhere");
-  EXPECT_EQ(champ->Accrochage_H(), "nowhere");
-  EXPECT_EQ(champ->oRegleH(), page_only);
+  // No page at position 5 or 0: the document ruler; no match keeps the ruler.
   auto other = NewField();
-  other->Page = 5;  // no page at position 5: the document ruler
-  other->Accrochage_H("L1");
-  EXPECT_EQ(other->oRegleH(), doc_ruler);
-  other->Page = 0;
-  other->Accrochage_H("L2");
-  EXPECT_EQ(other->oRegleH(), doc_ruler);
+  const struct { std::shared_ptr<CChamp> champ; int16_t page; const char* name; std::shared_ptr<CRegle> ruler; } cases[] = {
+      {champ, 1, "L1", page_ruler}, {champ, 1, "L2", page_only}, {champ, 1, "nowhere", page_only},
+      {other, 5, "L1", doc_ruler},  {other, 0, "L2", doc_ruler}};
+  for (const auto& c : cases) {
+    c.champ->Page = c.page;
+    c.champ->Accrochage_H(c.name);
+    EXPECT_TRUE(c.champ->Accrochage_H() == c.name && c.champ->oRegleH() == c.ruler) << c.page << c.name;
+  }
   EXPECT_EQ(other->oRegleV(), nullptr);
 }
 
