@@ -75,8 +75,8 @@ CliResult RunCli(const std::vector<std::string>& args, const std::map<std::strin
   while (waitpid(pid, &status, 0) < 0) {
   }
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  result.out = ReadFile(out_path);
-  result.err = ReadFile(err_path);
+  result.out = ReadBytes(out_path);
+  result.err = ReadBytes(err_path);
   return result;
 }
 
@@ -95,18 +95,6 @@ TempDir::~TempDir() {
 
 std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
 std::string Fixture(const std::string& name) { return std::string(MANDOR_TEST_DATA_DIR) + "/" + name; }
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-void WriteFile(const std::string& path, const std::string& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << bytes;
-}
 
 void CopyTo(const std::string& from, const std::string& to) {
   fs::copy_file(from, to, fs::copy_options::overwrite_existing);

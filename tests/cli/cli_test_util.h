@@ -11,6 +11,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/test_util.h"
+
 namespace mandor_cli_test {
 
 struct CliResult {
@@ -45,8 +47,8 @@ class TempDir {
 
 std::string Sample(const std::string& name);   // a file of samples/
 std::string Fixture(const std::string& name);  // a file of tests/data/
-std::string ReadFile(const std::string& path);
-void WriteFile(const std::string& path, const std::string& bytes);
+using mandor::test_util::ReadBytes;
+using mandor::test_util::WriteBytes;
 void CopyTo(const std::string& from, const std::string& to);
 
 // The JSON of `mandor dump` (ordered as written); fails the test when it

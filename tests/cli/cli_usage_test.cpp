@@ -19,21 +19,21 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
   const std::string catalogue = Sample("menuiseries.xml");
   // A text marking without its [Calage] section; catalogues that are not
   // XML or empty; a name too short for a document ("ab" from "ab.xnf").
-  WriteFile(dir.File("broken.det.xnf"), "[Pr\xe9sentation]\r\nFonte=Arial\r\nPoints=10\r\n");
-  WriteFile(dir.File("lot.xml"), "<Workbook><mn:MANDOR");
-  WriteFile(dir.File("empty.xml"), "");
+  WriteBytes(dir.File("broken.det.xnf"), "[Pr\xe9sentation]\r\nFonte=Arial\r\nPoints=10\r\n");
+  WriteBytes(dir.File("lot.xml"), "<Workbook><mn:MANDOR");
+  WriteBytes(dir.File("empty.xml"), "");
   CopyTo(xnf, dir.File("ab.xnf"));
   // A standard marking whose second line has the wrong key: the reader shows
   // a two-line message, escaped on one line, and reads on.
-  std::string cnf = ReadFile(Sample("dqe-menuiseries.det.cnf"));
+  std::string cnf = ReadBytes(Sample("dqe-menuiseries.det.cnf"));
   const size_t at = cnf.find("Orientation=1");
   ASSERT_NE(at, std::string::npos);
-  WriteFile(dir.File("faute.det.cnf"), cnf.replace(at, 13, "Orientaton=1"));
+  WriteBytes(dir.File("faute.det.cnf"), cnf.replace(at, 13, "Orientaton=1"));
   // A field hanging on a ruler that is not there: a warning of check.
-  std::string anchored = ReadFile(xnf);
+  std::string anchored = ReadBytes(xnf);
   const size_t column = anchored.find("|Qt\xe9|0|L1|");
   ASSERT_NE(column, std::string::npos);
-  WriteFile(dir.File("ancre.det.xnf"), anchored.replace(column, 4, "|Qty"));
+  WriteBytes(dir.File("ancre.det.xnf"), anchored.replace(column, 4, "|Qty"));
 
   const std::vector<std::vector<std::string>> commands = {
       {"--help"}, {"render", "--help"}, {"dump", "--help"},

@@ -53,7 +53,7 @@ TEST(CliConvert, BetweenTheTwoTextLayouts) {
   CliResult r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("copie.det.cnf"), "--locale", "fr"});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.out, "wrote " + dir.File("copie.det.cnf") + " (standard text marking (.cnf), 2 pages, 33 fields)\n");
-  ExpectOutputAs(ReadFile(dir.File("copie.det.cnf")), "cli/convert-dqe.det.cnf");
+  ExpectOutputAs(ReadBytes(dir.File("copie.det.cnf")), "cli/convert-dqe.det.cnf");
   const Json standard = DumpOf(dir.File("copie.det.cnf"))["documents"][0];
   EXPECT_EQ(standard["Nom_Document"], "copie.det");
   EXPECT_EQ(FieldLayout(standard), FieldLayout(source));
@@ -70,7 +70,7 @@ TEST(CliConvert, BetweenTheTwoTextLayouts) {
   r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("retour.det.xnf")});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.err, "");
-  EXPECT_FALSE(ReadFile(dir.File("retour.det.xak")).empty());
+  EXPECT_FALSE(ReadBytes(dir.File("retour.det.xak")).empty());
 
   // A document kind the standard layout cannot hold is written, with a warning.
   r = RunCli({"convert", Fixture("textfile/bordereau.bpx.xnf"), dir.File("bordereau.bpx.cnf")});
@@ -138,12 +138,12 @@ TEST(CliRender, SvgAndPngOfAPage) {
   // tests/data/cli/; page 2 has no image beside the catalogue, and the names
   // of devis.det need escaping.
   TempDir dir;
-  std::string xnf = ReadFile(Sample("dqe-menuiseries.det.xnf"));
+  std::string xnf = ReadBytes(Sample("dqe-menuiseries.det.xnf"));
   const size_t ruler = xnf.find("|Montant|Arial|10|65|");
   ASSERT_NE(ruler, std::string::npos);
   xnf.replace(ruler, 8, "|R&D <\"1\">");
-  WriteFile(dir.File("devis.det.xnf"), xnf);
-  WriteFile(dir.File("devis.det-1.png"), "not a picture");
+  WriteBytes(dir.File("devis.det.xnf"), xnf);
+  WriteBytes(dir.File("devis.det-1.png"), "not a picture");
   const struct { std::vector<std::string> args; const char* svg; bool over; } cases[] = {
       {{"render", Sample("menuiseries.xml"), "--doc", "mn1", "--page", "1"}, "cli/render-mn1-p1.svg", true},
       {{"render", Sample("menuiseries.xml"), "--doc", "mn1", "--page", "2"}, "cli/render-mn1-p2.svg", false},
@@ -156,7 +156,7 @@ TEST(CliRender, SvgAndPngOfAPage) {
     const CliResult r = RunCli(args);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out.find("over") != std::string::npos, c.over) << r.out;
-    ExpectOutputAs(ReadFile(dir.File("page.svg")), c.svg);
+    ExpectOutputAs(ReadBytes(dir.File("page.svg")), c.svg);
   }
   EXPECT_NE(RunCli({"render", Sample("menuiseries.xml"), "--doc", "mn1", "-o", dir.File("p.svg")})
                 .out.find("2480 x 3508 px, over " + Sample("DQE Menuiseries-1.png")),
@@ -165,7 +165,7 @@ TEST(CliRender, SvgAndPngOfAPage) {
   CliResult r = RunCli({"render", Sample("dqe-menuiseries.det.xnf"), "--page", "1", "--scale", "0.25", "-o",
                         dir.File("page.png"), "--locale", "fr"});
   ASSERT_EQ(r.status, 0) << r.err;
-  const std::string png = ReadFile(dir.File("page.png"));
+  const std::string png = ReadBytes(dir.File("page.png"));
   ASSERT_GT(png.size(), 24u);
   EXPECT_EQ(png.substr(0, 8), "\x89PNG\r\n\x1a\n");
   // A text marking does not store its page size: an A4 page at 300 dpi.

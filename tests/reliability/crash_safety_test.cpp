@@ -27,14 +27,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ReadBytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void WriteBytes(const fs::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
+using test_util::ReadBytes;
+using test_util::WriteBytes;
 
 // A fresh folder under the system's temporary directory, removed at the end.
 class CrashSafetyTest : public ::testing::Test {

@@ -17,15 +17,12 @@
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
 #include "mandor/util/memory_platform.h"
+#include "tests/test_util.h"
 
 namespace mandor::textfile_test {
 
 // The raw bytes of tests/data/textfile/<name>.
-inline std::string DataFile(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/textfile/" + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+inline std::string DataFile(const std::string& name) { return test_util::DataFile("textfile/" + name); }
 
 // The lines of a UTF-8 data file written with LF ends.
 inline std::vector<std::string> DataLines(const std::string& name) {

@@ -107,12 +107,7 @@ TEST(SystemPlatformTest, FilesMessagesAndRandom) {
   fs::create_directories(dir / "sub");
   SystemPlatform platform;
   ExpectCommonBehaviour(
-      platform, dir.string() + "/",
-      [](const std::string& path) {
-        std::ifstream in(path, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-      },
-      [](const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; });
+      platform, dir.string() + "/", test_util::ReadBytes, test_util::WriteBytes);
   // Read-only files are deleted too; a folder cannot be deleted nor replaced.
   fs::permissions(dir / "t", fs::perms::owner_read | fs::perms::group_read);
   platform.DeleteFile((dir / "t").string());

@@ -27,13 +27,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSheet = "Lot 3 Électricité";
 
-std::string ReadFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
-
 class LibreOfficeTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -94,18 +87,18 @@ TEST_F(LibreOfficeTest, SavedCatalogueOpensWithTheModelsRowsAndNames) {
   // cell in the column its "ss:Index" gives.
   const fs::path csv_dir = dir_ / "csv";
   ASSERT_TRUE(Convert(file, "csv:Text - txt - csv (StarCalc):44,34,76,1,,0,false,true,false,false,false,-1", csv_dir))
-      << ReadFile(dir_ / "soffice.log");
+      << test_util::ReadBytes(dir_ / "soffice.log");
   fs::path marking_csv = csv_dir / (std::string("lot3-") + kSheet + ".csv");
   if (!fs::exists(marking_csv)) marking_csv = csv_dir / "lot3.csv";  // versions that write the first sheet only
-  ASSERT_TRUE(fs::exists(marking_csv)) << ReadFile(dir_ / "soffice.log");
-  test_util::ExpectDescribedAs(ReadFile(marking_csv), "xml/saved/lot3-libreoffice.csv");
+  ASSERT_TRUE(fs::exists(marking_csv)) << test_util::ReadBytes(dir_ / "soffice.log");
+  test_util::ExpectDescribedAs(test_util::ReadBytes(marking_csv), "xml/saved/lot3-libreoffice.csv");
   if (fs::exists(csv_dir / "lot3-Notes.csv")) {
-    EXPECT_EQ(ReadFile(csv_dir / "lot3-Notes.csv"), "Visite de site le 14 mars\n");
+    EXPECT_EQ(test_util::ReadBytes(csv_dir / "lot3-Notes.csv"), "Visite de site le 14 mars\n");
   }
 
   // The names, through the flat OpenDocument form.
   const fs::path ods_dir = dir_ / "fods";
-  ASSERT_TRUE(Convert(file, "fods", ods_dir)) << ReadFile(dir_ / "soffice.log");
+  ASSERT_TRUE(Convert(file, "fods", ods_dir)) << test_util::ReadBytes(dir_ / "soffice.log");
   pugi::xml_document ods;
   ASSERT_TRUE(ods.load_file((ods_dir / "lot3.fods").c_str()));
   std::map<std::string, std::string> ranges;

@@ -24,13 +24,7 @@
 namespace mandor::xml_test {
 
 // The bytes of tests/data/xml/<name>.
-inline std::string DataFile(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
+inline std::string DataFile(const std::string& name) { return test_util::DataFile("xml/" + name); }
 
 // The attributes of an element as "name=value " pairs, in order.
 inline std::string Attributes(const pugi::xml_node& node) {
