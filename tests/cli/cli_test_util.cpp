@@ -109,6 +109,20 @@ nlohmann::ordered_json ParseJson(const std::string& text) {
   }
 }
 
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir) {
+  std::string transcript;
+  for (const auto& args : commands) {
+    const CliResult r = RunCli(args);
+    transcript += "==";
+    for (const auto& arg : args) transcript += " " + arg;
+    transcript += "\nstatus " + std::to_string(r.status) + "\n" + r.out + "-- stderr\n" + r.err;
+  }
+  for (size_t at = transcript.find(dir.path()); at != std::string::npos; at = transcript.find(dir.path())) {
+    transcript.replace(at, dir.path().size(), "@TMP@");
+  }
+  return transcript;
+}
+
 void ExpectOutputAs(std::string output, const std::string& data_file) {
   for (const auto& [folder, mark] : {std::pair<std::string, std::string>{MANDOR_SAMPLES_DIR, "@SAMPLES@"},
                                      {MANDOR_TEST_DATA_DIR, "@DATA@"}}) {

@@ -55,6 +55,10 @@ void CopyTo(const std::string& from, const std::string& to);
 // does not parse.
 nlohmann::ordered_json ParseJson(const std::string& text);
 
+// Runs each command line and gives its status, standard output and standard
+// error, one after the other, with `dir` written "@TMP@".
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir);
+
 // Expects `output` to equal tests/data/<data_file>, with the samples and
 // test data folders written "@SAMPLES@" and "@DATA@".
 void ExpectOutputAs(std::string output, const std::string& data_file);

@@ -49,17 +49,7 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
       {"check", dir.File("broken.det.xnf")}, {"check", dir.File("lot.xml")}, {"check", dir.File("empty.xml")},
       {"check", dir.File("ab.xnf")}, {"info", dir.File("broken.det.xnf")}, {"check", dir.File("faute.det.cnf")},
       {"check", dir.File("ancre.det.xnf")}};
-  std::string transcript;
-  for (const auto& args : commands) {
-    const CliResult r = RunCli(args);
-    transcript += "==";
-    for (const auto& arg : args) transcript += " " + arg;
-    transcript += "\nstatus " + std::to_string(r.status) + "\n" + r.out + "-- stderr\n" + r.err;
-  }
-  for (size_t at = transcript.find(dir.path()); at != std::string::npos; at = transcript.find(dir.path())) {
-    transcript.replace(at, dir.path().size(), "@TMP@");
-  }
-  ExpectOutputAs(transcript, "cli/usage.txt");
+  ExpectOutputAs(Transcript(commands, dir), "cli/usage.txt");
   EXPECT_EQ(RunCli({"--version"}).out.rfind("mandor ", 0), 0u);
 }
 

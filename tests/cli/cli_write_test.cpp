@@ -45,92 +45,61 @@ uint32_t BigEndian32(const std::string& bytes, size_t at) {
   return v;
 }
 
-TEST(CliConvert, BetweenTheTwoTextLayouts) {
+// Each command's status and output are in tests/data/cli/write.txt.
+TEST(CliWrite, ConvertAndSave) {
   TempDir dir;
-  const Json source = DumpOf(Sample("dqe-menuiseries.det.xnf"))["documents"][0];
-
-  // .xnf -> .cnf: Windows-1252 with CR LF, the same pages and fields.
-  CliResult r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("copie.det.cnf"), "--locale", "fr"});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "wrote " + dir.File("copie.det.cnf") + " (standard text marking (.cnf), 2 pages, 33 fields)\n");
+  const std::string xnf = Sample("dqe-menuiseries.det.xnf");
+  CopyTo(Sample("menuiseries.xml"), dir.File("lot.xml"));
+  const Json source = DumpOf(xnf)["documents"][0];
+  const Json catalogue = DumpOf(dir.File("lot.xml"));
+  // .xnf -> .cnf (Windows-1252 with CR LF) -> .xnf: the same pages and fields.
+  std::string transcript =
+      Transcript({{"convert", xnf, dir.File("copie.det.cnf"), "--locale", "fr"},
+                  {"convert", dir.File("copie.det.cnf"), dir.File("retour.det.xnf"), "--locale", "fr"}},
+                 dir);
   ExpectOutputAs(ReadBytes(dir.File("copie.det.cnf")), "cli/convert-dqe.det.cnf");
   const Json standard = DumpOf(dir.File("copie.det.cnf"))["documents"][0];
   EXPECT_EQ(standard["Nom_Document"], "copie.det");
   EXPECT_EQ(FieldLayout(standard), FieldLayout(source));
-
-  // .cnf -> .xnf and back to the same layout.
-  r = RunCli({"convert", dir.File("copie.det.cnf"), dir.File("retour.det.xnf"), "--locale", "fr"});
-  ASSERT_EQ(r.status, 0) << r.err;
   const Json extended = DumpOf(dir.File("retour.det.xnf"))["documents"][0];
   EXPECT_EQ(FieldLayout(extended), FieldLayout(source));
   EXPECT_EQ(extended["Regles_V"].size(), source["Regles_V"].size());
   EXPECT_EQ(extended["X2_pixel"], source["X2_pixel"]);
 
-  // Writing over an extended marking needs no confirmation and keeps a backup.
-  r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("retour.det.xnf")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.err, "");
-  EXPECT_FALSE(ReadBytes(dir.File("retour.det.xak")).empty());
-
-  // A document kind the standard layout cannot hold is written, with a warning.
-  r = RunCli({"convert", Fixture("textfile/bordereau.bpx.xnf"), dir.File("bordereau.bpx.cnf")});
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.err.find("mandor: warning: the standard layout knows the document types Détail, Prix and AE "
-                       "only; " + dir.File("bordereau.bpx.cnf") + " (type \"BPU\") will not read back"),
-            std::string::npos)
-      << r.err;
-  EXPECT_EQ(RunCli({"check", dir.File("bordereau.bpx.cnf")}).status, 1);
-
-  // A folder that does not exist: the library's message, then the failure.
-  r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("absent/copie.det.xnf")});
-  EXPECT_EQ(r.status, 1);
-  const std::vector<std::string> lines = r.ErrLines();
-  ASSERT_EQ(lines.size(), 2u) << r.err;
-  EXPECT_EQ(lines[0].rfind("[Erreur Fichier] Impossible de c", 0), 0u) << lines[0];
-  EXPECT_EQ(lines[1], "mandor: could not write " + dir.File("absent/copie.det.xnf"));
-}
-
-TEST(CliConvert, OneDocumentOutOfACatalogue) {
-  TempDir dir;
-  const Json catalogue = DumpOf(Sample("menuiseries.xml"));
-  CliResult r = RunCli({"convert", Sample("menuiseries.xml"), "--doc", "mn2", dir.File("bordereau.det.xnf")});
-  ASSERT_EQ(r.status, 0) << r.err;
+  // One document out of a catalogue: the name is the output's, the kind
+  // stays the document's own; without --doc, the first document.
+  transcript += Transcript({{"convert", dir.File("lot.xml"), "--doc", "mn2", dir.File("bordereau.det.xnf")},
+                            {"convert", dir.File("lot.xml"), dir.File("premier.xnf")}},
+                           dir);
   const Json bpu = DumpOf(dir.File("bordereau.det.xnf"))["documents"][0];
-  // The name is the output's; the kind stays the document's own.
-  EXPECT_EQ(bpu["Nom_Document"], "bordereau.det");
-  EXPECT_EQ(bpu["Type_Document"], "Prix");
+  EXPECT_EQ(bpu["Nom_Document"].get<std::string>() + " " + bpu["Type_Document"].get<std::string>(),
+            "bordereau.det Prix");
   EXPECT_EQ(FieldLayout(bpu), FieldLayout(catalogue["documents"][1]));
-
-  // Without --doc, the first document.
-  r = RunCli({"convert", Sample("menuiseries.xml"), dir.File("premier.xnf")});
-  ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(DumpOf(dir.File("premier.xnf"))["documents"][0]["Regles_V"].size(), 4u);
-}
 
-TEST(CliSave, WritesEveryDocumentBackIntoTheCatalogue) {
-  TempDir dir;
-  CopyTo(Sample("menuiseries.xml"), dir.File("lot.xml"));
-  const Json before = DumpOf(dir.File("lot.xml"));
-  CliResult r = RunCli({"save", dir.File("lot.xml")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  for (const char* id : {"mn1", "mn2", "mn3"}) {
-    EXPECT_NE(r.out.find(std::string("saved ") + id + " "), std::string::npos) << r.out;
-  }
+  // Writing over an extended marking needs no confirmation and keeps a
+  // backup; a document kind the standard layout cannot hold is written, with
+  // a warning, and does not read back; a folder that does not exist: the
+  // library's message, then the failure. Saving a catalogue writes every
+  // document (or the one asked for) back into it, and it stays a workbook.
+  transcript += Transcript({{"convert", xnf, dir.File("retour.det.xnf")},
+                            {"convert", Fixture("textfile/bordereau.bpx.xnf"), dir.File("bordereau.bpx.cnf")},
+                            {"check", dir.File("bordereau.bpx.cnf")},
+                            {"convert", xnf, dir.File("absent/copie.det.xnf")},
+                            {"save", dir.File("lot.xml")},
+                            {"save", dir.File("lot.xml"), "--doc", "mn3"}},
+                           dir);
+  ExpectOutputAs(transcript, "cli/write.txt");
+  EXPECT_FALSE(ReadBytes(dir.File("retour.det.xak")).empty());
   const Json after = DumpOf(dir.File("lot.xml"));
   ASSERT_EQ(after["documents"].size(), 3u);
   for (size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(FieldLayout(after["documents"][i]), FieldLayout(before["documents"][i])) << i;
-    EXPECT_EQ(after["documents"][i]["champsDataContrat"].size(), before["documents"][i]["champsDataContrat"].size());
+    EXPECT_EQ(FieldLayout(after["documents"][i]), FieldLayout(catalogue["documents"][i])) << i;
+    EXPECT_EQ(after["documents"][i]["champsDataContrat"], catalogue["documents"][i]["champsDataContrat"]);
   }
-  // The file stays a spreadsheet workbook.
   pugi::xml_document workbook;
   ASSERT_TRUE(workbook.load_file(dir.File("lot.xml").c_str()));
   EXPECT_TRUE(workbook.child("Workbook").child("Worksheet"));
-
-  r = RunCli({"save", dir.File("lot.xml"), "--doc", "mn3"});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.out.find("saved mn3 \"AE Menuiseries\""), std::string::npos);
-  EXPECT_EQ(r.out.find("mn1"), std::string::npos);
 }
 
 TEST(CliRender, SvgAndPngOfAPage) {

@@ -114,29 +114,25 @@ TEST_F(EngagementTest, NewActReplacesTheFormerOne) {
 }
 
 TEST_F(EngagementTest, NumberingCountsUpFromTheFormerAct) {
-  // mn1 is the act: the new one is mn1 again.
-  auto catalogue = ReadCatalogue(Catalogue({"mn1:PC", "mn2:DQE"}));
-  auto act = NewAct();
-  ASSERT_NE(catalogue->XML_AddNewAE(act, pdf_), nullptr);
-  EXPECT_EQ(act->Id, "mn1");
-  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn2", "mn1"}));
-
-  // The act mn2 of a file that also holds mn3 and mn4 is replaced by mn2.
-  catalogue = ReadCatalogue(Catalogue({"mn4:DQE", "mn2:AE", "mn3:BPU"}));
-  auto second = NewAct();
-  second->Devise("");
-  ASSERT_NE(catalogue->XML_AddNewAE(second, pdf_), nullptr);
-  EXPECT_EQ(second->Id, "mn2");
-  // An act without currency gets index 0 and an empty "mn:Devise".
-  EXPECT_EQ(second->iDevise(), 0);
-  EXPECT_STREQ(XmlSelectNode(Saved()->document(), "//mn:Image[@mn:ID='mn2']").attribute("mn:Devise").value(), "");
-
-  // Without a former act, the first number from 1 that no image uses.
-  catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn3:BPU"}));
-  auto third = NewAct();
-  ASSERT_NE(catalogue->XML_AddNewAE(third, pdf_), nullptr);
-  EXPECT_EQ(third->Id, "mn2");
-  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
+  // The act is replaced under its own number (mn1 of "PC" too, mn2 beside
+  // mn3 and mn4); without a former act, the first number from 1 that no
+  // image uses. An act without currency gets index 0 and an empty "mn:Devise".
+  const struct { std::vector<std::string> images; const char* id; std::vector<std::string> saved; } cases[] = {
+      {{"mn1:PC", "mn2:DQE"}, "mn1", {"mn2", "mn1"}},
+      {{"mn4:DQE", "mn2:AE", "mn3:BPU"}, "mn2", {"mn4", "mn3", "mn2"}},
+      {{"mn1:DQE", "mn3:BPU"}, "mn2", {"mn1", "mn3", "mn2"}}};
+  for (const auto& c : cases) {
+    auto catalogue = ReadCatalogue(Catalogue(c.images));
+    auto act = NewAct();
+    act->Devise("");
+    ASSERT_NE(catalogue->XML_AddNewAE(act, pdf_), nullptr);
+    EXPECT_EQ(act->Id, c.id);
+    EXPECT_EQ(act->iDevise(), 0);
+    auto saved = Saved();
+    EXPECT_EQ(ImageIds(*saved), c.saved);
+    EXPECT_STREQ(XmlSelectNode(saved->document(), "//mn:Image[@mn:ID='" + std::string(c.id) + "']")
+                     .attribute("mn:Devise").value(), "");
+  }
 }
 
 TEST_F(EngagementTest, Failures) {
