@@ -1,7 +1,6 @@
 // Adding an engagement act to a catalogue (cMarquage::XML_AddNewAE).
 
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -20,22 +19,14 @@ constexpr const char* kPath = "lots/lot3.xml";
 // A catalogue of the given images ("mn1:DQE", "mn2:AE", ...), with a worksheet
 // row that carries an mn:iRow of each.
 std::string Catalogue(const std::vector<std::string>& images) {
-  std::ostringstream xml;
-  xml << "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
-         "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
-         " <mn:MANDOR mn:Name=\"Lot 5\">\n";
+  std::string xml, row;
   for (const std::string& image : images) {
-    const std::string id = image.substr(0, image.find(':'));
-    const std::string type = image.substr(image.find(':') + 1);
-    xml << "  <mn:Image mn:ID=\"" << id << "\" mn:Name=\"" << type << " " << id << ".pdf\" mn:Type=\"" << type
-        << "\" mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>\n";
+    const std::string id = image.substr(0, image.find(':')), type = image.substr(image.find(':') + 1);
+    xml += "<mn:Image mn:ID=\"" + id + "\" mn:Name=\"" + type + " " + id + ".pdf\" mn:Type=\"" + type +
+           "\" mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>";
+    row += "<mn:iRow mn:ID=\"" + id + "\" mn:Name=\"L1\" mn:Y=\"10\" mn:Page=\"1\"/>";
   }
-  xml << "  <mn:Extra/>\n </mn:MANDOR>\n <Worksheet ss:Name=\"Lot 5\"><Table><Row>";
-  for (const std::string& image : images) {
-    xml << "<mn:iRow mn:ID=\"" << image.substr(0, image.find(':')) << "\" mn:Name=\"L1\" mn:Y=\"10\" mn:Page=\"1\"/>";
-  }
-  xml << "<Cell><Data ss:Type=\"String\">L1</Data></Cell></Row></Table></Worksheet>\n</Workbook>\n";
-  return xml.str();
+  return xml_test::Workbook(xml + "<mn:Extra/>", "<Row>" + row + "<Cell><Data ss:Type=\"String\">L1</Data></Cell></Row>");
 }
 
 class EngagementTest : public xml_test::CatalogueFixture {

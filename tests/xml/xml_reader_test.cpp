@@ -16,15 +16,7 @@ namespace {
 using test_util::ErrorNumberOf;
 using xml_test::DataFile;
 using xml_test::Describe;
-
-// A workbook with the header attributes `header`, the mn:Image elements
-// `images` and the rows `rows` of the sheet "Lot".
-std::string Workbook(const std::string& images, const std::string& rows, const std::string& header = "") {
-  return "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
-         " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
-         "<mn:MANDOR mn:Name=\"Lot\"" + header + ">" + images + "</mn:MANDOR>\n"
-         "<Worksheet ss:Name=\"Lot\"><Table>" + rows + "</Table></Worksheet>\n</Workbook>\n";
-}
+using xml_test::Workbook;
 
 // An mn:Image with one page, the columns PU (001) and PT (002) and the given children.
 std::string Image(const std::string& children, const std::string& id = "mn1") {

@@ -26,6 +26,15 @@ namespace mandor::xml_test {
 // The bytes of tests/data/xml/<name>.
 inline std::string DataFile(const std::string& name) { return test_util::DataFile("xml/" + name); }
 
+// A workbook with the header attributes `header`, the mn:Image elements
+// `images` and the rows `rows` of the sheet "Lot".
+inline std::string Workbook(const std::string& images, const std::string& rows, const std::string& header = "") {
+  return "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
+         " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
+         "<mn:MANDOR mn:Name=\"Lot\"" + header + ">" + images + "</mn:MANDOR>\n"
+         "<Worksheet ss:Name=\"Lot\"><Table>" + rows + "</Table></Worksheet>\n</Workbook>\n";
+}
+
 // The attributes of an element as "name=value " pairs, in order.
 inline std::string Attributes(const pugi::xml_node& node) {
   std::string out;
