@@ -136,25 +136,37 @@ TEST_F(ReaderTest, FormatHelpers) {
   EXPECT_EQ(test_util::ErrorNumberOf([] { tf::ParseFileNumber("abc"); }), kTypeMismatch);
 }
 
-// --- extended layout: the hand-written price schedule ---
+// --- the hand-written price schedule ---
 
-class ExtendedScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
+class ScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {
+ protected:
+  // Reads the hand-written schedule in `layout` and compares the reading with
+  // its description in the test's locale.
+  void ExpectRead(const std::string& layout) {
+    platform_->SetLocale(GetParam() ? Locale::Comma() : Locale::Point());
+    layout == "xnf" ? PutDataXnf() : PutDataCnf();
+    ASSERT_TRUE(layout == "xnf" ? doc_->RestaurerMarquage() : doc_->RestaurerMarquageStd());
+    EXPECT_TRUE(platform_->messages().empty() && platform_->OpenFileCount() == 0u);
+    test_util::ExpectDescribedAs(test_util::Describe(*doc_), "textfile/bordereau.bpx." + layout + "." +
+                                                                 (GetParam() ? "comma" : "point") + ".described.txt");
+    ExpectLinked(doc_);
+  }
+};
 
-TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
+TEST_P(ScheduleTest, Standard) {
+  // Calibration points are not in a type 1 file: they keep their values.
+  doc_->Type_calage = 2;
+  doc_->X1_pixel = 99;
+  ExpectRead("cnf");
+}
+
+TEST_P(ScheduleTest, Extended) {
   // Every value read (calibration, fonts, sources, rulers, fields in reading
   // order whatever the line order, inherited blank font columns, values
   // brought to the locale, escaped formulas) is in the description.
-  const bool comma = GetParam();
-  platform_->SetLocale(comma ? Locale::Comma() : Locale::Point());
-  PutDataXnf();
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(platform_->OpenFileCount(), 0u);
-  test_util::ExpectDescribedAs(test_util::Describe(*doc_), std::string("textfile/bordereau.bpx.xnf.") +
-                                                               (comma ? "comma" : "point") + ".described.txt");
+  ASSERT_NO_FATAL_FAILURE(ExpectRead("xnf"));
 
-  // Links: owners, rulers by identity, recurrent masters and their copies.
-  ExpectLinked(doc_);
+  // Rulers by identity, recurrent masters and their copies.
   EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Montant")->oRegleV(), doc_->RegleV("Montant"));
   auto report = doc_->ChampsRecurrents.Item("Report_Montant");
   EXPECT_EQ(report->oOwnerPage.lock(), nullptr);
@@ -170,7 +182,7 @@ TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
   EXPECT_EQ(copy3->Décimales(), 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothLocales, ExtendedScheduleTest, ::testing::Values(true, false), LocaleName);
+INSTANTIATE_TEST_SUITE_P(BothLocales, ScheduleTest, ::testing::Values(true, false), LocaleName);
 
 // Edited small markings, each read after the other into the same document
 // and described in tests/data/textfile/reader_edits.described.txt.
@@ -285,28 +297,6 @@ TEST_F(ReaderTest, RestaurerMarquageChoosesTheLayout) {
   EXPECT_TRUE(doc->RestaurerMarquageStd());
   EXPECT_EQ(doc->Pages.Count(), 2);
 }
-
-// --- standard layout ---
-
-class StandardScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
-
-TEST_P(StandardScheduleTest, ReadsTheWholeSchedule) {
-  // Calibration points are not in a type 1 file: they keep their values.
-  const bool comma = GetParam();
-  platform_->SetLocale(comma ? Locale::Comma() : Locale::Point());
-  doc_->Type_calage = 2;
-  doc_->X1_pixel = 99;
-  PutDataCnf();
-  ASSERT_TRUE(doc_->RestaurerMarquageStd());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(platform_->OpenFileCount(), 0u);
-  test_util::ExpectDescribedAs(test_util::Describe(*doc_), std::string("textfile/bordereau.bpx.cnf.") +
-                                                               (comma ? "comma" : "point") + ".described.txt");
-
-  ExpectLinked(doc_);
-}
-
-INSTANTIATE_TEST_SUITE_P(BothLocales, StandardScheduleTest, ::testing::Values(true, false), LocaleName);
 
 // Every failure of either reader: what the read returns, what it keeps and
 // every message word for word (tests/data/textfile/reader_failures.txt).
