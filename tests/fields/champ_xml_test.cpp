@@ -4,6 +4,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
@@ -32,15 +33,11 @@ class ChampXmlTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(xml_.load_string(kWorkbook));
-    doc_->Id = "mn4";
-    doc_->Decimales = 2;
-    regle_v_->Nom = "PU";
-    regle_v_->Position_pixel_X = 1000;
+    std::tie(doc_->Id, doc_->Decimales) = std::make_tuple("mn4", 2);
+    std::tie(regle_v_->Nom, regle_v_->Position_pixel_X) = std::make_tuple("PU", 1000.f);
     regle_v_->WidthChamp(150);
     regle_v_->oOwnerMandor(doc_);
-    regle_h_->Nom = "1.1";
-    regle_h_->Position_pixel_Y = 500;
-    regle_h_->hauteur_pixel = 40;
+    std::tie(regle_h_->Nom, regle_h_->Position_pixel_Y, regle_h_->hauteur_pixel) = std::make_tuple("1.1", 500.f, 40.f);
     regle_h_->oOwnerMandor(doc_);
     champ_->oOwnerMandor(doc_);
     champ_->Nom("1.1_PU");
@@ -53,10 +50,8 @@ class ChampXmlTest : public ::testing::Test {
     champ_->Décimales(2);
   }
   void PlaceOnRulers() {
-    champ_->Position_pixel_Left = 1000;
-    champ_->Position_pixel_Right = 1150;
-    champ_->Position_pixel_Top = 500;
-    champ_->Position_pixel_Bottom = 540;
+    std::tie(champ_->Position_pixel_Left, champ_->Position_pixel_Right, champ_->Position_pixel_Top,
+             champ_->Position_pixel_Bottom) = std::make_tuple(1000.f, 1150.f, 500.f, 540.f);
   }
   pugi::xml_node Cell() { return xml_.child("Workbook").child("Cell"); }
   pugi::xml_node Contract() { return xml_.child("Workbook").child("mn:DataContrat").child("mn:iCell"); }
@@ -94,10 +89,8 @@ TEST_F(ChampXmlTest, FieldElementIsRebuiltFromScratch) {
   Step("placeholder", Cell());
 
   // Positions are written where the rulers do not give them.
-  champ_->Position_pixel_Left = 1010;
-  champ_->Position_pixel_Right = 1010 + 150;  // same width as the column
-  champ_->Position_pixel_Top = 502.5f;
-  champ_->Position_pixel_Bottom = 502.5f + 30;
+  std::tie(champ_->Position_pixel_Left, champ_->Position_pixel_Right, champ_->Position_pixel_Top,
+           champ_->Position_pixel_Bottom) = std::make_tuple(1010.f, 1010.f + 150, 502.5f, 502.5f + 30);  // column's width
   champ_->MajXmlNodeFromChampProperties(node);
   Step("off its rulers", node);
   // Without rulers every position is written, in the invariant form.

@@ -11,6 +11,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -67,12 +68,10 @@ TEST_F(LibreOfficeTest, SavedCatalogueOpensWithTheModelsRowsAndNames) {
   // field and a changed one.
   auto page = dqe->Pages.Item("page_1");
   auto regle = std::make_shared<CRegle>();
-  regle->Nom = "1.3";
+  std::tie(regle->Nom, regle->TypeLigne, regle->Position_pixel_Y, regle->Level) =
+      std::make_tuple("1.3", "Article", 640.f, 2);
   regle->oOwnerMandor(dqe);
   regle->Page(page);
-  regle->Position_pixel_Y = 640;
-  regle->TypeLigne = "Article";
-  regle->Level = 2;
   page->Regles_H.Add(regle, "00099");
   dqe->Regles_H.Add(regle, "00099");
   xml_test::AddField(dqe, "1.3_PU", regle, xml_test::Ruler(dqe->Regles_V, "PU"), 1);

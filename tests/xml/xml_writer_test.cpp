@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -83,22 +84,16 @@ TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
   auto dqe = catalogue->Item("mn1");
   auto page = dqe->Pages.Item("page_1");
   auto regle = std::make_shared<CRegle>();
-  regle->Nom = "1.3";
-  regle->Id = "00009";
+  std::tie(regle->Nom, regle->Id, regle->TypeLigne) = std::make_tuple("1.3", "00009", "Article");
+  std::tie(regle->Position_pixel_Y, regle->hauteur_pixel, regle->Level) = std::make_tuple(640.f, 40.f, 2);
   regle->oOwnerMandor(dqe);
   regle->Page(page);
-  regle->Position_pixel_Y = 640;
-  regle->hauteur_pixel = 40;
-  regle->TypeLigne = "Article";
-  regle->Level = 2;
   regle->Italic(true);
   page->Regles_H.Add(regle, regle->Id);
   dqe->Regles_H.Add(regle, regle->Id);
   auto champ = AddField(dqe, "1.3_PU", regle, Ruler(dqe->Regles_V, "PU"), 1);
-  champ->Position_pixel_Left = 1180.5f;
-  champ->Position_pixel_Right = 1180.5f + 160;
-  champ->Position_pixel_Top = 640;
-  champ->Position_pixel_Bottom = 680;
+  std::tie(champ->Position_pixel_Left, champ->Position_pixel_Right, champ->Position_pixel_Top,
+           champ->Position_pixel_Bottom) = std::make_tuple(1180.5f, 1180.5f + 160, 640.f, 680.f);
   champ->Imprimable(-1);
   champ->Type_Champ(1);
   champ->Décimales(2);
@@ -156,10 +151,8 @@ TEST_F(XmlWriterTest, PageLevelFieldsGoUnderTheirPage) {
   auto dqe = catalogue->Item("mn1");
   const auto add = [&](const std::string& nom, int16_t page, bool recurrent) {
     auto champ = AddField(dqe, nom, nullptr, nullptr, page);
-    champ->Position_pixel_Left = 100;
-    champ->Position_pixel_Right = 300;
-    champ->Position_pixel_Top = 2000;
-    champ->Position_pixel_Bottom = 2040;
+    std::tie(champ->Position_pixel_Left, champ->Position_pixel_Right, champ->Position_pixel_Top,
+             champ->Position_pixel_Bottom) = std::make_tuple(100.f, 300.f, 2000.f, 2040.f);
     champ->Recurrent(recurrent);
     return champ;
   };
@@ -221,8 +214,7 @@ TEST_F(XmlWriterTest, ImageColumnsAndRowsAreUpdated) {
   dqe->Decimales = 3;
   dqe->Font()->Italic(true);
   auto montant = Ruler(dqe->Regles_V, "Montant");
-  montant->Position_pixel_X = 1375.5f;
-  montant->Imprimable = 0;
+  std::tie(montant->Position_pixel_X, montant->Imprimable) = std::make_tuple(1375.5f, 0);
   auto ghost = std::make_shared<CRegle>();
   ghost->Nom = "Remise";
   dqe->Regles_V.Add(ghost, "099");
