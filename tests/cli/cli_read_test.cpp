@@ -76,8 +76,7 @@ TEST(CliDump, CalageComputes) {
   EXPECT_EQ(ParseJson(unknown.out)["messages"],
             Json::parse(R"([{"title": "MandorDLL", "text": "type de calage inconnu dans calculerparamètrescalage: 0",)"
                         R"( "style": "plain"}])"));
-  EXPECT_EQ(unknown.ErrLines(),
-            (std::vector<std::string>{"[MandorDLL] type de calage inconnu dans calculerparamètrescalage: 0"}));
+  EXPECT_EQ(unknown.err, "[MandorDLL] type de calage inconnu dans calculerparamètrescalage: 0\n");
 }
 
 TEST(CliDump, SameModelInBothLocales) {

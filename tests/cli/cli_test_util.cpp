@@ -7,8 +7,6 @@
 
 #include <atomic>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -20,14 +18,6 @@ extern char** environ;
 namespace mandor_cli_test {
 
 namespace fs = std::filesystem;
-
-std::vector<std::string> CliResult::ErrLines() const {
-  std::vector<std::string> lines;
-  std::istringstream in(err);
-  std::string line;
-  while (std::getline(in, line)) lines.push_back(line);
-  return lines;
-}
 
 CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
                  const std::string& cwd) {

@@ -19,9 +19,6 @@ struct CliResult {
   int status = -1;  // exit status, or 128 + signal number
   std::string out;
   std::string err;
-
-  // Standard error split into lines (without their line ends).
-  std::vector<std::string> ErrLines() const;
 };
 
 // Runs `mandor args...`. LC_ALL, LC_NUMERIC and LANG are removed from the

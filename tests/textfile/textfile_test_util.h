@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -48,14 +46,6 @@ class TextFileTest : public ::testing::Test {
   TextFileTest() : platform_(std::make_shared<MemoryPlatform>(Locale::Comma())), scope_(platform_) {}
 
   std::string Bytes(const std::string& path) const { return platform_->FileBytes(path).value_or("<missing>"); }
-
-  void ExpectMessage(size_t index, const std::string& text, const std::string& title, MessageStyle style) {
-    ASSERT_LT(index, platform_->messages().size());
-    EXPECT_EQ(platform_->messages()[index].text, text);
-    EXPECT_EQ(platform_->messages()[index].title, title);
-    EXPECT_EQ(platform_->messages()[index].style, style);
-  }
-
   std::shared_ptr<MemoryPlatform> platform_;
   ScopedPlatform scope_;
 };

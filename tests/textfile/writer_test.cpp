@@ -284,7 +284,8 @@ TEST_F(WriterTest, FailurePartWayKeepsThePreviousMarking) {
     EXPECT_EQ(doc->SauvegarderMarquageEx(false, with_qte), 0);
     EXPECT_EQ(Bytes(kTarget) + Bytes(kBackup), previous + previous) << "the marking is not truncated";
     ASSERT_EQ(platform_->messages().size(), 1u);
-    ExpectMessage(0, message, "Erreur Fichier", MessageStyle::kExclamation);
+    EXPECT_EQ(platform_->messages()[0].text + "|" + platform_->messages()[0].title, message + "|Erreur Fichier");
+    EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kExclamation);
     EXPECT_EQ(doc->Nom_Document(), "") << "the failed save forgets the document name";
     EXPECT_EQ(platform_->OpenFileCount(), 0u);
     for (const auto& path : platform_->Paths()) EXPECT_FALSE(EndsWith(path, ".tmp")) << path;

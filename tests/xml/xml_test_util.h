@@ -4,9 +4,7 @@
 #ifndef MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 #define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -33,13 +31,6 @@ inline std::string Workbook(const std::string& images, const std::string& rows, 
          " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
          "<mn:MANDOR mn:Name=\"Lot\"" + header + ">" + images + "</mn:MANDOR>\n"
          "<Worksheet ss:Name=\"Lot\"><Table>" + rows + "</Table></Worksheet>\n</Workbook>\n";
-}
-
-// The attributes of an element as "name=value " pairs, in order.
-inline std::string Attributes(const pugi::xml_node& node) {
-  std::string out;
-  for (const pugi::xml_attribute& a : node.attributes()) out += std::string(a.name()) + "=" + a.value() + " ";
-  return out;
 }
 
 // Rulers are keyed by their Id; tests look them up by name.
