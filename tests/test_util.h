@@ -46,7 +46,9 @@ inline std::string DataFile(const std::string& name) {
 // committing it.
 inline void ExpectDescribedAs(const std::string& actual, const std::string& data_file) {
   const char* update = std::getenv("MANDOR_UPDATE_DESCRIBED");
-  if (update && std::string(update) == "1") return WriteBytes(std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file, actual);
+  if (update && std::string(update) == "1") {
+    return WriteBytes(std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file, actual);
+  }
   EXPECT_EQ(actual, DataFile(data_file)) << data_file;
 }
 

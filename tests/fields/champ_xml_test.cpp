@@ -89,8 +89,9 @@ TEST_F(ChampXmlTest, FieldElementIsRebuiltFromScratch) {
   Step("placeholder", Cell());
 
   // Positions are written where the rulers do not give them.
+  // The same width as the column.
   std::tie(champ_->Position_pixel_Left, champ_->Position_pixel_Right, champ_->Position_pixel_Top,
-           champ_->Position_pixel_Bottom) = std::make_tuple(1010.f, 1010.f + 150, 502.5f, 502.5f + 30);  // column's width
+           champ_->Position_pixel_Bottom) = std::make_tuple(1010.f, 1010.f + 150, 502.5f, 502.5f + 30);
   champ_->MajXmlNodeFromChampProperties(node);
   Step("off its rulers", node);
   // Without rulers every position is written, in the invariant form.

@@ -135,7 +135,8 @@ TEST_F(FontTest, ParentOverridesTakePrecedenceOverInheritedValues) {
   auto parent2 = NewFont();
   auto child = NewFont(parent1, parent2);
   // What parent 1 inherits; parent 2's override beats it; parent 1's beats all.
-  const std::pair<std::shared_ptr<CFont>, const char*> names[] = {{grand, "Times"}, {parent2, "Courier"}, {parent1, "Verdana"}};
+  const std::pair<std::shared_ptr<CFont>, const char*> names[] = {
+      {grand, "Times"}, {parent2, "Courier"}, {parent1, "Verdana"}};
   for (const auto& [font, name] : names) EXPECT_EQ((font->Name(name), child->Name()), name);
   EXPECT_EQ(child->DefaultName(), "Verdana");
   parent1->Name("Times");  // equal to what it inherits: dropped

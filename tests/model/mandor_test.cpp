@@ -105,7 +105,9 @@ TEST_F(MandorTest, IDeviseResolvesThroughTheCatalogueIgnoringErrors) {
   catalogue->oDevises->AddDevise("USD", "DOLLAR", "CENT");
   doc_->oOwnerMarquage(catalogue);
   // Position Count fails: the code of entry 0 stays.
-  for (const auto& [index, code] : {std::pair{1, "USD"}, {2, "EUR"}}) EXPECT_EQ((doc_->iDevise(index), doc_->Devise()), code);
+  for (const auto& [index, code] : {std::pair{1, "USD"}, {2, "EUR"}}) {
+    EXPECT_EQ((doc_->iDevise(index), doc_->Devise()), code);
+  }
   doc_->Devise("CHF");
   EXPECT_EQ(doc_->iDevise(), 2) << "Devise let leaves the index alone";
 }

@@ -113,7 +113,9 @@ TEST_F(CrashSafetyTest, KilledCatalogueSaveLeavesOldOrNewCatalogue) {
   // 500 rows of 10 cells for one document.
   std::ostringstream image, rows;
   image << "<mn:Image mn:ID=\"mn1\" mn:Name=\"Gros.pdf\" mn:Type=\"DQE\" mn:Orientation=\"0\" mn:H=\"20\">";
-  for (int c = 1; c <= 10; ++c) image << "<mn:iCol mn:Name=\"C" << c << "\" mn:Dec=\"2\" mn:X=\"" << c * 100 << "\" mn:W=\"90\"/>";
+  for (int c = 1; c <= 10; ++c) {
+    image << "<mn:iCol mn:Name=\"C" << c << "\" mn:Dec=\"2\" mn:X=\"" << c * 100 << "\" mn:W=\"90\"/>";
+  }
   for (int p = 1; p <= 10; ++p) image << "<mn:iPage mn:ID=\"" << p << "\"/>";
   for (int r = 1; r <= 500; ++r) {
     const int page = (r - 1) / 50 + 1;

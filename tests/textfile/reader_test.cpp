@@ -313,7 +313,8 @@ TEST_F(ReaderTest, FailuresAndTheirMessages) {
     transcript += "== " + label + "\n" + std::to_string(result) + " name=" + doc_->Nom_Document() +
                   " pages=" + std::to_string(doc_->Pages.Count()) + " fields=" + std::to_string(fields) +
                   " columns=" + std::to_string(doc_->Regles_V.Count()) + " sources=" +
-                  std::to_string(doc_->Docs.Count()) + " tva=" + std::to_string(doc_->TVA) + " open=" + std::to_string(platform_->OpenFileCount()) + "\n";
+                  std::to_string(doc_->Docs.Count()) + " tva=" + std::to_string(doc_->TVA) +
+                  " open=" + std::to_string(platform_->OpenFileCount()) + "\n";
     for (const auto& m : platform_->messages()) {
       transcript += "[" + m.title + "|" + std::to_string(static_cast<int>(m.style)) + "] " +
                     ReplaceAll(m.text, "\n", "\\n") + "\n";

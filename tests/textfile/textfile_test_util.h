@@ -125,17 +125,14 @@ inline std::shared_ptr<Mandor> BuildPriceSchedule(const std::string& total_initi
   auto doc = std::make_shared<Mandor>();
   doc->Répertoire_Document = "marchés/";
   doc->Nom_Document("BPU Lot 1.bpx");  // Type_Document "Prix"
-  doc->Type_calage = 2;
-  doc->Orientation = 1;
+  std::tie(doc->Type_calage, doc->Orientation) = std::make_tuple(2, 1);
   std::tie(doc->X1_pixel, doc->Y1_pixel, doc->X1_cm, doc->Y1_cm) = std::make_tuple(120.f, 240.5f, 1.5f, 2.f);
   std::tie(doc->X2_pixel, doc->Y2_pixel, doc->X2_cm, doc->Y2_cm) = std::make_tuple(2400.f, 3300.f, 20.25f, 27.9f);
-  doc->bFondGrise = true;
+  std::tie(doc->bFondGrise, doc->champ_largeur_cm, doc->TVA) = std::make_tuple(true, 3.5f, 19.6f);
   doc->FonteName("Times New Roman");
   doc->FonteSize(11);
   doc->Font()->Italic(true);
   doc->Font()->Color(255);
-  doc->champ_largeur_cm = 3.5f;
-  doc->TVA = 19.6f;
   for (const auto& [fichier, separateur] : {std::pair{"Bordereau Prix.MDN", "\t"}, {"quantités.csv", ";"}}) {
     auto source = std::make_shared<Doc>();
     source->Fichier = fichier;

@@ -26,7 +26,8 @@ std::string Catalogue(const std::vector<std::string>& images) {
            "\" mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>";
     row += "<mn:iRow mn:ID=\"" + id + "\" mn:Name=\"L1\" mn:Y=\"10\" mn:Page=\"1\"/>";
   }
-  return xml_test::Workbook(xml + "<mn:Extra/>", "<Row>" + row + "<Cell><Data ss:Type=\"String\">L1</Data></Cell></Row>");
+  return xml_test::Workbook(xml + "<mn:Extra/>",
+                            "<Row>" + row + "<Cell><Data ss:Type=\"String\">L1</Data></Cell></Row>");
 }
 
 class EngagementTest : public xml_test::CatalogueFixture {
