@@ -2,7 +2,13 @@
 #ifndef MANDOR_TESTS_TEST_UTIL_H_
 #define MANDOR_TESTS_TEST_UTIL_H_
 
+#include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
 
 #include "mandor/util/error.h"
 
@@ -16,6 +22,34 @@ inline int ErrorNumberOf(const std::function<void()>& f) {
     return e.number();
   }
   return 0;
+}
+
+// The bytes of the file at `path`, "" when it cannot be read.
+inline std::string ReadBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+inline void WriteBytes(const std::string& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+// The bytes of tests/data/<name>.
+inline std::string DataFile(const std::string& name) {
+  const std::string path = std::string(MANDOR_TEST_DATA_DIR) + "/" + name;
+  EXPECT_TRUE(std::ifstream(path).good()) << path;
+  return ReadBytes(path);
+}
+
+// Expects `actual` to equal tests/data/<data_file>. With MANDOR_UPDATE_DESCRIBED=1
+// in the environment the file is rewritten instead: review its diff before
+// committing it.
+inline void ExpectDescribedAs(const std::string& actual, const std::string& data_file) {
+  const char* update = std::getenv("MANDOR_UPDATE_DESCRIBED");
+  if (update && std::string(update) == "1") {
+    return WriteBytes(std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file, actual);
+  }
+  EXPECT_EQ(actual, DataFile(data_file)) << data_file;
 }
 
 }  // namespace mandor::test_util

@@ -7,25 +7,17 @@
 
 #include <atomic>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+
+#include "tests/test_util.h"
 
 extern char** environ;
 
 namespace mandor_cli_test {
 
 namespace fs = std::filesystem;
-
-std::vector<std::string> CliResult::ErrLines() const {
-  std::vector<std::string> lines;
-  std::istringstream in(err);
-  std::string line;
-  while (std::getline(in, line)) lines.push_back(line);
-  return lines;
-}
 
 CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
                  const std::string& cwd) {
@@ -73,8 +65,8 @@ CliResult RunCli(const std::vector<std::string>& args, const std::map<std::strin
   while (waitpid(pid, &status, 0) < 0) {
   }
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  result.out = ReadFile(out_path);
-  result.err = ReadFile(err_path);
+  result.out = ReadBytes(out_path);
+  result.err = ReadBytes(err_path);
   return result;
 }
 
@@ -94,18 +86,6 @@ TempDir::~TempDir() {
 std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
 std::string Fixture(const std::string& name) { return std::string(MANDOR_TEST_DATA_DIR) + "/" + name; }
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-void WriteFile(const std::string& path, const std::string& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << bytes;
-}
-
 void CopyTo(const std::string& from, const std::string& to) {
   fs::copy_file(from, to, fs::copy_options::overwrite_existing);
 }
@@ -119,20 +99,28 @@ nlohmann::ordered_json ParseJson(const std::string& text) {
   }
 }
 
-const nlohmann::ordered_json* FindBy(const nlohmann::ordered_json& array, const std::string& name,
-                                     const std::string& value) {
-  if (!array.is_array()) return nullptr;
-  for (const auto& item : array) {
-    if (item.is_object() && item.contains(name) && item[name] == value) return &item;
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir) {
+  std::string transcript;
+  for (const auto& args : commands) {
+    const CliResult r = RunCli(args);
+    transcript += "==";
+    for (const auto& arg : args) transcript += " " + arg;
+    transcript += "\nstatus " + std::to_string(r.status) + "\n" + r.out + "-- stderr\n" + r.err;
   }
-  return nullptr;
+  for (size_t at = transcript.find(dir.path()); at != std::string::npos; at = transcript.find(dir.path())) {
+    transcript.replace(at, dir.path().size(), "@TMP@");
+  }
+  return transcript;
 }
 
-std::vector<std::string> Keys(const nlohmann::ordered_json& object) {
-  std::vector<std::string> keys;
-  if (!object.is_object()) return keys;
-  for (auto it = object.begin(); it != object.end(); ++it) keys.push_back(it.key());
-  return keys;
+void ExpectOutputAs(std::string output, const std::string& data_file) {
+  for (const auto& [folder, mark] : {std::pair<std::string, std::string>{MANDOR_SAMPLES_DIR, "@SAMPLES@"},
+                                     {MANDOR_TEST_DATA_DIR, "@DATA@"}}) {
+    for (size_t at = output.find(folder); at != std::string::npos; at = output.find(folder, at + mark.size())) {
+      output.replace(at, folder.size(), mark);
+    }
+  }
+  mandor::test_util::ExpectDescribedAs(output, data_file);
 }
 
 }  // namespace mandor_cli_test

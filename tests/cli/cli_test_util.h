@@ -11,15 +11,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/test_util.h"
+
 namespace mandor_cli_test {
 
 struct CliResult {
   int status = -1;  // exit status, or 128 + signal number
   std::string out;
   std::string err;
-
-  // Standard error split into lines (without their line ends).
-  std::vector<std::string> ErrLines() const;
 };
 
 // Runs `mandor args...`. LC_ALL, LC_NUMERIC and LANG are removed from the
@@ -45,20 +44,21 @@ class TempDir {
 
 std::string Sample(const std::string& name);   // a file of samples/
 std::string Fixture(const std::string& name);  // a file of tests/data/
-std::string ReadFile(const std::string& path);
-void WriteFile(const std::string& path, const std::string& bytes);
+using mandor::test_util::ReadBytes;
+using mandor::test_util::WriteBytes;
 void CopyTo(const std::string& from, const std::string& to);
 
 // The JSON of `mandor dump` (ordered as written); fails the test when it
 // does not parse.
 nlohmann::ordered_json ParseJson(const std::string& text);
 
-// The first item of a JSON array whose member `name` equals value, or null.
-const nlohmann::ordered_json* FindBy(const nlohmann::ordered_json& array, const std::string& name,
-                                     const std::string& value);
+// Runs each command line and gives its status, standard output and standard
+// error, one after the other, with `dir` written "@TMP@".
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir);
 
-// The names of an object's members, in order.
-std::vector<std::string> Keys(const nlohmann::ordered_json& object);
+// Expects `output` to equal tests/data/<data_file>, with the samples and
+// test data folders written "@SAMPLES@" and "@DATA@".
+void ExpectOutputAs(std::string output, const std::string& data_file);
 
 }  // namespace mandor_cli_test
 

@@ -45,159 +45,102 @@ uint32_t BigEndian32(const std::string& bytes, size_t at) {
   return v;
 }
 
-TEST(CliConvert, BetweenTheTwoTextLayouts) {
+// Each command's status and output are in tests/data/cli/write.txt.
+TEST(CliWrite, ConvertAndSave) {
   TempDir dir;
-  const Json source = DumpOf(Sample("dqe-menuiseries.det.xnf"))["documents"][0];
-
-  // .xnf -> .cnf: Windows-1252 with CR LF, the same pages and fields.
-  CliResult r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("copie.det.cnf"), "--locale", "fr"});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out, "wrote " + dir.File("copie.det.cnf") + " (standard text marking (.cnf), 2 pages, 33 fields)\n");
-  const std::string cnf = ReadFile(dir.File("copie.det.cnf"));
-  EXPECT_EQ(cnf.rfind("[Calage]\r\nType=2\r\n", 0), 0u);
-  EXPECT_NE(cnf.find("[Pr\xe9sentation]\r\n"), std::string::npos);
-  size_t bare_lf = 0;
-  for (size_t i = 0; i < cnf.size(); ++i) bare_lf += cnf[i] == '\n' && (i == 0 || cnf[i - 1] != '\r');
-  EXPECT_EQ(bare_lf, 0u);
+  const std::string xnf = Sample("dqe-menuiseries.det.xnf");
+  CopyTo(Sample("menuiseries.xml"), dir.File("lot.xml"));
+  const Json source = DumpOf(xnf)["documents"][0];
+  const Json catalogue = DumpOf(dir.File("lot.xml"));
+  // .xnf -> .cnf (Windows-1252 with CR LF) -> .xnf: the same pages and fields.
+  std::string transcript =
+      Transcript({{"convert", xnf, dir.File("copie.det.cnf"), "--locale", "fr"},
+                  {"convert", dir.File("copie.det.cnf"), dir.File("retour.det.xnf"), "--locale", "fr"}},
+                 dir);
+  ExpectOutputAs(ReadBytes(dir.File("copie.det.cnf")), "cli/convert-dqe.det.cnf");
   const Json standard = DumpOf(dir.File("copie.det.cnf"))["documents"][0];
   EXPECT_EQ(standard["Nom_Document"], "copie.det");
   EXPECT_EQ(FieldLayout(standard), FieldLayout(source));
-
-  // .cnf -> .xnf and back to the same layout.
-  r = RunCli({"convert", dir.File("copie.det.cnf"), dir.File("retour.det.xnf"), "--locale", "fr"});
-  ASSERT_EQ(r.status, 0) << r.err;
   const Json extended = DumpOf(dir.File("retour.det.xnf"))["documents"][0];
   EXPECT_EQ(FieldLayout(extended), FieldLayout(source));
   EXPECT_EQ(extended["Regles_V"].size(), source["Regles_V"].size());
   EXPECT_EQ(extended["X2_pixel"], source["X2_pixel"]);
 
-  // Writing over an extended marking needs no confirmation and keeps a backup.
-  r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("retour.det.xnf")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.err, "");
-  EXPECT_FALSE(ReadFile(dir.File("retour.det.xak")).empty());
-
-  // A document kind the standard layout cannot hold is written, with a warning.
-  r = RunCli({"convert", Fixture("textfile/bordereau.bpx.xnf"), dir.File("bordereau.bpx.cnf")});
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.err.find("mandor: warning: the standard layout knows the document types Détail, Prix and AE "
-                       "only; " + dir.File("bordereau.bpx.cnf") + " (type \"BPU\") will not read back"),
-            std::string::npos)
-      << r.err;
-  EXPECT_EQ(RunCli({"check", dir.File("bordereau.bpx.cnf")}).status, 1);
-
-  // A folder that does not exist: the library's message, then the failure.
-  r = RunCli({"convert", Sample("dqe-menuiseries.det.xnf"), dir.File("absent/copie.det.xnf")});
-  EXPECT_EQ(r.status, 1);
-  const std::vector<std::string> lines = r.ErrLines();
-  ASSERT_EQ(lines.size(), 2u) << r.err;
-  EXPECT_EQ(lines[0].rfind("[Erreur Fichier] Impossible de c", 0), 0u) << lines[0];
-  EXPECT_EQ(lines[1], "mandor: could not write " + dir.File("absent/copie.det.xnf"));
-}
-
-TEST(CliConvert, OneDocumentOutOfACatalogue) {
-  TempDir dir;
-  const Json catalogue = DumpOf(Sample("menuiseries.xml"));
-  CliResult r = RunCli({"convert", Sample("menuiseries.xml"), "--doc", "mn2", dir.File("bordereau.det.xnf")});
-  ASSERT_EQ(r.status, 0) << r.err;
+  // One document out of a catalogue: the name is the output's, the kind
+  // stays the document's own; without --doc, the first document.
+  transcript += Transcript({{"convert", dir.File("lot.xml"), "--doc", "mn2", dir.File("bordereau.det.xnf")},
+                            {"convert", dir.File("lot.xml"), dir.File("premier.xnf")}},
+                           dir);
   const Json bpu = DumpOf(dir.File("bordereau.det.xnf"))["documents"][0];
-  // The name is the output's; the kind stays the document's own.
-  EXPECT_EQ(bpu["Nom_Document"], "bordereau.det");
-  EXPECT_EQ(bpu["Type_Document"], "Prix");
+  EXPECT_EQ(bpu["Nom_Document"].get<std::string>() + " " + bpu["Type_Document"].get<std::string>(),
+            "bordereau.det Prix");
   EXPECT_EQ(FieldLayout(bpu), FieldLayout(catalogue["documents"][1]));
-
-  // Without --doc, the first document.
-  r = RunCli({"convert", Sample("menuiseries.xml"), dir.File("premier.xnf")});
-  ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(DumpOf(dir.File("premier.xnf"))["documents"][0]["Regles_V"].size(), 4u);
-}
 
-TEST(CliSave, WritesEveryDocumentBackIntoTheCatalogue) {
-  TempDir dir;
-  CopyTo(Sample("menuiseries.xml"), dir.File("lot.xml"));
-  const Json before = DumpOf(dir.File("lot.xml"));
-  CliResult r = RunCli({"save", dir.File("lot.xml")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  for (const char* id : {"mn1", "mn2", "mn3"}) {
-    EXPECT_NE(r.out.find(std::string("saved ") + id + " "), std::string::npos) << r.out;
-  }
+  // Writing over an extended marking needs no confirmation and keeps a
+  // backup; a document kind the standard layout cannot hold is written, with
+  // a warning, and does not read back; a folder that does not exist: the
+  // library's message, then the failure. Saving a catalogue writes every
+  // document (or the one asked for) back into it, and it stays a workbook.
+  transcript += Transcript({{"convert", xnf, dir.File("retour.det.xnf")},
+                            {"convert", Fixture("textfile/bordereau.bpx.xnf"), dir.File("bordereau.bpx.cnf")},
+                            {"check", dir.File("bordereau.bpx.cnf")},
+                            {"convert", xnf, dir.File("absent/copie.det.xnf")},
+                            {"save", dir.File("lot.xml")},
+                            {"save", dir.File("lot.xml"), "--doc", "mn3"}},
+                           dir);
+  ExpectOutputAs(transcript, "cli/write.txt");
+  EXPECT_FALSE(ReadBytes(dir.File("retour.det.xak")).empty());
   const Json after = DumpOf(dir.File("lot.xml"));
   ASSERT_EQ(after["documents"].size(), 3u);
   for (size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(FieldLayout(after["documents"][i]), FieldLayout(before["documents"][i])) << i;
-    EXPECT_EQ(after["documents"][i]["champsDataContrat"].size(), before["documents"][i]["champsDataContrat"].size());
+    EXPECT_EQ(FieldLayout(after["documents"][i]), FieldLayout(catalogue["documents"][i])) << i;
+    EXPECT_EQ(after["documents"][i]["champsDataContrat"], catalogue["documents"][i]["champsDataContrat"]);
   }
-  // The file stays a spreadsheet workbook.
   pugi::xml_document workbook;
   ASSERT_TRUE(workbook.load_file(dir.File("lot.xml").c_str()));
   EXPECT_TRUE(workbook.child("Workbook").child("Worksheet"));
-
-  r = RunCli({"save", dir.File("lot.xml"), "--doc", "mn3"});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.out.find("saved mn3 \"AE Menuiseries\""), std::string::npos);
-  EXPECT_EQ(r.out.find("mn1"), std::string::npos);
 }
 
-TEST(CliRender, SvgOfACataloguePageOverItsImage) {
+TEST(CliRender, SvgAndPngOfAPage) {
+  // Rulers, field names and values over the page image as kept in
+  // tests/data/cli/; page 2 has no image beside the catalogue, and the names
+  // of devis.det need escaping.
   TempDir dir;
-  CliResult r = RunCli({"render", Sample("menuiseries.xml"), "--doc", "mn1", "--page", "1", "-o", dir.File("p1.svg")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.out.find("2480 x 3508 px, over " + Sample("DQE Menuiseries-1.png")), std::string::npos) << r.out;
-  pugi::xml_document svg;
-  ASSERT_TRUE(svg.load_file(dir.File("p1.svg").c_str()));
-  const pugi::xml_node root = svg.child("svg");
-  EXPECT_STREQ(root.attribute("width").value(), "2480");
-  EXPECT_STREQ(root.attribute("height").value(), "3508");
-  EXPECT_STREQ(root.attribute("viewBox").value(), "0 0 2480 3508");
-  EXPECT_EQ(std::string(root.child("image").attribute("href").value()).rfind("data:image/png;base64,iVBORw0KGgo", 0),
-            0u);
-  std::vector<std::string> texts;
-  for (pugi::xml_node text : root.children("text")) texts.push_back(text.child_value());
-  for (const char* expected : {"Qté", "PT", "L1", "L6", "L1_Qté", "L6_PT", "TA1", "Page_Numéro"}) {
-    EXPECT_NE(std::find(texts.begin(), texts.end(), expected), texts.end()) << expected;
+  std::string xnf = ReadBytes(Sample("dqe-menuiseries.det.xnf"));
+  const size_t ruler = xnf.find("|Montant|Arial|10|65|");
+  ASSERT_NE(ruler, std::string::npos);
+  xnf.replace(ruler, 8, "|R&D <\"1\">");
+  WriteBytes(dir.File("devis.det.xnf"), xnf);
+  WriteBytes(dir.File("devis.det-1.png"), "not a picture");
+  const struct { std::vector<std::string> args; const char* svg; bool over; } cases[] = {
+      {{"render", Sample("menuiseries.xml"), "--doc", "mn1", "--page", "1"}, "cli/render-mn1-p1.svg", true},
+      {{"render", Sample("menuiseries.xml"), "--doc", "mn1", "--page", "2"}, "cli/render-mn1-p2.svg", false},
+      {{"render", dir.File("devis.det.xnf"), "--locale", "fr"}, "cli/render-devis.svg", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.svg);
+    std::vector<std::string> args = c.args;
+    args.insert(args.end(), {"-o", dir.File("page.svg")});
+    const CliResult r = RunCli(args);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out.find("over") != std::string::npos, c.over) << r.out;
+    ExpectOutputAs(ReadBytes(dir.File("page.svg")), c.svg);
   }
-  // Fields of page 2 are not on page 1.
-  EXPECT_EQ(std::find(texts.begin(), texts.end(), "L7_Qté"), texts.end());
+  EXPECT_NE(RunCli({"render", Sample("menuiseries.xml"), "--doc", "mn1", "-o", dir.File("p.svg")})
+                .out.find("2480 x 3508 px, over " + Sample("DQE Menuiseries-1.png")),
+            std::string::npos);
 
-  // Page 2 has no image beside the catalogue: drawn without one.
-  r = RunCli({"render", Sample("menuiseries.xml"), "--doc", "mn1", "--page", "2", "-o", dir.File("p2.svg")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out.find("over"), std::string::npos);
-  ASSERT_TRUE(svg.load_file(dir.File("p2.svg").c_str()));
-  EXPECT_FALSE(svg.child("svg").child("image"));
-}
-
-TEST(CliRender, PngAtAScaleWithValuesAndEscapedNames) {
-  TempDir dir;
   CliResult r = RunCli({"render", Sample("dqe-menuiseries.det.xnf"), "--page", "1", "--scale", "0.25", "-o",
                         dir.File("page.png"), "--locale", "fr"});
   ASSERT_EQ(r.status, 0) << r.err;
-  const std::string png = ReadFile(dir.File("page.png"));
+  const std::string png = ReadBytes(dir.File("page.png"));
   ASSERT_GT(png.size(), 24u);
   EXPECT_EQ(png.substr(0, 8), "\x89PNG\r\n\x1a\n");
   // A text marking does not store its page size: an A4 page at 300 dpi.
   EXPECT_EQ(BigEndian32(png, 16), 620u);
   EXPECT_EQ(BigEndian32(png, 20), 877u);
   EXPECT_NE(r.out.find(", over "), std::string::npos) << r.out;
-
-  // Names that need escaping, a value, and an unreadable page image.
-  std::string xnf = ReadFile(Sample("dqe-menuiseries.det.xnf"));
-  const size_t ruler = xnf.find("|Montant|Arial|10|65|");
-  ASSERT_NE(ruler, std::string::npos);
-  xnf.replace(ruler, 8, "|R&D <\"1\">");
-  WriteFile(dir.File("devis.det.xnf"), xnf);
-  WriteFile(dir.File("devis.det-1.png"), "not a picture");
-  r = RunCli({"render", dir.File("devis.det.xnf"), "-o", dir.File("devis.svg"), "--locale", "fr"});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(r.out.find("over"), std::string::npos) << r.out;
-  const std::string text = ReadFile(dir.File("devis.svg"));
-  EXPECT_NE(text.find("R&amp;D &lt;&quot;1&quot;&gt;"), std::string::npos);
-  pugi::xml_document svg;
-  ASSERT_TRUE(svg.load_string(text.c_str()));
-  std::vector<std::string> texts;
-  for (pugi::xml_node node : svg.child("svg").children("text")) texts.push_back(node.child_value());
-  EXPECT_NE(std::find(texts.begin(), texts.end(), "R&D <\"1\">"), texts.end());
-  EXPECT_NE(std::find(texts.begin(), texts.end(), "236,50"), texts.end());
 
   // Too large for a PNG.
   r = RunCli({"render", Sample("dqe-menuiseries.det.xnf"), "--scale", "16", "-o", dir.File("huge.png")});

@@ -5,6 +5,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include <pugixml.hpp>
 
@@ -56,16 +57,14 @@ TEST_F(FontXmlTest, BackColorSignCarriesTransparency) {
   parent->BackColor(123);
   parent->Transparent(false);
   // "-1": transparent, no colour of its own; "1": opaque, no colour of its own.
-  const auto transparent = CFont::GetFontFromXmlNode(Element("<f mn:BackColor=\"-1\"/>"), parent);
-  EXPECT_TRUE(transparent->Transparent());
-  EXPECT_FALSE(transparent->HasBackColor());
-  EXPECT_EQ(transparent->BackColor(), 123);
-  const auto opaque = CFont::GetFontFromXmlNode(Element("<f mn:BackColor=\"1\"/>"));
-  EXPECT_FALSE(opaque->Transparent());
-  EXPECT_FALSE(opaque->HasBackColor());
-  const auto colored = CFont::GetFontFromXmlNode(Element("<f mn:BackColor=\" -255\"/>"));
-  EXPECT_TRUE(colored->Transparent());
-  EXPECT_EQ(colored->BackColor(), 255);
+  const struct { const char* xml; bool transparent, has; int32_t back; } cases[] = {
+      {"<f mn:BackColor=\"-1\"/>", true, false, 123}, {"<f mn:BackColor=\"1\"/>", false, false, 123},
+      {"<f mn:BackColor=\" -255\"/>", true, true, 255}};
+  for (const auto& c : cases) {
+    const auto font = CFont::GetFontFromXmlNode(Element(c.xml), parent);
+    EXPECT_EQ(std::make_tuple(font->Transparent(), font->HasBackColor(), font->BackColor()),
+              std::make_tuple(c.transparent, c.has, c.back)) << c.xml;
+  }
 }
 
 TEST_F(FontXmlTest, SkipsWhatIsNotANumberAndInheritsTheRest) {
@@ -76,13 +75,11 @@ TEST_F(FontXmlTest, SkipsWhatIsNotANumberAndInheritsTheRest) {
   pugi::xml_node node =
       Element("<f mn:Name=\"\" mn:Size=\"grand\" mn:B=\"0\" mn:Color=\"1e12\" mn:Alignment=\"300\" mn:I=\"1,0\"/>");
   const auto font = CFont::GetFontFromXmlNode(node, parent1, parent2);
-  EXPECT_EQ(font->ParentFont1, parent1);
-  EXPECT_EQ(font->ParentFont2, parent2);
-  EXPECT_FALSE(font->HasName());
+  EXPECT_TRUE(font->ParentFont1 == parent1 && font->ParentFont2 == parent2);
   EXPECT_EQ(font->Size(), 12);
-  EXPECT_FALSE(font->HasColor());      // out of range
-  EXPECT_FALSE(font->HasAlignment());  // out of range for a byte
-  EXPECT_FALSE(font->Bold());          // its own "not bold" over parent 2's bold
+  // Colour out of range, alignment out of range for a byte; its own "not
+  // bold" over parent 2's bold.
+  EXPECT_FALSE(font->HasName() || font->HasColor() || font->HasAlignment() || font->Bold());
   EXPECT_TRUE(font->HasBold());
   // Every attribute asked for is now on the element, empty when it was missing.
   EXPECT_STREQ(node.attribute("mn:U").value(), "");
@@ -107,14 +104,8 @@ TEST_F(FontXmlTest, WritesOnlyWhatDiffersAndReadsBackTheSame) {
   EXPECT_FALSE(font.GetXmlFontFromFontClass(cell));
   EXPECT_EQ(Serialized(cell), "<mn:iCell mn:Name=\"L1_PU\"><a/><b/></mn:iCell>");
 
-  font.Name("Verdana");
-  font.Size(11);
-  font.Color(255);
-  font.BackColor(4080);
-  font.Transparent(false);
-  font.Bold(false);
-  font.Underline(true);
-  font.Alignment("1");
+  font.Name("Verdana"), font.Size(11), font.Color(255), font.BackColor(4080);
+  font.Transparent(false), font.Bold(false), font.Underline(true), font.Alignment("1");
   const pugi::xml_node written = font.GetXmlFontFromFontClass(cell);
   ASSERT_TRUE(written);
   EXPECT_EQ(Serialized(written),

@@ -5,9 +5,6 @@
 #ifndef MANDOR_TESTS_MODEL_DESCRIBE_H_
 #define MANDOR_TESTS_MODEL_DESCRIBE_H_
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 
@@ -17,6 +14,7 @@
 #include "mandor/model/mandor.h"
 #include "mandor/model/page.h"
 #include "mandor/model/regle.h"
+#include "tests/test_util.h"
 
 namespace mandor::test_util {
 
@@ -88,21 +86,6 @@ inline std::string Describe(const Mandor& doc) {
   for (const auto& champ : doc.champsContenantReference) out << " referring " << champ->Nom() << "\n";
   for (const auto& champ : doc.champsDataContrat) out << " contract " << champ->Nom() << "\n";
   return out.str();
-}
-
-// Expects `actual` to equal tests/data/<data_file>. With MANDOR_UPDATE_DESCRIBED=1
-// in the environment the file is rewritten instead: review its diff before
-// committing it.
-inline void ExpectDescribedAs(const std::string& actual, const std::string& data_file) {
-  const std::string path = std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file;
-  const char* update = std::getenv("MANDOR_UPDATE_DESCRIBED");
-  if (update && std::string(update) == "1") {
-    std::ofstream(path, std::ios::binary) << actual;
-    return;
-  }
-  std::ifstream in(path, std::ios::binary);
-  EXPECT_TRUE(in.good()) << path;
-  EXPECT_EQ(actual, std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>())) << data_file;
 }
 
 }  // namespace mandor::test_util

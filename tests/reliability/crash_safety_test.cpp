@@ -27,14 +27,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ReadBytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void WriteBytes(const fs::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
+using test_util::ReadBytes;
+using test_util::WriteBytes;
 
 // A fresh folder under the system's temporary directory, removed at the end.
 class CrashSafetyTest : public ::testing::Test {
@@ -117,35 +111,31 @@ TEST_F(CrashSafetyTest, KilledTextSaveLeavesOldOrNewMarking) {
 
 TEST_F(CrashSafetyTest, KilledCatalogueSaveLeavesOldOrNewCatalogue) {
   // 500 rows of 10 cells for one document.
-  std::ostringstream xml;
-  xml << "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
-         "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
-         "<mn:MANDOR mn:Name=\"Gros\"><mn:Image mn:ID=\"mn1\" mn:Name=\"Gros.pdf\" mn:Type=\"DQE\" "
-         "mn:Orientation=\"0\" mn:H=\"20\">";
+  std::ostringstream image, rows;
+  image << "<mn:Image mn:ID=\"mn1\" mn:Name=\"Gros.pdf\" mn:Type=\"DQE\" mn:Orientation=\"0\" mn:H=\"20\">";
   for (int c = 1; c <= 10; ++c) {
-    xml << "<mn:iCol mn:Name=\"C" << c << "\" mn:Dec=\"2\" mn:X=\"" << c * 100 << "\" mn:W=\"90\"/>";
+    image << "<mn:iCol mn:Name=\"C" << c << "\" mn:Dec=\"2\" mn:X=\"" << c * 100 << "\" mn:W=\"90\"/>";
   }
-  for (int p = 1; p <= 10; ++p) xml << "<mn:iPage mn:ID=\"" << p << "\"/>";
-  xml << "</mn:Image></mn:MANDOR><Worksheet ss:Name=\"Gros\"><Table>";
+  for (int p = 1; p <= 10; ++p) image << "<mn:iPage mn:ID=\"" << p << "\"/>";
   for (int r = 1; r <= 500; ++r) {
     const int page = (r - 1) / 50 + 1;
-    xml << "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L" << r << "\" mn:Y=\"" << (r % 50) * 40 << "\" mn:Page=\"" << page
-        << "\"/>";
+    rows << "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L" << r << "\" mn:Y=\"" << (r % 50) * 40 << "\" mn:Page=\"" << page
+         << "\"/>";
     for (int c = 1; c <= 10; ++c) {
-      xml << "<Cell><Data ss:Type=\"Number\">" << r * c << "</Data><mn:iCell mn:ID=\"mn1\" mn:Name=\"L" << r << "_C"
-          << c << "\" mn:Page=\"" << page << "\"/></Cell>";
+      rows << "<Cell><Data ss:Type=\"Number\">" << r * c << "</Data><mn:iCell mn:ID=\"mn1\" mn:Name=\"L" << r << "_C"
+           << c << "\" mn:Page=\"" << page << "\"/></Cell>";
     }
-    xml << "</Row>";
+    rows << "</Row>";
   }
-  xml << "</Table></Worksheet></Workbook>";
+  const std::string xml = xml_test::Workbook(image.str() + "</mn:Image>", rows.str());
   const fs::path target = dir_ / "Gros.xml";
-  WriteBytes(target, xml.str());
+  WriteBytes(target, xml);
   auto catalogue = std::make_shared<cMarquage>();
   ASSERT_TRUE(catalogue->XML_ReadCNF(target.string()));
   std::shared_ptr<Mandor> doc = catalogue->Item("mn1");
   ASSERT_EQ(doc->Champs.Count(), 5000);
   doc->Decimales = 3;
-  KillDuringSaves(target, xml.str(), [&] { doc->SauvegarderMarquageXml(doc); });
+  KillDuringSaves(target, xml, [&] { doc->SauvegarderMarquageXml(doc); });
 }
 
 }  // namespace

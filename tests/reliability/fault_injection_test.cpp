@@ -19,17 +19,15 @@
 namespace mandor {
 namespace {
 
-// Wraps a MemoryPlatform, numbers every fallible file operation (copy,
-// delete, rename, listing, opening, reading or writing a line or a whole
-// file, closing) and makes the one numbered fail_at throw Error 75, before
-// it happens, as a disk or a network share would. With deletes_fail every
-// delete fails too, so that the clean-up after a failure fails as well.
-class FaultPlatform : public Platform {
+// A MemoryPlatform that numbers every fallible file operation (copy, delete,
+// rename, listing, opening, reading or writing a line or a whole file,
+// closing) and makes the one numbered fail_at throw Error 75, before it
+// happens, as a disk or a network share would. With deletes_fail every delete
+// fails too, so that the clean-up after a failure fails as well.
+class FaultPlatform : public MemoryPlatform {
  public:
-  FaultPlatform(std::shared_ptr<MemoryPlatform> inner, long fail_at, bool deletes_fail = false)
-      : inner_(std::move(inner)), fail_at_(fail_at), deletes_fail_(deletes_fail) {
-    SetLocale(inner_->locale());
-  }
+  FaultPlatform(long fail_at, bool deletes_fail = false)
+      : MemoryPlatform(Locale::Comma()), fail_at_(fail_at), deletes_fail_(deletes_fail) {}
 
   const std::vector<std::string>& log() const { return log_; }
 
@@ -38,41 +36,35 @@ class FaultPlatform : public Platform {
     if (static_cast<long>(log_.size()) - 1 == fail_at_) ThrowError(kPathFileAccessError, "injected: " + operation);
   }
 
-  bool FileExists(const std::string& path) override { return inner_->FileExists(path); }
   void CopyFile(const std::string& from, const std::string& to) override {
     Touch("copy " + from + " " + to);
-    inner_->CopyFile(from, to);
+    MemoryPlatform::CopyFile(from, to);
   }
   void DeleteFile(const std::string& path) override {
     Touch("delete " + path);
     if (deletes_fail_) ThrowError(kPathFileAccessError, "injected: delete " + path);
-    inner_->DeleteFile(path);
+    MemoryPlatform::DeleteFile(path);
   }
   void RenameFile(const std::string& from, const std::string& to) override {
     Touch("rename " + from + " " + to);
-    inner_->RenameFile(from, to);
+    MemoryPlatform::RenameFile(from, to);
   }
   std::vector<FolderEntry> ListFolder(const std::string& folder) override {
     Touch("list " + folder);
-    return inner_->ListFolder(folder);
+    return MemoryPlatform::ListFolder(folder);
   }
   std::unique_ptr<TextFile> OpenTextFile(const std::string& path, OpenMode mode) override {
     Touch((mode == OpenMode::kInput ? "open-input " : "open-output ") + path);
-    return std::make_unique<File>(*this, inner_->OpenTextFile(path, mode), path);
+    return std::make_unique<File>(*this, MemoryPlatform::OpenTextFile(path, mode), path);
   }
   std::string ReadFileBytes(const std::string& path) override {
     Touch("read-bytes " + path);
-    return inner_->ReadFileBytes(path);
+    return MemoryPlatform::ReadFileBytes(path);
   }
   void WriteFileBytes(const std::string& path, std::string_view bytes) override {
     Touch("write-bytes " + path);
-    inner_->WriteFileBytes(path, bytes);
+    MemoryPlatform::WriteFileBytes(path, bytes);
   }
-  void Message(const std::string& text, const std::string& title, MessageStyle style) override {
-    inner_->Message(text, title, style);
-  }
-  bool AskYesNo(const std::string& text, const std::string& title) override { return inner_->AskYesNo(text, title); }
-  double Random() override { return inner_->Random(); }
 
  private:
   class File : public TextFile {
@@ -102,7 +94,6 @@ class FaultPlatform : public Platform {
     bool closed_ = false;
   };
 
-  std::shared_ptr<MemoryPlatform> inner_;
   long fail_at_;
   bool deletes_fail_;
   std::vector<std::string> log_;
@@ -236,30 +227,29 @@ TEST(FaultInjectionTest, EveryFileOperationOfEverySaveAndRestoreFailsInTurn) {
   for (const Scenario& scenario : Scenarios()) {
     SCOPED_TRACE(scenario.name);
     // The run without failure: the operations, the files before and after.
-    auto memory = std::make_shared<MemoryPlatform>(Locale::Comma());
+    auto memory = std::make_shared<FaultPlatform>(-1);
     scenario.prepare(*memory);
     std::vector<std::string> before, after;
     for (const auto& file : scenario.files) before.push_back(memory->FileBytes(file).value_or("<missing>"));
-    auto recorder = std::make_shared<FaultPlatform>(memory, -1);
     Outcome clean;
     {
-      ScopedPlatform scope(recorder);
+      ScopedPlatform scope(memory);
       clean = scenario.run(*memory);
     }
     ASSERT_FALSE(clean.failed) << (memory->messages().empty() ? "" : memory->messages()[0].text);
     for (const auto& file : scenario.files) after.push_back(memory->FileBytes(file).value_or("<missing>"));
-    const std::vector<std::string> operations = recorder->log();
+    const std::vector<std::string> operations = memory->log();
     ASSERT_FALSE(operations.empty());
 
     for (size_t run = 0; run < 2 * operations.size(); ++run) {
       const size_t k = run % operations.size();
       const bool deletes_fail = run >= operations.size();
       SCOPED_TRACE("failing " + operations[k] + (deletes_fail ? " and every delete" : ""));
-      memory = std::make_shared<MemoryPlatform>(Locale::Comma());
+      memory = std::make_shared<FaultPlatform>(static_cast<long>(k), deletes_fail);
       scenario.prepare(*memory);
       Outcome outcome;
       {
-        ScopedPlatform scope(std::make_shared<FaultPlatform>(memory, static_cast<long>(k), deletes_fail));
+        ScopedPlatform scope(memory);
         outcome = scenario.run(*memory);
       }
       const bool writes = before != after;

@@ -5,12 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "fuzz/fuzz_targets.h"
+#include "tests/test_util.h"
 
 namespace mandor {
 namespace {
@@ -18,11 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path kData = MANDOR_TEST_DATA_DIR;
-
-std::string Bytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 // Runs every regular file of `dir` whose name contains `part` through `body`;
 // returns how many ran.
@@ -33,7 +27,7 @@ int Replay(fuzz::TargetBody body, const fs::path& dir, const std::string& part =
     const std::string name = entry.path().filename().string();
     if (!entry.is_regular_file() || name.find(part) == std::string::npos || name[0] == '.') continue;
     SCOPED_TRACE(entry.path().string());
-    const std::string bytes = Bytes(entry.path());
+    const std::string bytes = test_util::ReadBytes(entry.path());
     body(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
     ++count;
   }

@@ -23,7 +23,6 @@ namespace tf = textfile;
 
 constexpr char kFolder[] = "marquages/";
 constexpr char kName[] = "bordereau.bpx";
-constexpr char kNbsp[] = "\xC2\xA0";
 
 // The lines without the section `header` and its lines.
 std::vector<std::string> WithoutSection(const std::vector<std::string>& lines, const std::string& header) {
@@ -59,11 +58,20 @@ std::vector<std::string> Replaced(std::vector<std::string> lines, const std::str
 std::vector<std::string> SmallXnf() { return DataLines("small.xnf.txt"); }
 std::vector<std::string> SmallCnf() { return DataLines("small.cnf.txt"); }
 
-// Names of a collection of fields, in order.
-std::vector<std::string> Names(const Collection<CChamp>& fields) {
-  std::vector<std::string> names;
-  for (const auto& f : fields) names.push_back(f->Nom());
-  return names;
+// Every ruler and field points back at its document and page, and a field at
+// the rulers it hangs on.
+void ExpectLinked(const std::shared_ptr<Mandor>& doc) {
+  for (const auto& ruler : doc->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc);
+  for (const auto& page : doc->Pages) {
+    EXPECT_EQ(page->oOwnerMandor.lock(), doc);
+    for (const auto& ruler : page->Regles_H) EXPECT_TRUE(ruler->Page() == page && ruler->oOwnerMandor() == doc);
+    for (const auto& field : page->Champs) {
+      EXPECT_TRUE(field->oOwnerPage.lock() == page && field->oOwnerMandor() == doc) << field->Nom();
+      if (field->Accrochage_H().empty()) continue;
+      EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H())) << field->Nom();
+      EXPECT_EQ(field->oRegleV(), doc->RegleV(field->Accrochage_V())) << field->Nom();
+    }
+  }
 }
 
 class ReaderTest : public TextFileTest {
@@ -79,16 +87,6 @@ class ReaderTest : public TextFileTest {
   void PutCnf(const std::vector<std::string>& lines) { platform_->SetFileText(CnfPath(), CrLf(lines)); }
   void PutDataXnf() { platform_->SetFileBytes(XnfPath(), DataFile("bordereau.bpx.xnf")); }
   void PutDataCnf() { platform_->SetFileBytes(CnfPath(), DataFile("bordereau.bpx.cnf")); }
-
-  // A read that fails with `messages` (the last one from the error handler, in `last_style`).
-  void ExpectFailure(const std::vector<std::string>& messages, MessageStyle last_style) {
-    EXPECT_FALSE(doc_->RestaurerMarquage());
-    ASSERT_EQ(platform_->messages().size(), messages.size());
-    for (size_t i = 0; i < messages.size(); ++i) {
-      ExpectMessage(i, messages[i], kDefaultMessageTitle, i + 1 == messages.size() ? last_style : MessageStyle::kPlain);
-    }
-    EXPECT_EQ(platform_->OpenFileCount(), 0u);
-  }
 
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
@@ -119,19 +117,13 @@ TEST_F(ReaderTest, FormatHelpers) {
       {"tab", "t"} /* TAB is compared exactly */};
   for (const auto& [text, separator] : separators) EXPECT_EQ(tf::SeparatorFromText(text), separator) << text;
 
-  for (const char* text : {"True", "true", "Vrai", "VRAI", "1", "-1"}) {
-    EXPECT_EQ(tf::ParseBoolText(text), std::optional<bool>(true)) << text;
-  }
-  for (const char* text : {"False", "Faux", "0", " 0 "}) EXPECT_EQ(tf::ParseBoolText(text), false) << text;
-  EXPECT_EQ(tf::ParseBoolText(""), std::nullopt);
-  EXPECT_EQ(tf::ParseBoolText("oui"), std::nullopt);
+  const std::pair<const char*, std::optional<bool>> bools[] = {
+      {"True", true}, {"true", true}, {"Vrai", true}, {"VRAI", true}, {"1", true}, {"-1", true}, {"False", false},
+      {"Faux", false}, {"0", false}, {" 0 ", false}, {"", std::nullopt}, {"oui", std::nullopt}};
+  for (const auto& [text, value] : bools) EXPECT_EQ(tf::ParseBoolText(text), value) << text;
 
-  EXPECT_TRUE(tf::IsMdnFileName("prix.MDN"));
-  EXPECT_TRUE(tf::IsMdnFileName("prix.mdn"));
-  EXPECT_FALSE(tf::IsMdnFileName("prix.Mdn"));
-  EXPECT_FALSE(tf::IsMdnFileName("MDN"));
-  EXPECT_TRUE(tf::IsKnownOrientation(2));
-  EXPECT_FALSE(tf::IsKnownOrientation(3));
+  EXPECT_TRUE(tf::IsMdnFileName("prix.MDN") && tf::IsMdnFileName("prix.mdn") && tf::IsKnownOrientation(2));
+  EXPECT_FALSE(tf::IsMdnFileName("prix.Mdn") || tf::IsMdnFileName("MDN") || tf::IsKnownOrientation(3));
 
   // Centimetres always carry a comma, pixels the locale's separator; both are read back.
   EXPECT_EQ(tf::PixelText(1520.5f), "1520,5");
@@ -144,42 +136,38 @@ TEST_F(ReaderTest, FormatHelpers) {
   EXPECT_EQ(test_util::ErrorNumberOf([] { tf::ParseFileNumber("abc"); }), kTypeMismatch);
 }
 
-// --- extended layout: the hand-written price schedule ---
+// --- the hand-written price schedule ---
 
-class ExtendedScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
+class ScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {
+ protected:
+  // Reads the hand-written schedule in `layout` and compares the reading with
+  // its description in the test's locale.
+  void ExpectRead(const std::string& layout) {
+    platform_->SetLocale(GetParam() ? Locale::Comma() : Locale::Point());
+    layout == "xnf" ? PutDataXnf() : PutDataCnf();
+    ASSERT_TRUE(layout == "xnf" ? doc_->RestaurerMarquage() : doc_->RestaurerMarquageStd());
+    EXPECT_TRUE(platform_->messages().empty() && platform_->OpenFileCount() == 0u);
+    test_util::ExpectDescribedAs(test_util::Describe(*doc_), "textfile/bordereau.bpx." + layout + "." +
+                                                                 (GetParam() ? "comma" : "point") + ".described.txt");
+    ExpectLinked(doc_);
+  }
+};
 
-TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
+TEST_P(ScheduleTest, Standard) {
+  // Calibration points are not in a type 1 file: they keep their values.
+  doc_->Type_calage = 2;
+  doc_->X1_pixel = 99;
+  ExpectRead("cnf");
+}
+
+TEST_P(ScheduleTest, Extended) {
   // Every value read (calibration, fonts, sources, rulers, fields in reading
   // order whatever the line order, inherited blank font columns, values
   // brought to the locale, escaped formulas) is in the description.
-  const bool comma = GetParam();
-  platform_->SetLocale(comma ? Locale::Comma() : Locale::Point());
-  PutDataXnf();
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(platform_->OpenFileCount(), 0u);
-  test_util::ExpectDescribedAs(test_util::Describe(*doc_), std::string("textfile/bordereau.bpx.xnf.") +
-                                                               (comma ? "comma" : "point") + ".described.txt");
+  ASSERT_NO_FATAL_FAILURE(ExpectRead("xnf"));
 
-  // Links: owners, rulers by identity, recurrent masters and their copies.
-  for (const auto& ruler : doc_->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc_);
-  for (long p = 1; p <= doc_->Pages.Count(); ++p) {
-    auto page = doc_->Pages.Item(p);
-    EXPECT_EQ(page->oOwnerMandor.lock(), doc_);
-    for (const auto& ruler : page->Regles_H) {
-      EXPECT_EQ(ruler->Page(), page);
-      EXPECT_EQ(ruler->oOwnerMandor(), doc_);
-    }
-    for (const auto& field : page->Champs) {
-      EXPECT_EQ(field->oOwnerPage.lock(), page);
-      EXPECT_EQ(field->oOwnerMandor(), doc_);
-      if (!field->Accrochage_H().empty()) {
-        EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H()));
-      }
-    }
-  }
-  auto page1 = doc_->Pages.Item(1);
-  EXPECT_EQ(page1->Champs.Item("L1_Montant")->oRegleV(), doc_->RegleV("Montant"));
+  // Rulers by identity, recurrent masters and their copies.
+  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Montant")->oRegleV(), doc_->RegleV("Montant"));
   auto report = doc_->ChampsRecurrents.Item("Report_Montant");
   EXPECT_EQ(report->oOwnerPage.lock(), nullptr);
   EXPECT_EQ(doc_->Champs.Item("Report_Montant"), report);
@@ -194,216 +182,86 @@ TEST_P(ExtendedScheduleTest, ReadsTheWholeSchedule) {
   EXPECT_EQ(copy3->Décimales(), 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(BothLocales, ExtendedScheduleTest, ::testing::Values(true, false), LocaleName);
+INSTANTIATE_TEST_SUITE_P(BothLocales, ScheduleTest, ::testing::Values(true, false), LocaleName);
 
-TEST_F(ReaderTest, ExtendedValuesWrittenInAPointLocale) {
+// Edited small markings, each read after the other into the same document
+// and described in tests/data/textfile/reader_edits.described.txt.
+TEST_F(ReaderTest, EditedExtendedMarkings) {
+  std::string transcript;
+  const auto read = [&](const std::string& label, const std::vector<std::string>& lines) {
+    PutXnf(lines);
+    const int16_t result = doc_->RestaurerMarquageEx();
+    transcript += "== " + label + "\n" + std::to_string(result) + "\n" + test_util::Describe(*doc_);
+    EXPECT_TRUE(platform_->messages().empty()) << label;
+  };
+  // Values written in a point locale: grouping removed, then formatted; the
+  // last field decides the data's separator. In a comma locale the point of
+  // the data is brought to a comma.
   platform_->SetLocale(Locale::Point());
   auto lines = Replaced(SmallXnf(), "c1=",
                         "c1=001_00001|L1_Qté|Arial|10|0|12.50|Qté|0|L1|0|1||2|800|850.5|1250|1500|1|0|False|False|"
                         "False|16777215||False");
-  PutXnf(Replaced(lines, "c2=",
-                  "c2=001_00002|L1_Montant|Arial|10|0|1,234.5|Qté|0|L1|0|1||1|800|850|1900|2250|1|0|False|False|"
-                  "False|16777215||False"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  auto page = doc_->Pages.Item(1);
-  EXPECT_EQ(page->Champs.Item("L1_Qté")->InitialValue(), "12.50");
-  EXPECT_FLOAT_EQ(page->Champs.Item("L1_Qté")->Position_pixel_Bottom, 850.5f);
-  EXPECT_EQ(page->Champs.Item("L1_Montant")->InitialValue(), "1,234.5") << "grouping removed, then formatted";
-  EXPECT_EQ(doc_->SepDecExt, ".") << "the last field decides";
-  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
-
-  // The same file in a comma locale: the point of the data is brought to a comma.
+  lines = Replaced(lines, "c2=",
+                   "c2=001_00002|L1_Montant|Arial|10|0|1,234.5|Qté|0|L1|0|1||1|800|850|1900|2250|1|0|False|False|"
+                   "False|16777215||False");
+  read("point values, point locale", lines);
   platform_->SetLocale(Locale::Comma());
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Qté")->InitialValue(), "12,50");
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Montant")->InitialValue(), std::string("1") + kNbsp + "234,5");
-}
+  read("point values, comma locale", lines);
 
-TEST_F(ReaderTest, ExtendedPresentationAndSourceDetails) {
-  // DefDevise as a code found in the catalogue's table gives its index.
+  // DefDevise as a code found in the catalogue's table gives its index. A
+  // separator "inconnu" leaves it unset, only the first character counts,
+  // keys ignore case; the MDN file is the last source ending in .MDN or
+  // .mdn (.Mdn does not count).
   auto catalogue = std::make_shared<cMarquage>();
   catalogue->oDevises = std::make_shared<Devises>();
   catalogue->oDevises->AddDevise("USD", "DOLLAR", "CENT");
   doc_->oOwnerMarquage(catalogue);
-  auto lines = Replaced(SmallXnf(), "DefDevise=", "DefDevise=USD");
-  PutXnf(Replaced(lines, "Nombre=0",  // the [Source] count (the first "Nombre=0" line)
-                  "Nombre=4\r\nDocument_1=a.txt\r\nSéparateur_1=inconnu\r\nDocument_2=b.mdn\r\nséparateur_2=;x\r\n"
-                  "DOCUMENT_3=c.MDN\r\nSéparateur_3=TAB\r\nDocument_4=d.Mdn\r\nSéparateur_4="));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->iDevise(), 1);
-  EXPECT_EQ(doc_->Devise(), "USD");
-  ASSERT_EQ(doc_->Docs.Count(), 4);
-  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "") << "inconnu leaves the separator unset";
-  EXPECT_EQ(doc_->Docs.Item(2)->Séparateur, ";") << "the first character only; keys ignore case";
-  EXPECT_EQ(doc_->Docs.Item(3)->Fichier, "c.MDN");
-  EXPECT_EQ(doc_->Docs.Item(3)->Séparateur, "\t");
-  EXPECT_EQ(doc_->Docs.Item(4)->Séparateur, "");
-  EXPECT_EQ(doc_->FichierMDN, "c.MDN") << "the last source ending in .MDN or .mdn; .Mdn does not count";
-
+  lines = Replaced(SmallXnf(), "DefDevise=", "DefDevise=USD");
+  read("currency code, sources",
+       Replaced(lines, "Nombre=0",  // the [Source] count (the first "Nombre=0" line)
+                "Nombre=4\r\nDocument_1=a.txt\r\nSéparateur_1=inconnu\r\nDocument_2=b.mdn\r\nséparateur_2=;x\r\n"
+                "DOCUMENT_3=c.MDN\r\nSéparateur_3=TAB\r\nDocument_4=d.Mdn\r\nSéparateur_4="));
   // A numeric DefDevise is the index itself; a code the table lacks is kept as the code.
-  PutXnf(Replaced(SmallXnf(), "DefDevise=", "DefDevise=1"));
   doc_->Devise("");
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->iDevise(), 1);
-  EXPECT_EQ(doc_->Devise(), "USD");
-  PutXnf(Replaced(SmallXnf(), "DefDevise=", "DefDevise=CHF"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->Devise(), "CHF");
-}
+  read("currency index", Replaced(SmallXnf(), "DefDevise=", "DefDevise=1"));
+  read("unknown currency code", Replaced(SmallXnf(), "DefDevise=", "DefDevise=CHF"));
 
-TEST_F(ReaderTest, ExtendedImageKeyAndEmptyPages) {
   // No "Image" key: the new page keeps its default; "Image=0" sets NoImage.
-  PutXnf(Replaced(SmallXnf(), "Image=", "Commentaire=sans image"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_FALSE(doc_->Pages.Item(1)->NoImage);
-  PutXnf(Replaced(SmallXnf(), "Image=", "Image=0"));
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(doc_->Pages.Item(1)->NoImage);
-
+  read("no image key", Replaced(SmallXnf(), "Image=", "Commentaire=sans image"));
+  read("no image", Replaced(SmallXnf(), "Image=", "Image=0"));
   // "[Pages]" with Nombre=0 loads a document without pages.
-  auto lines = SmallXnf();
+  lines = SmallXnf();
   lines.resize(27);  // up to and including "[Pages]"
   ASSERT_EQ(lines.back(), "[Pages]");
   lines.push_back("Nombre=0");
-  PutXnf(lines);
-  EXPECT_EQ(doc_->RestaurerMarquageEx(), -1);
-  EXPECT_EQ(doc_->Pages.Count(), 0);
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
+  read("no pages", lines);
+  read("no recurrent fields section", WithoutSection(SmallXnf(), tf::kSectionChampsRecurrents));
 
-  // Without "[Champs Récurrents]" the file loads too.
-  PutXnf(WithoutSection(SmallXnf(), tf::kSectionChampsRecurrents));
-  EXPECT_EQ(doc_->RestaurerMarquageEx(), -1);
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 2);
-  EXPECT_TRUE(platform_->messages().empty());
-}
-
-TEST_F(ReaderTest, ExtendedSkipsMalformedAndMissingRecords) {
+  // Malformed records are skipped: a field of 20 000 columns, a ruler of 10
+  // and one of 12, a field of 24; field 4 is missing, field 5 present with an
+  // empty last column (false); keys ignore case; two vertical rulers announced.
   std::string many_columns = "c2=001_00002|Large";
   for (int i = 0; i < 20000; ++i) many_columns += "|x";
-  auto lines = SmallXnf();
-  lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=5");
+  lines = Replaced(SmallXnf(), "Nombre_champs=", "Nombre_champs=5");
   lines = Replaced(lines, "c2=", many_columns);
   lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=3");
-  lines = Replaced(lines, "r1=", "R1=00001|L1|Arial|10|0|2|0|820|0|1|0");  // keys ignore case
-  lines.insert(lines.begin() + 31, "r3=00003|L3|Arial|10|0|2|0|990|0|1");  // 10 columns
-  lines.insert(lines.begin() + 25, "2=00002|Vide|Arial|10|0|2|1250|0|2|1|0|0");  // 12 columns
-  // 24 columns: skipped; line 4 missing; line 5 present.
+  lines = Replaced(lines, "r1=", "R1=00001|L1|Arial|10|0|2|0|820|0|1|0");
+  lines.insert(lines.begin() + 31, "r3=00003|L3|Arial|10|0|2|0|990|0|1");
+  lines.insert(lines.begin() + 25, "2=00002|Vide|Arial|10|0|2|1250|0|2|1|0|0");
   lines.push_back("c3=001_00003|Court|Arial|10|0||Qté|0|L1|0|1||2|800|850|1600|1700|1|0|False|False|False|0|");
   lines.push_back("C5=001_00005|L1_Dernier|Arial|10|0||Qté|0|L1|0|1||2|900|950|1250|1500|1|0|False|False|False|0||");
-  PutXnf(Replaced(lines, "Nombre=1", "Nombre=2"));  // two vertical rulers announced
+  read("malformed records", Replaced(lines, "Nombre=1", "Nombre=2"));
 
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
-  auto page = doc_->Pages.Item(1);
-  ASSERT_EQ(page->Regles_H.Count(), 1);
-  EXPECT_EQ(page->Regles_H.Item(1)->Nom, "L1");
-  EXPECT_EQ(Names(page->Champs), (std::vector<std::string>{"L1_Qté", "L1_Dernier"}));
-  EXPECT_EQ(page->Champs.Item("L1_Dernier")->NumChamp, 5);
-  EXPECT_FALSE(page->Champs.Item("L1_Dernier")->Transparent()) << "an empty last column reads as false";
-}
-
-// Mandatory sections: the message of CloseFileError, then the handler's.
-TEST_F(ReaderTest, ExtendedMissingSectionsFailWithTheirMessages) {
-  for (const char* header : {tf::kSectionCalage, tf::kSectionPresentation, tf::kSectionConstantes,
-                             tf::kSectionSource, tf::kSectionReglesVerticales, tf::kSectionPages}) {
-    SCOPED_TRACE(header);
-    platform_->ClearMessages();
-    doc_->Nom_Document(kName);
-    PutXnf(WithoutSection(SmallXnf(), header));
-    EXPECT_FALSE(doc_->RestaurerMarquage());
-    ASSERT_EQ(platform_->messages().size(), 2u);
-    ExpectMessage(0, "Section " + std::string(header) + " absente du fichier " + XnfPath(), "Erreur Fichier",
-                  MessageStyle::kExclamation);
-    ExpectMessage(1, "ERREUR dans RestaurerMarquageEx: Invalid procedure call or argument", kDefaultMessageTitle,
-                  MessageStyle::kCritical);
-    EXPECT_EQ(doc_->Nom_Document(), "") << "CloseFileError clears the name";
-    EXPECT_EQ(platform_->OpenFileCount(), 0u);
-    EXPECT_EQ(doc_->Pages.Count(), 0);
-  }
-  // What was read before the failure stays: here the rulers, not the pages.
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
-  EXPECT_FLOAT_EQ(doc_->TVA, 20.6f);
-
-  // A missing page section: the message names the page and no file.
-  platform_->ClearMessages();
-  doc_->Nom_Document(kName);
-  PutXnf(Replaced(SmallXnf(), "[Page 1]", "[Page 2]"));
-  EXPECT_EQ(doc_->RestaurerMarquageEx(), 0);
-  ASSERT_EQ(platform_->messages().size(), 2u);
-  ExpectMessage(0, "Section [Page 1] absente du fichier ", "Erreur Fichier", MessageStyle::kExclamation);
-}
-
-TEST_F(ReaderTest, ExtendedRunTimeErrorsGoToTheHandler) {
-  const auto ending_at = [](const std::string& last) {
-    auto lines = SmallXnf();
-    while (lines.back() != last) lines.pop_back();
-    return lines;
-  };
-  const std::pair<std::vector<std::string>, std::string> cases[] = {
-      {Replaced(SmallXnf(), "Type=", "Type=deux"), "Type mismatch"},
-      {Replaced(SmallXnf(), "TVA=", "TVA=vingt"), "Type mismatch"},
-      {Replaced(SmallXnf(), "Gras=", "Gras=peut-être"), "Type mismatch"},
-      {Replaced(SmallXnf(), "Points=", "Points=99999"), "Overflow"},
-      {Replaced(SmallXnf(), "Nombre_champs=", "Nombre_champs=3000000000"), "Overflow"},
-      {Replaced(SmallXnf(), "c1=",
-                "c1=001_00001|L1_Qté|Arial|dix|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"),
-       "Type mismatch"},
-      {Replaced(SmallXnf(), "c2=",
-                "c2=001_00002|L1_Qté|Arial|10|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"),
-       "This key is already associated with an element of this collection"},
-      {ending_at("[Pages]"), "Input past end of file"},  // a header as the last line
-      {ending_at("[Page 1]"), "Input past end of file"},
-  };
-  for (const auto& [lines, description] : cases) {
-    SCOPED_TRACE(lines.back());
-    platform_->ClearMessages();
-    PutXnf(lines);
-    ExpectFailure({"ERREUR dans RestaurerMarquageEx: " + description}, MessageStyle::kCritical);
-    EXPECT_EQ(doc_->Nom_Document(), kName) << "only CloseFileError clears the name";
-  }
-
-  // The file cannot be opened: the handler reports it and the model is untouched.
-  PutXnf(SmallXnf());
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  platform_->FailOn(MemoryPlatform::Operation::kOpenInput, ".xnf");
-  platform_->ClearMessages();
-  EXPECT_FALSE(doc_->RestaurerMarquage());
-  ExpectMessage(0, "ERREUR dans RestaurerMarquageEx: Path/File access error", kDefaultMessageTitle,
-                MessageStyle::kCritical);
-  EXPECT_EQ(doc_->Pages.Count(), 1);
-}
-
-TEST_F(ReaderTest, ExtendedHugeCountsCostNothing) {
-  // Two billion pages, one present: page 2 is missing.
-  PutXnf(Replaced(SmallXnf(), "[Pages]", "[Pages]\r\nNombre=2000000000"));  // read before "Nombre=1"
-  EXPECT_FALSE(doc_->RestaurerMarquage());
-  ASSERT_EQ(platform_->messages().size(), 2u);
-  ExpectMessage(0, "Section [Page 2] absente du fichier ", "Erreur Fichier", MessageStyle::kExclamation);
-  EXPECT_EQ(doc_->Pages.Count(), 1);
-
-  // Two billion rulers, fields, recurrent fields and sources: only the lines present count.
-  doc_->Nom_Document(kName);
-  platform_->ClearMessages();
-  auto lines = SmallXnf();
-  lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=2000000000");
+  // Two billion rulers, fields, recurrent fields and sources: only the lines
+  // present count, and a far number splits into nothing.
+  lines = Replaced(SmallXnf(), "Nombre_règles_h=", "Nombre_règles_h=2000000000");
   lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=2000000000");
   lines = Replaced(lines, "Nombre_ChampsRecurrents=", "Nombre_ChampsRecurrents=2000000000");
   lines = Replaced(lines, "Nombre=1", "Nombre=2000000000");  // vertical rulers
   lines = Replaced(lines, "Nombre=0", "Nombre=2000000000\r\nDocument_1=a.csv\r\nSéparateur_1=TAB");
-  lines.push_back("c1999999999=z");  // a far number that splits into nothing
-  PutXnf(lines);
-  ASSERT_TRUE(doc_->RestaurerMarquage());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(doc_->Regles_V.Count(), 1);
-  EXPECT_EQ(doc_->Pages.Item(1)->Regles_H.Count(), 1);
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 2);
-  EXPECT_EQ(doc_->ChampsRecurrents.Count(), 0);
-  ASSERT_GE(doc_->Docs.Count(), 1);
-  EXPECT_LE(doc_->Docs.Count(), 3) << "no more sources than the section has lines";
-  EXPECT_EQ(doc_->Docs.Item(1)->Fichier, "a.csv");
-  EXPECT_EQ(doc_->Docs.Item(1)->Séparateur, "\t");
-
+  lines.push_back("c1999999999=z");
+  read("huge counts", lines);
+  test_util::ExpectDescribedAs(transcript, "textfile/reader_edits.described.txt");
 }
 
 // --- choice of the layout ---
@@ -440,119 +298,98 @@ TEST_F(ReaderTest, RestaurerMarquageChoosesTheLayout) {
   EXPECT_EQ(doc->Pages.Count(), 2);
 }
 
-// --- standard layout ---
-
-class StandardScheduleTest : public ReaderTest, public ::testing::WithParamInterface<bool> {};
-
-TEST_P(StandardScheduleTest, ReadsTheWholeSchedule) {
-  // Calibration points are not in a type 1 file: they keep their values.
-  const bool comma = GetParam();
-  platform_->SetLocale(comma ? Locale::Comma() : Locale::Point());
-  doc_->Type_calage = 2;
-  doc_->X1_pixel = 99;
-  PutDataCnf();
-  ASSERT_TRUE(doc_->RestaurerMarquageStd());
-  EXPECT_TRUE(platform_->messages().empty());
-  EXPECT_EQ(platform_->OpenFileCount(), 0u);
-  test_util::ExpectDescribedAs(test_util::Describe(*doc_), std::string("textfile/bordereau.bpx.cnf.") +
-                                                               (comma ? "comma" : "point") + ".described.txt");
-
-  for (const auto& ruler : doc_->Regles_V) EXPECT_EQ(ruler->oOwnerMandor(), doc_);
-  for (const auto& page : doc_->Pages) {
-    EXPECT_EQ(page->oOwnerMandor.lock(), doc_);
-    for (const auto& ruler : page->Regles_H) EXPECT_EQ(ruler->Page(), page);
-    for (const auto& field : page->Champs) {
-      EXPECT_EQ(field->oOwnerPage.lock(), page);
-      EXPECT_EQ(field->oRegleH(), page->Regles_H.Item(field->Accrochage_H()));
-      EXPECT_EQ(field->oRegleV(), doc_->RegleV(field->Accrochage_V()));
+// Every failure of either reader: what the read returns, what it keeps and
+// every message word for word (tests/data/textfile/reader_failures.txt).
+// Mandatory sections of the extended layout fail through CloseFileError,
+// which clears the name, then the handler; run-time errors go to the
+// handler only; the standard reader's messages end the read.
+TEST_F(ReaderTest, FailuresAndTheirMessages) {
+  std::string transcript;
+  const auto read = [&](const std::string& label, const std::vector<std::string>& lines, bool extended) {
+    extended ? PutXnf(lines) : PutCnf(lines);
+    const bool result = doc_->RestaurerMarquage();
+    long fields = 0;
+    for (const auto& page : doc_->Pages) fields += page->Champs.Count();
+    transcript += "== " + label + "\n" + std::to_string(result) + " name=" + doc_->Nom_Document() +
+                  " pages=" + std::to_string(doc_->Pages.Count()) + " fields=" + std::to_string(fields) +
+                  " columns=" + std::to_string(doc_->Regles_V.Count()) + " sources=" +
+                  std::to_string(doc_->Docs.Count()) + " tva=" + std::to_string(doc_->TVA) +
+                  " open=" + std::to_string(platform_->OpenFileCount()) + "\n";
+    for (const auto& m : platform_->messages()) {
+      transcript += "[" + m.title + "|" + std::to_string(static_cast<int>(m.style)) + "] " +
+                    ReplaceAll(m.text, "\n", "\\n") + "\n";
     }
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(BothLocales, StandardScheduleTest, ::testing::Values(true, false), LocaleName);
-
-// Every message of the standard reader, word for word; the last one ends the read.
-TEST_F(ReaderTest, StandardMessagesWordForWord) {
-  const std::string file = CnfPath();
-  struct Case {
-    std::string prefix;
-    std::string replacement;
-    std::vector<std::string> messages;
-  };
-  const Case cases[] = {
-      {"[Calage]", "[Calibrage]", {"ERREUR: attendu [Calage], lu: [Calibrage]"}},
-      {"[Présentation]", "Présentation", {"ERREUR: attendu [Présentation], lu: Présentation"}},
-      {"[Constantes]", "[Constante]", {"ERREUR: attendu [Constantes], lu: [Constante]"}},
-      {"[Source]", "", {"ERREUR: attendu [Source], lu: "}},
-      {"[Règles verticales]", "[Regles verticales]",
-       {"ERREUR: attendu [Règles verticales], lu: [Regles verticales]"}},
-      {"[Pages]", "[Page]", {"ERREUR: attendu [Pages], lu: [Page]"}},
-      {"[Page 1]", "[Page 2]", {"ERREUR: attendu [Page 1 lu: [Page 2]"}},
-      {"Orientation=", "Orientation=7", {"ERREUR: orientation inconnue pour le document bordereau.bpx"}},
-      {"Type_document=", "Type_document=DQE",
-       {"ERREUR: type de document inconnu: DQE\nNom du document: bordereau.bpx"}},
-      {"1=", "1=00001|Qté|10,58|0|2|1250|0|2",
-       {"ERREUR de format à la lecture du paramètre 1 de la section Règles verticales\n"
-        "Valeur: 00001|Qté|10,58|0|2|1250|0|2\n8 paramètres au lieu de 9\nFichier: " + file}},
-      {"r1=", "r1=00001|L1|0|6,94|0|820|0|1|0",
-       {"ERREUR de format à la lecture du paramètre r1 de la page 1\nValeur: 00001|L1|0|6,94|0|820|0|1|0\n"
-        "9 paramètres trouvés au lieu de 8\nFichier: " + file}},
-      {"c1=", "c1=001_00001|L1_Qté",
-       {"ERREUR de format à la lecture du paramètre c1 de la page 1\nValeur: 001_00001|L1_Qté\n"
-        "2 paramètres trouvés au lieu de 18\nFichier: " + file}},
-      {"Nombre=1", "Nombre=2",  // vertical rulers: the next line is the [Pages] header
-       {"ERREUR, manque signe = dans la ligne: [Pages]\nAttendu: 2",
-        "ERREUR: impossible de retrouver la règle verticale 2"}},
-      {"Nombre_règles_h=", "Nombre_règles_h=2",
-       {"ERREUR: attendu: r2\nLu: Nombre_champs=1", "ERREUR: impossible de retrouver la règle horizontale 2 dans la page 1"}},
-      {"Nombre_champs=", "Nombre_champs=1000",  // the file ends after c1
-       {"ERREUR: impossible de retrouver le champ c2 dans la page 1"}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.replacement);
     platform_->ClearMessages();
-    PutCnf(Replaced(SmallCnf(), c.prefix, c.replacement));
-    ExpectFailure(c.messages, MessageStyle::kPlain);
-    EXPECT_EQ(doc_->Nom_Document(), kName);
+    doc_->Nom_Document(kName);
+  };
+  for (const char* header : {tf::kSectionCalage, tf::kSectionPresentation, tf::kSectionConstantes,
+                             tf::kSectionSource, tf::kSectionReglesVerticales, tf::kSectionPages}) {
+    read(std::string("without ") + header, WithoutSection(SmallXnf(), header), true);
   }
+  const auto ending_at = [](const std::string& last) {
+    auto lines = SmallXnf();
+    while (lines.back() != last) lines.pop_back();
+    return lines;
+  };
+  const std::pair<std::string, std::string> edits[] = {
+      {"[Page 1]", "[Page 2]"},
+      {"[Pages]", "[Pages]\r\nNombre=2000000000"},  // read before "Nombre=1": page 2 is missing
+      {"Type=", "Type=deux"},
+      {"TVA=", "TVA=vingt"},
+      {"Gras=", "Gras=peut-être"},
+      {"Points=", "Points=99999"},
+      {"Nombre_champs=", "Nombre_champs=3000000000"},
+      {"c1=", "c1=001_00001|L1_Qté|Arial|dix|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"},
+      {"c2=", "c2=001_00002|L1_Qté|Arial|10|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"},
+  };
+  for (const auto& [prefix, replacement] : edits) read(replacement, Replaced(SmallXnf(), prefix, replacement), true);
+  read("ending at [Pages]", ending_at("[Pages]"), true);  // a header as the last line
+  read("ending at [Page 1]", ending_at("[Page 1]"), true);
+  // The file cannot be opened: the model is untouched.
+  read("read", SmallXnf(), true);
+  platform_->FailOn(MemoryPlatform::Operation::kOpenInput, ".xnf");
+  read("cannot open", SmallXnf(), true);
+  platform_->ClearFailures();
+  platform_->DeleteFile(XnfPath());
 
+  const std::pair<std::string, std::string> standard_edits[] = {
+      {"[Calage]", "[Calibrage]"},
+      {"[Présentation]", "Présentation"},
+      {"[Constantes]", "[Constante]"},
+      {"[Source]", ""},
+      {"[Règles verticales]", "[Regles verticales]"},
+      {"[Pages]", "[Page]"},
+      {"[Page 1]", "[Page 2]"},
+      {"Orientation=", "Orientation=7"},
+      {"Type_document=", "Type_document=DQE"},
+      {"1=", "1=00001|Qté|10,58|0|2|1250|0|2"},
+      {"r1=", "r1=00001|L1|0|6,94|0|820|0|1|0"},
+      {"c1=", "c1=001_00001|L1_Qté"},
+      {"Nombre=1", "Nombre=2"},  // vertical rulers: the next line is the [Pages] header
+      {"Nombre_règles_h=", "Nombre_règles_h=2"},
+      {"Nombre_champs=", "Nombre_champs=1000"},  // the file ends after c1
+      {"TVA=", "TVA=vingt"},
+      {"Nombre_champs=", "Nombre_champs=99999999999"},
+      {"Nombre=0", "Nombre=2000000000"},  // two billion sources in a short file
+  };
+  for (const auto& [prefix, replacement] : standard_edits) {
+    read("standard " + replacement, Replaced(SmallCnf(), prefix, replacement), false);
+  }
+  auto truncated = SmallCnf();
+  truncated.resize(11);  // ends after TVA=20,6: the [Source] header is missing
+  read("standard truncated", truncated, false);
+  auto huge_pages = SmallCnf();
+  ASSERT_EQ(huge_pages[16], "[Pages]");
+  huge_pages[17] = "Nombre=2000000000";  // one page present, the file ends there
+  read("standard two billion pages", huge_pages, false);
   // Numbers above 999 keep all their digits; what was read before the failure stays.
-  platform_->ClearMessages();
   auto lines = Replaced(SmallCnf(), "Nombre_champs=", "Nombre_champs=1234");
   for (int i = 2; i <= 1233; ++i) {
     const std::string n = std::to_string(i);
     lines.push_back("c" + n + "=" + n + "|C" + n + "|0|0|0|0|Qté|0|L1|0|1||0|" + n + "|" + n + "|0|1|1");
   }
-  PutCnf(lines);
-  ExpectFailure({"ERREUR: impossible de retrouver le champ c1234 dans la page 1"}, MessageStyle::kPlain);
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Count(), 1233);
-}
-
-TEST_F(ReaderTest, StandardRunTimeErrorsAndBadInput) {
-  auto truncated = SmallCnf();
-  truncated.resize(11);  // ends after TVA=20,6: the [Source] header is missing
-  auto huge_pages = SmallCnf();
-  ASSERT_EQ(huge_pages[16], "[Pages]");
-  huge_pages[17] = "Nombre=2000000000";  // one page present, the file ends there
-  const std::pair<std::vector<std::string>, std::string> cases[] = {
-      {Replaced(SmallCnf(), "TVA=", "TVA=vingt"), "Type mismatch"},
-      {Replaced(SmallCnf(), "Nombre_champs=", "Nombre_champs=99999999999"), "Overflow"},
-      {truncated, "Input past end of file"},
-      {huge_pages, "Input past end of file"},
-      // Two billion sources in a short file: reading stops at the end of the file.
-      {Replaced(SmallCnf(), "Nombre=0", "Nombre=2000000000"), "Input past end of file"},
-  };
-  for (const auto& [lines, description] : cases) {
-    SCOPED_TRACE(description);
-    platform_->ClearMessages();
-    PutCnf(lines);
-    EXPECT_FALSE(doc_->RestaurerMarquage());
-    ASSERT_FALSE(platform_->messages().empty());
-    ExpectMessage(platform_->messages().size() - 1, "ERREUR dans RestaurerMarquageStd: " + description,
-                  kDefaultMessageTitle, MessageStyle::kCritical);
-    EXPECT_EQ(platform_->OpenFileCount(), 0u);
-    EXPECT_LT(doc_->Docs.Count(), 20);
-  }
+  read("standard 1234 fields", lines, false);
+  test_util::ExpectDescribedAs(transcript, "textfile/reader_failures.txt");
 }
 
 TEST_F(ReaderTest, ExtractProceduresNeedASharedDocument) {

@@ -47,12 +47,9 @@ class RoundTripTest : public TextFileTest, public ::testing::WithParamInterface<
 
 // Sheet-size calibration instead of reference points.
 void UseSheetSize(Mandor& doc) {
-  doc.Type_calage = 1;
-  doc.Orientation = 2;
-  doc.feuille_cm_largeur = 21;
-  doc.feuille_cm_hauteur = 29.7f;
-  doc.image_OrigineX_cm = -0.5f;
-  doc.image_OrigineY_cm = 1.25f;
+  std::tie(doc.Type_calage, doc.Orientation) = std::make_tuple(1, 2);
+  std::tie(doc.feuille_cm_largeur, doc.feuille_cm_hauteur, doc.image_OrigineX_cm, doc.image_OrigineY_cm) =
+      std::make_tuple(21.f, 29.7f, -0.5f, 1.25f);
   doc.X1_pixel = doc.Y1_pixel = doc.X2_pixel = doc.Y2_pixel = 0;
   doc.X1_cm = doc.Y1_cm = doc.X2_cm = doc.Y2_cm = 0;
 }

@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -17,15 +15,12 @@
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
 #include "mandor/util/memory_platform.h"
+#include "tests/test_util.h"
 
 namespace mandor::textfile_test {
 
 // The raw bytes of tests/data/textfile/<name>.
-inline std::string DataFile(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/textfile/" + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+inline std::string DataFile(const std::string& name) { return test_util::DataFile("textfile/" + name); }
 
 // The lines of a UTF-8 data file written with LF ends.
 inline std::vector<std::string> DataLines(const std::string& name) {
@@ -51,14 +46,6 @@ class TextFileTest : public ::testing::Test {
   TextFileTest() : platform_(std::make_shared<MemoryPlatform>(Locale::Comma())), scope_(platform_) {}
 
   std::string Bytes(const std::string& path) const { return platform_->FileBytes(path).value_or("<missing>"); }
-
-  void ExpectMessage(size_t index, const std::string& text, const std::string& title, MessageStyle style) {
-    ASSERT_LT(index, platform_->messages().size());
-    EXPECT_EQ(platform_->messages()[index].text, text);
-    EXPECT_EQ(platform_->messages()[index].title, title);
-    EXPECT_EQ(platform_->messages()[index].style, style);
-  }
-
   std::shared_ptr<MemoryPlatform> platform_;
   ScopedPlatform scope_;
 };
@@ -138,17 +125,14 @@ inline std::shared_ptr<Mandor> BuildPriceSchedule(const std::string& total_initi
   auto doc = std::make_shared<Mandor>();
   doc->Répertoire_Document = "marchés/";
   doc->Nom_Document("BPU Lot 1.bpx");  // Type_Document "Prix"
-  doc->Type_calage = 2;
-  doc->Orientation = 1;
+  std::tie(doc->Type_calage, doc->Orientation) = std::make_tuple(2, 1);
   std::tie(doc->X1_pixel, doc->Y1_pixel, doc->X1_cm, doc->Y1_cm) = std::make_tuple(120.f, 240.5f, 1.5f, 2.f);
   std::tie(doc->X2_pixel, doc->Y2_pixel, doc->X2_cm, doc->Y2_cm) = std::make_tuple(2400.f, 3300.f, 20.25f, 27.9f);
-  doc->bFondGrise = true;
+  std::tie(doc->bFondGrise, doc->champ_largeur_cm, doc->TVA) = std::make_tuple(true, 3.5f, 19.6f);
   doc->FonteName("Times New Roman");
   doc->FonteSize(11);
   doc->Font()->Italic(true);
   doc->Font()->Color(255);
-  doc->champ_largeur_cm = 3.5f;
-  doc->TVA = 19.6f;
   for (const auto& [fichier, separateur] : {std::pair{"Bordereau Prix.MDN", "\t"}, {"quantités.csv", ";"}}) {
     auto source = std::make_shared<Doc>();
     source->Fichier = fichier;

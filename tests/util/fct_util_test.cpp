@@ -69,17 +69,15 @@ TEST_F(FctUtilTest, EscapesAreOrderedAndAsymmetric) {
 
 TEST_F(FctUtilTest, NumberTextsFollowTheLocale) {
   EXPECT_TRUE(EstVirguleDecimale());
-  EXPECT_EQ(EnlèveSéparateurs("1 234,56"), "1234,56");
-  EXPECT_EQ(EnlèveSéparateurs("1,234.56"), "1234,56");
-  EXPECT_EQ(EnlèveSéparateurs("1\xC2\xA0" "234.5"), "1234,5");
-  EXPECT_EQ(NombreVersLocal("2.5"), "2,5");
-  EXPECT_EQ(NombreVersFichier("2,5"), "2,5");
+  EXPECT_EQ(EnlèveSéparateurs("1 234,56") + " " + EnlèveSéparateurs("1,234.56") + " " +
+                EnlèveSéparateurs("1\xC2\xA0" "234.5") + " " + NombreVersLocal("2.5") + " " + NombreVersFichier("2,5"),
+            "1234,56 1234,56 1234,5 2,5 2,5");
   platform_->SetLocale(Locale::Point());
   EXPECT_FALSE(EstVirguleDecimale());
-  EXPECT_EQ(EnlèveSéparateurs("1,234.56"), "1234.56");
-  EXPECT_EQ(EnlèveSéparateurs("1 234,56"), "1234,56") << "a lone comma is left for the caller";
-  EXPECT_EQ(NombreVersLocal("2,5"), "2.5");
-  EXPECT_EQ(NombreVersFichier("2.5"), "2,5");
+  // A lone comma is left for the caller.
+  EXPECT_EQ(EnlèveSéparateurs("1,234.56") + " " + EnlèveSéparateurs("1 234,56") + " " + NombreVersLocal("2,5") +
+                " " + NombreVersFichier("2.5"),
+            "1234.56 1234,56 2.5 2,5");
   EXPECT_EQ(RemplacerSi("a.b.c", ".", ",", true), "a,b,c");
   EXPECT_EQ(RemplacerSi("a.b.c", ".", ",", false), "a.b.c");
 }
@@ -96,11 +94,9 @@ TEST_F(FctUtilTest, ReadSectionAndFindValue) {
   EXPECT_EQ(ErrorNumberOf([&] { ReadSection(*last, "[Fin]"); }), kInputPastEndOfFile);
 
   // FindValue takes the first line whose key starts with the name.
-  EXPECT_EQ(FindValue(calage, " x1_PIXEL "), "10");
-  EXPECT_EQ(FindValue(calage, "X1"), "10");
-  EXPECT_EQ(FindValue(calage, "Y1"), "");
-  EXPECT_EQ(FindValue(StringArray{"", "Nom= a = b "}, "Nom"), " a = b ");
-  EXPECT_EQ(FindValue(StringArray{"", "Nom"}, "Nom"), "");
+  EXPECT_EQ(FindValue(calage, " x1_PIXEL ") + "|" + FindValue(calage, "X1") + "|" + FindValue(calage, "Y1") + "|" +
+                FindValue(StringArray{"", "Nom= a = b "}, "Nom") + "|" + FindValue(StringArray{"", "Nom"}, "Nom"),
+            "10|10|| a = b |");
   EXPECT_EQ(FindValue(StringArray{}, "Nom"), "0") << "an undimensioned array gives 0";
 }
 

@@ -1,3 +1,6 @@
+// The two platforms: the system one on a temporary folder and the in-memory
+// one, which the other tests run on. What they share is checked on both by
+// one function; each one's own behaviours follow.
 #include "mandor/util/platform.h"
 
 #include <gtest/gtest.h>
@@ -6,9 +9,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
-#include <optional>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -22,140 +26,116 @@ namespace {
 namespace fs = std::filesystem;
 using test_util::ErrorNumberOf;
 using Lines = std::vector<std::string>;
+using Op = MemoryPlatform::Operation;
 
-// A fresh directory under the system's temporary directory, removed at the end.
-class SystemPlatformTest : public ::testing::Test {
- protected:
-  SystemPlatformTest() { fs::create_directories(dir_ / "sub"); }
-  ~SystemPlatformTest() override {
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
-  }
+// Reads the whole file, checking the input-file behaviours on the way.
+Lines ReadAll(Platform& p, const std::string& path) {
+  auto file = p.OpenTextFile(path, OpenMode::kInput);
+  Lines lines;
+  while (!file->AtEnd()) lines.push_back(file->ReadLine());
+  EXPECT_EQ(ErrorNumberOf([&] { file->ReadLine(); }), kInputPastEndOfFile);
+  EXPECT_EQ(ErrorNumberOf([&] { file->WriteLine("x"); }), kBadFileMode);
+  file->Rewind();
+  EXPECT_EQ(lines.empty() ? "" : file->ReadLine(), lines.empty() ? "" : lines[0]);
+  return lines;
+}
 
-  std::string Path(const std::string& name) const { return (dir_ / name).string(); }
-  void WriteRaw(const std::string& name, const std::string& bytes) const {
-    std::ofstream(Path(name), std::ios::binary) << bytes;
-  }
-  std::string ReadRaw(const std::string& name) const {
-    std::ifstream in(Path(name), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
-  // Reads the whole file, checking the input-file behaviours on the way.
-  Lines ReadAll(const std::string& name) {
-    auto file = platform_.OpenTextFile(Path(name), OpenMode::kInput);
-    Lines lines;
-    while (!file->AtEnd()) lines.push_back(file->ReadLine());
-    EXPECT_EQ(ErrorNumberOf([&] { file->ReadLine(); }), kInputPastEndOfFile);
-    EXPECT_EQ(ErrorNumberOf([&] { file->WriteLine("x"); }), kBadFileMode);
-    file->Rewind();
-    if (!lines.empty()) {
-      EXPECT_EQ(file->ReadLine(), lines[0]);
-    }
-    return lines;
-  }
-
-  const fs::path dir_ = fs::temp_directory_path() /
-                        ("mandor_platform_test_" + std::to_string(::getpid()) + "_" +
-                         ::testing::UnitTest::GetInstance()->current_test_info()->name());
-  SystemPlatform platform_;
-};
-
-TEST_F(SystemPlatformTest, TextFilesUseWindows1252AndCrLf) {
-  auto out = platform_.OpenTextFile(Path("doc.xnf"), OpenMode::kOutput);
-  out->WriteLine("é€Œ");
-  out->WriteLine("");
-  out->WriteLine("中\x7F\u00FF");  // unencodable characters become "?"
+// What both platforms do alike, in the folder `dir` (ending in "/") holding
+// the folder "sub"; raw / set_raw read and write a file's bytes directly.
+void ExpectCommonBehaviour(Platform& p, const std::string& dir,
+                           const std::function<std::string(const std::string&)>& raw,
+                           const std::function<void(const std::string&, const std::string&)>& set_raw) {
+  // Text files are Windows-1252 with CR LF; unencodable characters become "?".
+  auto out = p.OpenTextFile(dir + "doc.xnf", OpenMode::kOutput);
+  for (const char* line : {"é€Œ", "", "中\x7F\u00FF"}) out->WriteLine(line);
   EXPECT_EQ(ErrorNumberOf([&] { out->ReadLine(); }), kBadFileMode);
   out->Close();
-  out->Close();
-  EXPECT_EQ(ReadRaw("doc.xnf"), "\xE9\x80\x8C\r\n\r\n?\x7F\xFF\r\n");
-  EXPECT_EQ(ReadAll("doc.xnf"), (Lines{"é€Œ", "", "?\x7F\u00FF"}));
-  platform_.OpenTextFile(Path("doc.xnf"), OpenMode::kOutput)->WriteLine("short");
-  EXPECT_EQ(ReadRaw("doc.xnf"), "short\r\n");  // output truncates
-
+  out->Close();  // harmless
+  EXPECT_EQ(raw(dir + "doc.xnf"), "\xE9\x80\x8C\r\n\r\n?\x7F\xFF\r\n");
+  EXPECT_EQ(ReadAll(p, dir + "doc.xnf"), (Lines{"é€Œ", "", "?\x7F\u00FF"}));
+  p.OpenTextFile(dir + "doc.xnf", OpenMode::kOutput)->WriteLine("short");
+  EXPECT_EQ(raw(dir + "doc.xnf"), "short\r\n");  // output truncates
+  // A bare CR belongs to its line; an empty line between two line ends counts.
   const struct { std::string bytes; Lines lines; } cases[] = {
-      {"one\ntwo\r\nthree", {"one", "two", "three"}}, {"a\r\n", {"a"}}, {"", {}}};
+      {"one\ntwo\r\nthree", {"one", "two", "three"}}, {"a\r\n", {"a"}}, {"", {}}, {"\r\n", {""}},
+      {"a\r\n\nb\rc\r\n\r\n", {"a", "", "b\rc", ""}}};
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.bytes);
-    WriteRaw("in.cnf", c.bytes);
-    EXPECT_EQ(ReadAll("in.cnf"), c.lines);
+    set_raw(dir + "in.cnf", c.bytes);
+    EXPECT_EQ(ReadAll(p, dir + "in.cnf"), c.lines) << c.bytes;
+  }
+  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile(dir + "none", OpenMode::kInput); }), kFileNotFound);
+
+  // Copy and rename replace their target; the missing fail.
+  set_raw(dir + "a", "A");
+  set_raw(dir + "b", "B");
+  EXPECT_TRUE(p.FileExists(dir + "a"));
+  EXPECT_FALSE(p.FileExists(dir + "sub"));  // folders are not files
+  p.CopyFile(dir + "a", dir + "b");
+  EXPECT_EQ(raw(dir + "b"), "A");
+  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile(dir + "none", dir + "c"); }), kFileNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile(dir + "a", dir + "sub"); }), kPathFileAccessError);
+  p.DeleteFile(dir + "b");
+  EXPECT_FALSE(p.FileExists(dir + "b"));
+  EXPECT_EQ(ErrorNumberOf([&] { p.DeleteFile(dir + "b"); }), kFileNotFound);
+  set_raw(dir + "t", "T");
+  p.RenameFile(dir + "a", dir + "t");
+  EXPECT_EQ(raw(dir + "t"), "A");
+  EXPECT_EQ(ErrorNumberOf([&] { p.RenameFile(dir + "a", dir + "u"); }), kFileNotFound);
+
+  // Listing: the files directly under the folder, sorted, with or without a
+  // final separator.
+  for (const char* name : {"b.xnf", "a.xnf", "C.cnf", "sub/inner"}) set_raw(dir + name, "");
+  for (const std::string& folder : {dir, dir.substr(0, dir.size() - 1)}) {
+    std::string names;
+    for (const FolderEntry& entry : p.ListFolder(folder)) names += entry.name + " ";
+    EXPECT_EQ(names, "C.cnf a.xnf b.xnf doc.xnf in.cnf t ") << folder;
+    EXPECT_EQ(fs::path(p.ListFolder(folder).at(1).path), fs::path(dir + "a.xnf"));
+  }
+  EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder(dir + "none"); }), kPathNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder(dir + "a.xnf"); }), kPathNotFound);
+
+  double previous = -1.0;
+  for (int i = 0; i < 1000; ++i) {
+    const double x = p.Random();
+    ASSERT_TRUE(x >= 0.0 && x < 1.0 && x != previous) << i << ": " << x;
+    previous = x;
   }
 }
 
-TEST_F(SystemPlatformTest, OpenErrors) {
-  const struct { std::string name; OpenMode mode; int error; } cases[] = {
-      {"none", OpenMode::kInput, kFileNotFound},
-      {"no/dir.txt", OpenMode::kOutput, kPathFileAccessError},
-      {"sub", OpenMode::kInput, kPathFileAccessError},
-      {"sub", OpenMode::kOutput, kPathFileAccessError}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(ErrorNumberOf([&] { platform_.OpenTextFile(Path(c.name), c.mode); }), c.error)
-        << c.name;
+TEST(SystemPlatformTest, FilesMessagesAndRandom) {
+  const fs::path dir = fs::temp_directory_path() / ("mandor_platform_test_" + std::to_string(::getpid()));
+  fs::create_directories(dir / "sub");
+  SystemPlatform platform;
+  ExpectCommonBehaviour(
+      platform, dir.string() + "/", test_util::ReadBytes, test_util::WriteBytes);
+  // Read-only files are deleted too; a folder cannot be deleted nor replaced.
+  fs::permissions(dir / "t", fs::perms::owner_read | fs::perms::group_read);
+  platform.DeleteFile((dir / "t").string());
+  EXPECT_FALSE(fs::exists(dir / "t"));
+  EXPECT_EQ(ErrorNumberOf([&] { platform.DeleteFile((dir / "sub").string()); }), kFileNotFound);
+  EXPECT_EQ(ErrorNumberOf([&] { platform.RenameFile((dir / "a.xnf").string(), (dir / "sub").string()); }),
+            kPathFileAccessError);
+  EXPECT_FALSE(platform.FileExists(""));
+  for (const auto& c : {std::pair{dir / "no/dir.txt", OpenMode::kOutput}, {dir / "sub", OpenMode::kInput},
+                        {dir / "sub", OpenMode::kOutput}}) {
+    EXPECT_EQ(ErrorNumberOf([&] { platform.OpenTextFile(c.first.string(), c.second); }), kPathFileAccessError)
+        << c.first;
   }
   // A device that is always full: the failure shows at the latest on Close.
   if (fs::exists("/dev/full")) {
-    auto full = platform_.OpenTextFile("/dev/full", OpenMode::kOutput);
-    EXPECT_EQ(ErrorNumberOf([&] {
-                full->WriteLine("x");
-                full->Close();
-              }),
-              kPathFileAccessError);
+    auto full = platform.OpenTextFile("/dev/full", OpenMode::kOutput);
+    EXPECT_EQ(ErrorNumberOf([&] { full->WriteLine("x"), full->Close(); }), kPathFileAccessError);
   }
-}
+  fs::remove_all(dir);
 
-TEST_F(SystemPlatformTest, CopyDeleteRename) {
-  WriteRaw("a", "A");
-  WriteRaw("b", "B");
-  EXPECT_TRUE(platform_.FileExists(Path("a")));
-  EXPECT_FALSE(platform_.FileExists(Path("sub")));  // folders are not files
-  EXPECT_FALSE(platform_.FileExists(""));
-  platform_.CopyFile(Path("a"), Path("b"));  // overwrites
-  EXPECT_EQ(ReadRaw("b"), "A");
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.CopyFile(Path("none"), Path("c")); }), kFileNotFound);
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.CopyFile(Path("a"), Path("sub")); }),
-            kPathFileAccessError);
-  fs::permissions(dir_ / "b", fs::perms::owner_read | fs::perms::group_read);
-  platform_.DeleteFile(Path("b"));  // read-only goes too
-  EXPECT_FALSE(fs::exists(dir_ / "b"));
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.DeleteFile(Path("b")); }), kFileNotFound);
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.DeleteFile(Path("sub")); }), kFileNotFound);
-  WriteRaw("t", "T");
-  platform_.RenameFile(Path("a"), Path("t"));  // replaces
-  EXPECT_EQ(ReadRaw("t"), "A");
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.RenameFile(Path("a"), Path("u")); }), kFileNotFound);
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.RenameFile(Path("t"), Path("sub")); }),
-            kPathFileAccessError);
-}
-
-TEST_F(SystemPlatformTest, ListFolderGivesSortedRegularFiles) {
-  for (const char* name : {"b.xnf", "a.xnf", "C.cnf"}) WriteRaw(name, "");
-  WriteRaw("sub/inner", "");
-  for (const std::string& folder : {dir_.string(), dir_.string() + "/"}) {
-    const std::vector<FolderEntry> entries = platform_.ListFolder(folder);
-    ASSERT_EQ(entries.size(), 3u);
-    EXPECT_EQ(entries[0].name + entries[1].name + entries[2].name, "C.cnfa.xnfb.xnf");
-    EXPECT_EQ(fs::path(entries[1].path), dir_ / "a.xnf");
-  }
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.ListFolder(Path("none")); }), kPathNotFound);
-  EXPECT_EQ(ErrorNumberOf([&] { platform_.ListFolder(Path("a.xnf")); }), kPathNotFound);
-}
-
-TEST_F(SystemPlatformTest, MessagesQuestionsAndRandom) {
   std::ostringstream captured;
   std::streambuf* saved = std::cerr.rdbuf(captured.rdbuf());
-  platform_.Message("Fichier absent", "Mandor", MessageStyle::kCritical);
-  const bool answer = platform_.AskYesNo("Écraser ?", "Mandor");
+  platform.Message("Fichier absent", "Mandor", MessageStyle::kCritical);
+  const bool answer = platform.AskYesNo("Écraser ?", "Mandor");
   std::cerr.rdbuf(saved);
   EXPECT_FALSE(answer);
   EXPECT_NE(captured.str().find("Mandor: Fichier absent"), std::string::npos);
   EXPECT_NE(captured.str().find("Mandor: Écraser ?"), std::string::npos);
-
-  double previous = -1.0;
-  for (int i = 0; i < 1000; ++i) {
-    const double x = platform_.Random();
-    ASSERT_TRUE(x >= 0.0 && x < 1.0 && x != previous) << i << ": " << x;
-    previous = x;
-  }
 }
 
 TEST(PlatformTest, LocaleFollowsEnvironmentAndCanBeSwitched) {
@@ -166,11 +146,13 @@ TEST(PlatformTest, LocaleFollowsEnvironmentAndCanBeSwitched) {
   ::setenv("LC_ALL", "C", 1);
   SystemPlatform plain;
   saved ? ::setenv("LC_ALL", saved->c_str(), 1) : ::unsetenv("LC_ALL");
-  EXPECT_EQ(french.locale().decimal_separator, ",");
-  EXPECT_EQ(french.locale().true_text, "Vrai");
+  EXPECT_EQ(french.locale().decimal_separator + french.locale().true_text, ",Vrai");
   EXPECT_EQ(plain.locale().decimal_separator, ".");
   french.SetLocale(Locale::Point());
   EXPECT_EQ(french.locale().decimal_separator, ".");
+  // The in-memory platform does not follow the environment unless asked.
+  EXPECT_EQ(MemoryPlatform().locale().decimal_separator, ".");
+  EXPECT_EQ(MemoryPlatform(Locale::Comma()).locale().decimal_separator, ",");
 }
 
 TEST(PlatformTest, CurrentPlatformIsSwitchedAndRestored) {
@@ -195,6 +177,156 @@ TEST(PlatformTest, CurrentPlatformIsSwitchedAndRestored) {
   EXPECT_NE(dynamic_cast<SystemPlatform*>(&CurrentPlatform()), nullptr);
   EXPECT_NE(CurrentPlatformPtr(), original);
   SetPlatform(original);
+}
+
+TEST(MemoryPlatformTest, FilesAsOnDisk) {
+  MemoryPlatform p;
+  p.CreateFolder("d/sub");
+  ExpectCommonBehaviour(
+      p, "d/", [&](const std::string& path) { return p.FileBytes(path).value_or("<missing>"); },
+      [&](const std::string& path, const std::string& bytes) { p.SetFileBytes(path, bytes); });
+  EXPECT_FALSE(p.FileLines("nowhere").has_value());
+
+  // Text set up as UTF-8 is stored in Windows-1252; an input keeps the
+  // content it had at open; reading after Close fails.
+  p.SetFileText("doc.xnf", "[Société]\r\nPrix=12,5 €\r\nŒuvre");
+  EXPECT_EQ(p.FileBytes("doc.xnf"), "[Soci\xE9t\xE9]\r\nPrix=12,5 \x80\r\n\x8Cuvre");
+  EXPECT_EQ(p.FileText("doc.xnf"), "[Société]\r\nPrix=12,5 €\r\nŒuvre");
+  auto in = p.OpenTextFile("doc.xnf", OpenMode::kInput);
+  EXPECT_EQ(in->ReadLine(), "[Société]");
+  p.SetFileText("doc.xnf", "changed");
+  EXPECT_EQ(in->ReadLine(), "Prix=12,5 €");
+  EXPECT_EQ(p.OpenFileCount(), 1u);
+  in->Close();
+  EXPECT_EQ(p.OpenFileCount(), 0u);
+  EXPECT_EQ(ErrorNumberOf([&] { in->ReadLine(); }), kBadFileNameOrNumber);
+
+  // Output is visible before Close; writing after it fails; destroying closes.
+  auto out = p.OpenTextFile("out.xnf", OpenMode::kOutput);
+  out->WriteLine("Œil=é");
+  EXPECT_EQ(p.FileBytes("out.xnf"), "\x8Cil=\xE9\r\n");
+  EXPECT_EQ(ErrorNumberOf([&] { out->Rewind(); }), kBadFileMode);
+  out->Close();
+  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("late"); }), kBadFileNameOrNumber);
+  { auto dropped = p.OpenTextFile("new.txt", OpenMode::kOutput); }
+  EXPECT_EQ(p.OpenFileCount(), 0u);
+  // An open output file keeps its content when renamed, as on POSIX.
+  auto moving = p.OpenTextFile("a.tmp", OpenMode::kOutput);
+  p.RenameFile("a.tmp", "a.xnf");
+  moving->WriteLine("x");
+  moving->Close();
+  EXPECT_EQ(p.FileBytes("a.xnf"), "x\r\n");
+  EXPECT_FALSE(p.FileExists("a.tmp"));
+
+  // Copying onto itself or a folder fails; read-only files refuse copies and
+  // writes, keep the flag when set up again and are deleted too.
+  p.SetFileBytes("e/c", "C");
+  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/t", "d/t"); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/t", "e"); }), kPathFileAccessError);
+  p.SetReadOnly("d/t");
+  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("e/c", "d/t"); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/t", OpenMode::kOutput); }), kPathFileAccessError);
+  p.SetFileBytes("d/t", "B2");
+  EXPECT_TRUE(p.IsReadOnly("d/t"));
+  p.DeleteFile("d/t");
+  EXPECT_EQ(ErrorNumberOf([&] { p.SetReadOnly("d/t"); }), kFileNotFound);
+  p.RenameFile("e/c", "e/c");
+  EXPECT_EQ(p.FileBytes("e/c"), "C");
+  // Listing: sub-folders and the top level; a prefix is no folder.
+  EXPECT_EQ(p.ListFolder("d/sub").at(0).path, "d/sub/inner");
+  EXPECT_EQ(p.ListFolder("").at(0).name, "a.xnf");
+  EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d/su"); }), kPathNotFound);
+  p.CreateFolder("deep/er");
+  EXPECT_TRUE(p.ListFolder("deep").empty());
+}
+TEST(MemoryPlatformTest, InjectedFailuresMatchOperationAndPath) {
+  MemoryPlatform p;
+  p.SetFileBytes("d/a.xnf", "x\r\n");
+  p.SetFileBytes("d/b.txt", "y\r\n");
+  p.FailOn(Op::kCopy, ".xak");
+  p.FailOn(Op::kDelete, "a.xnf", 70);
+  p.FailOn(Op::kRename, "b.txt");
+  p.FailOn(Op::kOpenInput, "b.txt", 53);
+  p.FailOn(Op::kOpenOutput, "c.xnf");
+  p.FailOn(Op::kList, "d");
+  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/a.xnf", "d/a.xak"); }), kPathFileAccessError);
+  EXPECT_FALSE(p.FileExists("d/a.xak"));
+  p.CopyFile("d/a.xnf", "d/a.bak");
+  EXPECT_EQ(ErrorNumberOf([&] { p.DeleteFile("d/a.xnf"); }), 70);
+  EXPECT_TRUE(p.FileExists("d/a.xnf"));
+  EXPECT_EQ(ErrorNumberOf([&] { p.RenameFile("d/a.xnf", "d/b.txt"); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/b.txt", OpenMode::kInput); }), 53);
+  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/a.xnf", OpenMode::kInput); }), 0);
+  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/c.xnf", OpenMode::kOutput); }),
+            kPathFileAccessError);
+  EXPECT_FALSE(p.FileExists("d/c.xnf"));
+  EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d"); }), kPathFileAccessError);
+  EXPECT_EQ(p.OpenFileCount(), 0u);
+  p.ClearFailures();
+  p.DeleteFile("d/a.xnf");
+  EXPECT_EQ(p.ListFolder("d").size(), 2u);
+}
+
+TEST(MemoryPlatformTest, WriteAndCloseFailures) {
+  MemoryPlatform p;
+  p.FailWriteAfter(2, ".xnf");
+  auto out = p.OpenTextFile("doc.xnf", OpenMode::kOutput);
+  auto other = p.OpenTextFile("doc.txt", OpenMode::kOutput);
+  out->WriteLine("1");
+  other->WriteLine("not counted");
+  out->WriteLine("2");
+  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("3"); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("4"); }), kPathFileAccessError);  // stays full
+  other->WriteLine("still fine");
+  out->Close();
+  other->Close();
+  EXPECT_EQ(p.FileBytes("doc.xnf"), "1\r\n2\r\n");  // truncated where it failed
+  EXPECT_EQ(p.FileLines("doc.txt"), (Lines{"not counted", "still fine"}));
+
+  p.ClearFailures();
+  p.FailWriteAfter(0);  // every path, from the first line
+  p.FailOn(Op::kClose, "doc");
+  auto again = p.OpenTextFile("doc.xnf", OpenMode::kOutput);
+  EXPECT_EQ(ErrorNumberOf([&] { again->WriteLine("x"); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { again->Close(); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { again->Close(); }), 0);  // closed despite the failure
+  EXPECT_EQ(p.OpenFileCount(), 0u);
+
+  p.ClearFailures();
+  p.FailOn(Op::kWrite, "", 61);
+  auto full = p.OpenTextFile("z", OpenMode::kOutput);
+  EXPECT_EQ(ErrorNumberOf([&] { full->WriteLine("x"); }), 61);
+}
+
+TEST(MemoryPlatformTest, RecordsMessagesScriptsAnswersAndRandom) {
+  MemoryPlatform p;
+  p.Message("Fichier introuvable", "Mandor", MessageStyle::kCritical);
+  EXPECT_FALSE(p.AskYesNo("Écraser ?", "Mandor"));  // No by default
+  p.SetAnswer(true);
+  p.QueueAnswer(false);
+  EXPECT_FALSE(p.AskYesNo("q2", ""));
+  EXPECT_TRUE(p.AskYesNo("q3", ""));
+  ASSERT_EQ(p.messages().size(), 1u);  // questions are kept apart
+  EXPECT_EQ(p.messages()[0].title, "Mandor");
+  EXPECT_EQ(p.messages()[0].style, MessageStyle::kCritical);
+  ASSERT_EQ(p.questions().size(), 3u);
+  EXPECT_EQ(p.questions()[0].style, MessageStyle::kQuestion);
+  p.ClearMessages();
+  EXPECT_TRUE(p.messages().empty() && p.questions().empty());
+
+  // Random is deterministic per seed, in [0, 1), and queued values come first.
+  MemoryPlatform b;
+  double previous = -1.0;
+  for (int i = 0; i < 1000; ++i) {
+    const double x = p.Random();
+    ASSERT_TRUE(x >= 0.0 && x < 1.0 && x != previous && x == b.Random()) << i << ": " << x;
+    previous = x;
+  }
+  p.SeedRandom(42);
+  b.SeedRandom(42);
+  p.QueueRandom({0.25});
+  EXPECT_EQ(p.Random(), 0.25);
+  EXPECT_EQ(p.Random(), b.Random());
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // Adding an engagement act to a catalogue (cMarquage::XML_AddNewAE).
 
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,22 +19,15 @@ constexpr const char* kPath = "lots/lot3.xml";
 // A catalogue of the given images ("mn1:DQE", "mn2:AE", ...), with a worksheet
 // row that carries an mn:iRow of each.
 std::string Catalogue(const std::vector<std::string>& images) {
-  std::ostringstream xml;
-  xml << "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
-         "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
-         " <mn:MANDOR mn:Name=\"Lot 5\">\n";
+  std::string xml, row;
   for (const std::string& image : images) {
-    const std::string id = image.substr(0, image.find(':'));
-    const std::string type = image.substr(image.find(':') + 1);
-    xml << "  <mn:Image mn:ID=\"" << id << "\" mn:Name=\"" << type << " " << id << ".pdf\" mn:Type=\"" << type
-        << "\" mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>\n";
+    const std::string id = image.substr(0, image.find(':')), type = image.substr(image.find(':') + 1);
+    xml += "<mn:Image mn:ID=\"" + id + "\" mn:Name=\"" + type + " " + id + ".pdf\" mn:Type=\"" + type +
+           "\" mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>";
+    row += "<mn:iRow mn:ID=\"" + id + "\" mn:Name=\"L1\" mn:Y=\"10\" mn:Page=\"1\"/>";
   }
-  xml << "  <mn:Extra/>\n </mn:MANDOR>\n <Worksheet ss:Name=\"Lot 5\"><Table><Row>";
-  for (const std::string& image : images) {
-    xml << "<mn:iRow mn:ID=\"" << image.substr(0, image.find(':')) << "\" mn:Name=\"L1\" mn:Y=\"10\" mn:Page=\"1\"/>";
-  }
-  xml << "<Cell><Data ss:Type=\"String\">L1</Data></Cell></Row></Table></Worksheet>\n</Workbook>\n";
-  return xml.str();
+  return xml_test::Workbook(xml + "<mn:Extra/>",
+                            "<Row>" + row + "<Cell><Data ss:Type=\"String\">L1</Data></Cell></Row>");
 }
 
 class EngagementTest : public xml_test::CatalogueFixture {
@@ -50,6 +41,10 @@ class EngagementTest : public xml_test::CatalogueFixture {
     return act;
   }
   std::unique_ptr<WorkbookDocument> Saved() const { return CatalogueFixture::Saved(kPath); }
+  // Expects the saved catalogue to be tests/data/xml/saved/<name>.
+  void ExpectSaved(const std::string& name) const {
+    test_util::ExpectDescribedAs(Bytes(kPath), "xml/saved/" + name);
+  }
   static std::vector<std::string> ImageIds(const WorkbookDocument& workbook) {
     std::vector<std::string> ids;
     for (const auto& image : XmlSelectNodes(workbook.document(), "Workbook/mn:MANDOR/mn:Image")) {
@@ -71,37 +66,17 @@ TEST_F(EngagementTest, FirstActTakesTheFirstFreeNumberAndIsWritten) {
   auto act = NewAct();
   auto result = catalogue->XML_AddNewAE(act, pdf_);
   ASSERT_EQ(result, act);
-  EXPECT_EQ(act->Id, "mn3");
   EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn2", "mn3"}));
   EXPECT_EQ(catalogue->Item("mn3"), act);
   EXPECT_EQ(act->oOwnerMarquage(), catalogue);
   EXPECT_EQ(act->numero_page, 1);
-  EXPECT_EQ(act->Type_Document, act->DOCUMENT_AE());
-
-  // Pages from the image object, keyed page_1 to page_3.
-  ASSERT_EQ(act->Pages.Count(), 3);
   EXPECT_EQ(pdf_.selected(), (std::vector<int16_t>{1, 2, 3}));
-  auto page2 = act->Pages.Item("page_2");
-  EXPECT_EQ(page2->Id, "2");
-  EXPECT_FLOAT_EQ(page2->Width, 2480.5f);
-  EXPECT_FLOAT_EQ(page2->Height, 3508);
-  EXPECT_EQ(page2->hResolution(), 300);
-  EXPECT_EQ(page2->vResolution(), 301);
-  EXPECT_EQ(page2->oOwnerMandor.lock(), act);
-  EXPECT_EQ(act->Pages.Item("page_3")->Id, "3");
-
-  // The file: a new mn:Image last under mn:MANDOR, attributes in order.
-  auto saved = Saved();
-  const pugi::xml_node mandor = XmlSelectNode(saved->document(), "Workbook/mn:MANDOR");
-  const pugi::xml_node image = mandor.last_child();
-  ASSERT_STREQ(image.name(), "mn:Image");
-  EXPECT_EQ(xml_test::Attributes(image),
-            "mn:ID=mn3 mn:Name=AE Lot5.pdf mn:Count=0 mn:Type=AE mn:Orientation=1 mn:H=42.5 mn:Devise=EUR ");
-  const auto pages = XmlSelectNodes(image, "mn:iPage");
-  ASSERT_EQ(pages.size(), 3u);
-  EXPECT_EQ(xml_test::Attributes(pages[1]), "mn:ID=2 mn:Width=2480.5 mn:Height=3508 mn:XRes=300 mn:YRes=301 ");
-  EXPECT_FALSE(image.child("mn:iFont"));
-  EXPECT_FALSE(image.child("mn:iCol"));
+  // Pages from the image object, keyed page_1 to page_3.
+  test_util::ExpectDescribedAs(test_util::Describe(*act), "xml/first_act.described.txt");
+  EXPECT_EQ(act->Pages.Item("page_2")->oOwnerMandor.lock(), act);
+  // The file: a new mn:Image last under mn:MANDOR, attributes in order, no
+  // font and no columns.
+  ExpectSaved("first_act.xml");
 
   // The saved catalogue reads back with the act.
   auto reread = Read(kPath);
@@ -119,47 +94,37 @@ TEST_F(EngagementTest, NewActReplacesTheFormerOne) {
   EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
   EXPECT_EQ(catalogue->Item("mn2"), act);
   EXPECT_NE(catalogue->Item("mn2"), former);
-  auto saved = Saved();
-  EXPECT_EQ(ImageIds(*saved), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
-  EXPECT_STREQ(
-      XmlSelectNode(saved->document(), "Workbook/mn:MANDOR/mn:Image[@mn:ID='mn2']").attribute("mn:Name").value(),
-      "AE Lot5.pdf");
   // The former act's worksheet elements stay.
-  EXPECT_TRUE(XmlSelectNode(saved->document(), "Workbook/Worksheet/Table/Row/mn:iRow[@mn:ID='mn2']"));
-  EXPECT_TRUE(XmlSelectNode(saved->document(), "Workbook/mn:MANDOR/mn:Extra"));
+  ExpectSaved("replaced_act.xml");
 
   // Replacing it once more keeps mn2.
   auto next = NewAct();
   ASSERT_EQ(catalogue->XML_AddNewAE(next, pdf_), next);
   EXPECT_EQ(next->Id, "mn2");
   EXPECT_EQ(catalogue->Count(), 3);
-  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
+  ExpectSaved("replaced_act.xml");
 }
 
 TEST_F(EngagementTest, NumberingCountsUpFromTheFormerAct) {
-  // mn1 is the act: the new one is mn1 again.
-  auto catalogue = ReadCatalogue(Catalogue({"mn1:PC", "mn2:DQE"}));
-  auto act = NewAct();
-  ASSERT_NE(catalogue->XML_AddNewAE(act, pdf_), nullptr);
-  EXPECT_EQ(act->Id, "mn1");
-  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn2", "mn1"}));
-
-  // The act mn2 of a file that also holds mn3 and mn4 is replaced by mn2.
-  catalogue = ReadCatalogue(Catalogue({"mn4:DQE", "mn2:AE", "mn3:BPU"}));
-  auto second = NewAct();
-  second->Devise("");
-  ASSERT_NE(catalogue->XML_AddNewAE(second, pdf_), nullptr);
-  EXPECT_EQ(second->Id, "mn2");
-  // An act without currency gets index 0 and an empty "mn:Devise".
-  EXPECT_EQ(second->iDevise(), 0);
-  EXPECT_STREQ(XmlSelectNode(Saved()->document(), "//mn:Image[@mn:ID='mn2']").attribute("mn:Devise").value(), "");
-
-  // Without a former act, the first number from 1 that no image uses.
-  catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn3:BPU"}));
-  auto third = NewAct();
-  ASSERT_NE(catalogue->XML_AddNewAE(third, pdf_), nullptr);
-  EXPECT_EQ(third->Id, "mn2");
-  EXPECT_EQ(ImageIds(*Saved()), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
+  // The act is replaced under its own number (mn1 of "PC" too, mn2 beside
+  // mn3 and mn4); without a former act, the first number from 1 that no
+  // image uses. An act without currency gets index 0 and an empty "mn:Devise".
+  const struct { std::vector<std::string> images; const char* id; std::vector<std::string> saved; } cases[] = {
+      {{"mn1:PC", "mn2:DQE"}, "mn1", {"mn2", "mn1"}},
+      {{"mn4:DQE", "mn2:AE", "mn3:BPU"}, "mn2", {"mn4", "mn3", "mn2"}},
+      {{"mn1:DQE", "mn3:BPU"}, "mn2", {"mn1", "mn3", "mn2"}}};
+  for (const auto& c : cases) {
+    auto catalogue = ReadCatalogue(Catalogue(c.images));
+    auto act = NewAct();
+    act->Devise("");
+    ASSERT_NE(catalogue->XML_AddNewAE(act, pdf_), nullptr);
+    EXPECT_EQ(act->Id, c.id);
+    EXPECT_EQ(act->iDevise(), 0);
+    auto saved = Saved();
+    EXPECT_EQ(ImageIds(*saved), c.saved);
+    EXPECT_STREQ(XmlSelectNode(saved->document(), "//mn:Image[@mn:ID='" + std::string(c.id) + "']")
+                     .attribute("mn:Devise").value(), "");
+  }
 }
 
 TEST_F(EngagementTest, Failures) {
@@ -216,12 +181,8 @@ TEST_F(EngagementTest, ActOfTheHandWrittenTender) {
   FixedImagePdf pdf("AE Lot3 v2.pdf", {{1653, 2339, 200, 200}});
   ASSERT_NE(catalogue->XML_AddNewAE(act, pdf), nullptr);
   EXPECT_EQ(act->Id, "mn3");
-  auto saved = Saved();
-  EXPECT_EQ(ImageIds(*saved), (std::vector<std::string>{"mn1", "mn2", "mn3"}));
-  EXPECT_STREQ(XmlSelectNode(saved->document(), "//mn:Image[@mn:ID='mn3']").attribute("mn:Name").value(),
-               "AE Lot3 v2.pdf");
   // The other documents' elements are untouched.
-  EXPECT_TRUE(XmlSelectNode(saved->document(), "//mn:Image[@mn:ID='mn1']/mn:DataContrat"));
+  ExpectSaved("tender_act.xml");
 }
 
 }  // namespace

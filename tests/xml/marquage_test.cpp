@@ -4,10 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <pugixml.hpp>
@@ -16,42 +15,31 @@
 #include "mandor/util/memory_platform.h"
 #include "mandor/xml/marquage.h"
 #include "tests/test_util.h"
+#include "tests/textfile/textfile_test_util.h"
 
 namespace mandor {
 namespace {
 
 using test_util::ErrorNumberOf;
 
-std::string TextMarking(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/textfile/" + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 class MarquageTest : public ::testing::Test {
  protected:
   std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
   ScopedPlatform scope_{platform_};
   std::shared_ptr<cMarquage> catalogue_ = std::make_shared<cMarquage>();
+  // Full path, folder, file and name.
+  std::string Where() const {
+    return catalogue_->FullPath() + "|" + catalogue_->Path() + "|" + catalogue_->File() + "|" + catalogue_->Name();
+  }
 };
 
 TEST_F(MarquageTest, FullPathDerivesFolderFileAndName) {
-  catalogue_->FullPath("C:\\Lots\\Lot 12.final.cnf");
-  EXPECT_EQ(catalogue_->FullPath(), "C:\\Lots\\Lot 12.final.cnf");
-  EXPECT_EQ(catalogue_->Path(), "C:\\Lots\\");
-  EXPECT_EQ(catalogue_->File(), "Lot 12.final.cnf");
-  EXPECT_EQ(catalogue_->Name(), "Lot 12.final");
-
   // Without a separator only the full path changes.
-  catalogue_->FullPath("other.xml");
-  EXPECT_EQ(catalogue_->FullPath(), "other.xml");
-  EXPECT_EQ(catalogue_->Path(), "C:\\Lots\\");
-  EXPECT_EQ(catalogue_->File(), "Lot 12.final.cnf");
-  EXPECT_EQ(catalogue_->Name(), "Lot 12.final");
-
-  catalogue_->FullPath("/srv/lots/catalogue");
-  EXPECT_EQ(catalogue_->Path(), "/srv/lots/");
-  EXPECT_EQ(catalogue_->Name(), "catalogue");
+  const std::pair<const char*, const char*> cases[] = {
+      {"C:\\Lots\\Lot 12.final.cnf", "C:\\Lots\\Lot 12.final.cnf|C:\\Lots\\|Lot 12.final.cnf|Lot 12.final"},
+      {"other.xml", "other.xml|C:\\Lots\\|Lot 12.final.cnf|Lot 12.final"},
+      {"/srv/lots/catalogue", "/srv/lots/catalogue|/srv/lots/|catalogue|catalogue"}};
+  for (const auto& [path, where] : cases) EXPECT_EQ((catalogue_->FullPath(path), Where()), where);
   catalogue_->Name("Électricité");
   EXPECT_EQ(catalogue_->Name(), "Électricité");
 }
@@ -69,12 +57,11 @@ TEST_F(MarquageTest, FolderScanListsTextMarkings) {
 }
 
 TEST_F(MarquageTest, AddRestoresTextMarkings) {
-  platform_->SetFileBytes("marquages/bordereau.bpx.xnf", TextMarking("bordereau.bpx.xnf"));
+  platform_->SetFileBytes("marquages/bordereau.bpx.xnf", textfile_test::DataFile("bordereau.bpx.xnf"));
   const auto restored = catalogue_->Add("k1", "bordereau.bpx", "marquages/");
-  EXPECT_EQ(restored->numero_page, 1);
-  EXPECT_EQ(restored->Id, "k1");
+  EXPECT_EQ(std::tie(restored->numero_page, restored->Id, restored->Répertoire_Document),
+            std::make_tuple(1, "k1", "marquages/"));
   EXPECT_EQ(restored->Nom_Document(), "bordereau.bpx");
-  EXPECT_EQ(restored->Répertoire_Document, "marquages/");
   EXPECT_EQ(restored->oOwnerMarquage(), catalogue_);
   EXPECT_GT(restored->Champs.Count(), 0);
 
@@ -102,10 +89,8 @@ TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElement) {
   std::vector<pugi::xml_node> images(doc.first_child().begin(), doc.first_child().end());
 
   const auto ae = catalogue_->AddItemWithNode(images[0], "C:\\Lots");
-  EXPECT_EQ(ae->Id, "mn1");
+  EXPECT_EQ(std::tie(ae->Id, ae->Type_Document, ae->Répertoire_Document), std::make_tuple("mn1", "AE", "C:\\Lots\\"));
   EXPECT_EQ(ae->Nom_Document(), "Lot1");
-  EXPECT_EQ(ae->Type_Document, "AE");
-  EXPECT_EQ(ae->Répertoire_Document, "C:\\Lots\\");
   EXPECT_EQ(ae->oOwnerMarquage(), catalogue_);
   EXPECT_EQ(ae->Font()->ParentFont1, catalogue_->Font);
 

@@ -4,9 +4,7 @@
 #ifndef MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 #define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -24,19 +22,15 @@
 namespace mandor::xml_test {
 
 // The bytes of tests/data/xml/<name>.
-inline std::string DataFile(const std::string& name) {
-  std::ifstream in(std::string(MANDOR_TEST_DATA_DIR) + "/xml/" + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
+inline std::string DataFile(const std::string& name) { return test_util::DataFile("xml/" + name); }
 
-// The attributes of an element as "name=value " pairs, in order.
-inline std::string Attributes(const pugi::xml_node& node) {
-  std::string out;
-  for (const pugi::xml_attribute& a : node.attributes()) out += std::string(a.name()) + "=" + a.value() + " ";
-  return out;
+// A workbook with the header attributes `header`, the mn:Image elements
+// `images` and the rows `rows` of the sheet "Lot".
+inline std::string Workbook(const std::string& images, const std::string& rows, const std::string& header = "") {
+  return "<?xml version=\"1.0\"?>\n<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
+         " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
+         "<mn:MANDOR mn:Name=\"Lot\"" + header + ">" + images + "</mn:MANDOR>\n"
+         "<Worksheet ss:Name=\"Lot\"><Table>" + rows + "</Table></Worksheet>\n</Workbook>\n";
 }
 
 // Rulers are keyed by their Id; tests look them up by name.
