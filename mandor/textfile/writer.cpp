@@ -7,6 +7,7 @@
 // the same folder, which replaces the marking only once it is complete and
 // closed. A save that fails part-way leaves the previous marking as it was.
 
+#include <charconv>
 #include <exception>
 #include <initializer_list>
 #include <memory>
@@ -57,17 +58,60 @@ std::string KeyLine(std::string_view key, std::string_view value) {
   return line;
 }
 
+// One column of a record: a text, or a number written straight into the
+// record instead of into a string of its own (a field record has 25
+// columns, most of them numbers).
+struct Int {
+  long long value;
+};
+struct Pixel {
+  float value;
+};
+class Column {
+ public:
+  // Implicit, so that a record is written as the list of its columns.
+  Column(std::string_view text) : text_(text) {}
+  Column(const std::string& text) : text_(text) {}
+  Column(const char* text) : text_(text) {}
+  Column(Int number) : kind_(Kind::kInt), int_(number.value) {}
+  Column(Pixel number) : kind_(Kind::kPixel), pixel_(number.value) {}
+
+  void AppendTo(std::string& record) const {
+    switch (kind_) {
+      case Kind::kText:
+        record.append(text_);
+        break;
+      case Kind::kInt: {
+        char buffer[24];
+        const auto result = std::to_chars(buffer, buffer + sizeof buffer, int_);
+        record.append(buffer, result.ptr);
+        break;
+      }
+      case Kind::kPixel:
+        AppendSingleText(record, pixel_, CurrentPlatform().locale());  // as PixelText writes it
+        break;
+    }
+  }
+
+ private:
+  enum class Kind { kText, kInt, kPixel };
+  Kind kind_ = Kind::kText;
+  std::string_view text_;
+  long long int_ = 0;
+  float pixel_ = 0;
+};
+
 // Appends columns to a record, each after the record separator unless it is
 // the record's first.
-void AppendColumns(std::string& record, std::initializer_list<std::string_view> columns, bool first) {
-  for (const std::string_view column : columns) {
+void AppendColumns(std::string& record, std::initializer_list<Column> columns, bool first) {
+  for (const Column& column : columns) {
     if (!first) record.append(kRecordSeparator, sizeof kRecordSeparator - 1);
-    record += column;
+    column.AppendTo(record);
     first = false;
   }
 }
 
-std::string Join(std::initializer_list<std::string_view> columns) {
+std::string Join(std::initializer_list<Column> columns) {
   std::string record;
   AppendColumns(record, columns, true);
   return record;
@@ -103,9 +147,9 @@ std::string FormulaText(const CChamp& champ) {
 // --- records ---
 
 std::string RulerRecord(const CRegle& r) {
-  return Join({r.Id, r.Nom, r.FontName(), IntText(r.FontSize()), IntText(r.FontSpecial()), IntText(r.Décimales),
-               PixelText(r.Position_pixel_X), PixelText(r.Position_pixel_Y), CentimetreText(r.largeur_cm),
-               IntText(r.Imprimable), "0"});
+  return Join({r.Id, r.Nom, r.FontName(), Int{r.FontSize()}, Int{r.FontSpecial()}, Int{r.Décimales},
+               Pixel{r.Position_pixel_X}, Pixel{r.Position_pixel_Y}, CentimetreText(r.largeur_cm),
+               Int{r.Imprimable}, "0"});
 }
 
 // Appends the 23 columns shared by page fields and recurrent fields; column
@@ -115,26 +159,26 @@ void AppendFieldColumns(std::string& record, const CChamp& c, std::string_view v
                 {c.Id,
                  c.Nom(),
                  c.FontName(),
-                 IntText(c.FontSize()),
-                 IntText(c.FontSpecial()),
+                 Int{c.FontSize()},
+                 Int{c.FontSpecial()},
                  value_text,
                  c.Accrochage_V(),
-                 IntText(c.Accrochage_V_Type()),
+                 Int{c.Accrochage_V_Type()},
                  c.Accrochage_H(),
-                 IntText(c.Accrochage_H_Type),
-                 IntText(c.Type_Champ()),
+                 Int{c.Accrochage_H_Type},
+                 Int{c.Type_Champ()},
                  FormulaText(c),
-                 IntText(c.Décimales()),
-                 PixelText(c.Position_pixel_Top),
-                 PixelText(c.Position_pixel_Bottom),
-                 PixelText(c.Position_pixel_Left),
-                 PixelText(c.Position_pixel_Right),
-                 IntText(c.Imprimable()),
-                 IntText(c.FontColor()),
+                 Int{c.Décimales()},
+                 Pixel{c.Position_pixel_Top},
+                 Pixel{c.Position_pixel_Bottom},
+                 Pixel{c.Position_pixel_Left},
+                 Pixel{c.Position_pixel_Right},
+                 Int{c.Imprimable()},
+                 Int{c.FontColor()},
                  BoolText(c.Bold()),
                  BoolText(c.StrikeThrough()),
                  BoolText(c.Underligne()),
-                 IntText(c.BackColor())},
+                 Int{c.BackColor()}},
                 true);
 }
 
@@ -144,24 +188,24 @@ void AppendFieldRecord(std::string& record, const CChamp& c, std::string_view va
 }
 
 std::string StdVerticalRulerRecord(const CRegle& r) {
-  return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y), IntText(r.Décimales),
-               PixelText(r.Position_pixel_X), PixelText(r.Position_pixel_Y), CentimetreText(r.largeur_cm),
-               IntText(r.Imprimable)});
+  return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y), Int{r.Décimales},
+               Pixel{r.Position_pixel_X}, Pixel{r.Position_pixel_Y}, CentimetreText(r.largeur_cm),
+               Int{r.Imprimable}});
 }
 
 std::string StdPageRulerRecord(const CRegle& r) {
   return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y),
-               PixelText(r.Position_pixel_X), PixelText(r.Position_pixel_Y), CentimetreText(r.largeur_cm),
-               IntText(r.Imprimable)});
+               Pixel{r.Position_pixel_X}, Pixel{r.Position_pixel_Y}, CentimetreText(r.largeur_cm),
+               Int{r.Imprimable}});
 }
 
 std::string StdFieldRecord(const CChamp& c) {
   return Join({c.Id, c.Nom(), CentimetreText(c.Position_cm_Left), CentimetreText(c.Position_cm_Top),
                CentimetreText(c.Position_cm_Bottom), CentimetreText(c.Position_cm_Right), c.Accrochage_V(),
-               IntText(c.Accrochage_V_Type()), c.Accrochage_H(), IntText(c.Accrochage_H_Type),
-               IntText(c.Type_Champ()), FormulaText(c), IntText(c.Décimales()), PixelText(c.Position_pixel_Top),
-               PixelText(c.Position_pixel_Bottom), PixelText(c.Position_pixel_Left),
-               PixelText(c.Position_pixel_Right), IntText(c.Imprimable())});
+               Int{c.Accrochage_V_Type()}, c.Accrochage_H(), Int{c.Accrochage_H_Type},
+               Int{c.Type_Champ()}, FormulaText(c), Int{c.Décimales()}, Pixel{c.Position_pixel_Top},
+               Pixel{c.Position_pixel_Bottom}, Pixel{c.Position_pixel_Left},
+               Pixel{c.Position_pixel_Right}, Int{c.Imprimable()}});
 }
 
 // --- sections shared by both layouts ---

@@ -62,18 +62,22 @@ std::string NonFiniteText(double v, const Locale& locale) {
   return (v < 0 ? "-1" : "1") + sep + "#INF";
 }
 
+// Whole numbers of at most `precision` digits (most positions and sizes)
+// are their own digits: the general text gives the same, but through a
+// costly conversion. Zero is one of them.
+bool AppendWhole(std::string& out, double v, int precision) {
+  const double magnitude = std::fabs(v);
+  if (!(magnitude < kPowersOfTen[precision]) || magnitude != std::trunc(magnitude)) return false;
+  char buffer[24];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<long long>(v));
+  out.append(buffer, result.ptr);
+  return true;
+}
+
 // The general text of v with `precision` significant digits.
 std::string GeneralText(double v, int precision, const Locale& locale) {
   if (!std::isfinite(v)) return NonFiniteText(v, locale);
-  if (v == 0) return "0";
-  // Whole numbers of at most `precision` digits (most positions and sizes)
-  // are their own digits: the general route below gives the same text, but
-  // through a costly conversion.
-  if (const double magnitude = std::fabs(v); magnitude < kPowersOfTen[precision] && magnitude == std::trunc(magnitude)) {
-    char buffer[24];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<long long>(v));
-    return std::string(buffer, result.ptr);
-  }
+  if (std::string whole; AppendWhole(whole, v, precision)) return whole;
   const std::string_view sep = DecimalSeparator(locale);
   Decimal d = ToDecimal(std::fabs(v), precision);
   while (d.digits.size() > 1 && d.digits.back() == '0') d.digits.pop_back();
@@ -412,6 +416,10 @@ std::string Group(const std::string& digits, std::string_view separator) {
 }  // namespace
 
 std::string SingleToText(float v, const Locale& locale) { return GeneralText(v, 7, locale); }
+
+void AppendSingleText(std::string& out, float v, const Locale& locale) {
+  if (!AppendWhole(out, v, 7)) out += GeneralText(v, 7, locale);
+}
 
 std::string DoubleToText(double v, const Locale& locale) { return GeneralText(v, 15, locale); }
 

@@ -28,6 +28,9 @@ namespace mandor {
 // gives "0". Infinities give "1,#INF"/"-1,#INF" and NaN "-1,#IND" (with the
 // locale's separator).
 std::string SingleToText(float v, const Locale& locale);
+// Appends SingleToText(v, locale) to out, without a string of its own for
+// a whole number.
+void AppendSingleText(std::string& out, float v, const Locale& locale);
 
 // Same for a double with 15 significant digits; the scientific form is used
 // when the exponent is below -4 or at least 15 (1E15 gives "1E+15").
