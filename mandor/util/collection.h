@@ -98,7 +98,7 @@ class Collection {
   }
 
   size_t PlaceOfKey(std::string_view key) const {
-    return key.empty() ? KeyIndex::npos : index_.Find(key, KeyIndex::Hash(key), keys_);
+    return key.empty() || index_.Empty() ? KeyIndex::npos : index_.Find(key, KeyIndex::Hash(key), keys_);
   }
 
   size_t PositionOfKey(std::string_view key) const {

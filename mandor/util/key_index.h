@@ -29,6 +29,8 @@ class KeyIndex {
   // FoldCase(a) == FoldCase(b), without folding copies for ASCII texts.
   static bool FoldedEquals(std::string_view a, std::string_view b);
 
+  bool Empty() const { return count_ == 0; }
+
   // The place of the member whose key (keys[place]) folds as `key` does,
   // or npos. `hash` is Hash(key).
   size_t Find(std::string_view key, uint32_t hash, const std::vector<std::string>& keys) const;
