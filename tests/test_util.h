@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "mandor/util/error.h"
+#include "mandor/util/memory_platform.h"
 
 namespace mandor::test_util {
 
@@ -51,6 +52,13 @@ inline void ExpectDescribedAs(const std::string& actual, const std::string& data
   }
   EXPECT_EQ(actual, DataFile(data_file)) << data_file;
 }
+
+// A fixture whose tests run on an in-memory platform (point locale).
+class MemoryPlatformTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope_{platform_};
+};
 
 }  // namespace mandor::test_util
 

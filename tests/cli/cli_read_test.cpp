@@ -79,18 +79,5 @@ TEST(CliDump, CalageComputes) {
   EXPECT_EQ(unknown.err, "[MandorDLL] type de calage inconnu dans calculerparamètrescalage: 0\n");
 }
 
-TEST(CliDump, SameModelInBothLocales) {
-  for (const std::string& path : {Sample("menuiseries.xml"), Sample("dqe-menuiseries.det.cnf")}) {
-    const Json fr = Dump({path, "--locale", "fr"});
-    const Json en = Dump({path, "--locale", "en"});
-    ASSERT_EQ(fr["documents"].size(), en["documents"].size());
-    for (size_t i = 0; i < fr["documents"].size(); ++i) {
-      EXPECT_EQ(fr["documents"][i]["Pages"], en["documents"][i]["Pages"]) << path;
-      EXPECT_EQ(fr["documents"][i]["Regles_V"], en["documents"][i]["Regles_V"]) << path;
-      EXPECT_EQ(fr["documents"][i]["TVA"], en["documents"][i]["TVA"]) << path;
-    }
-  }
-}
-
 }  // namespace
 }  // namespace mandor_cli_test

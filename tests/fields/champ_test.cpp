@@ -18,7 +18,7 @@ namespace {
 using test_util::ErrorNumberOf;
 
 // A document on an in-memory platform (point locale unless a test switches).
-class ChampTest : public ::testing::Test {
+class ChampTest : public test_util::MemoryPlatformTest {
  protected:
   // A ruler named nom attached to the document, kept under key (nom when key
   // is nullptr, no key when key is "").
@@ -47,8 +47,6 @@ class ChampTest : public ::testing::Test {
 
   void SetLocale(bool comma) { platform_->SetLocale(comma ? Locale::Comma() : Locale::Point()); }
 
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 

@@ -2,7 +2,6 @@
 // and MajXmlNodeDataContratFromChampProperties).
 
 #include <memory>
-#include <sstream>
 #include <string>
 #include <tuple>
 
@@ -20,19 +19,11 @@
 namespace mandor {
 namespace {
 
-constexpr const char* kWorkbook =
-    "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
-    "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
-    "<Cell><Data ss:Type=\"String\"/><mn:iCell mn:Name=\"1.1_PU\" mn:ID=\"mn4\" mn:Stale=\"x\"/>"
-    "<mn:iCell mn:Name=\"1.1_PU\" mn:ID=\"mn5\"/></Cell>"
-    "<mn:DataContrat><mn:iCell mn:Name=\"Total\" mn:X=\"5\" mn:Dec=\"4\" mn:Formula=\"A+B\" mn:Value=\"99,5\" "
-    "mn:Extra=\"kept\"/></mn:DataContrat>"
-    "</Workbook>";
 
-class ChampXmlTest : public ::testing::Test {
+class ChampXmlTest : public test_util::MemoryPlatformTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(xml_.load_string(kWorkbook));
+    ASSERT_TRUE(xml_.load_string(xml_test::DataFile("champ_xml_cells.xml").c_str()));
     std::tie(doc_->Id, doc_->Decimales) = std::make_tuple("mn4", 2);
     std::tie(regle_v_->Nom, regle_v_->Position_pixel_X) = std::make_tuple("PU", 1000.f);
     regle_v_->WidthChamp(150);
@@ -57,14 +48,10 @@ class ChampXmlTest : public ::testing::Test {
   pugi::xml_node Contract() { return xml_.child("Workbook").child("mn:DataContrat").child("mn:iCell"); }
   // Adds the element as it now stands to the transcript.
   void Step(const std::string& label, const pugi::xml_node& node) {
-    std::ostringstream out;
-    node.print(out, "", pugi::format_raw);
-    transcript_ += "== " + label + "\n" + out.str() + "\n";
+    transcript_ += "== " + label + "\n" + xml_test::Serialized(node) + "\n";
   }
 
   std::string transcript_;
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
   pugi::xml_document xml_;
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
   std::shared_ptr<CRegle> regle_v_ = std::make_shared<CRegle>();

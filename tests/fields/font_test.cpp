@@ -41,11 +41,7 @@ std::string Overrides(const CFont& f) {
          (f.HasAlignment() ? "a" : "");
 }
 
-class FontTest : public ::testing::Test {
- protected:
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
-};
+using FontTest = test_util::MemoryPlatformTest;
 
 TEST_F(FontTest, FontWithoutParentsHasTheBuiltInDefaults) {
   auto font = NewFont();

@@ -11,15 +11,12 @@
 
 #include "mandor/fields/font.h"
 #include "mandor/util/memory_platform.h"
+#include "tests/xml/xml_test_util.h"
 
 namespace mandor {
 namespace {
 
-std::string Serialized(const pugi::xml_node& node) {
-  std::ostringstream out;
-  node.print(out, "", pugi::format_raw);
-  return out.str();
-}
+using xml_test::Serialized;
 
 // The effective values of a font, in one line.
 std::string Effective(const CFont& f) {
@@ -30,15 +27,13 @@ std::string Effective(const CFont& f) {
   return out.str();
 }
 
-class FontXmlTest : public ::testing::Test {
+class FontXmlTest : public test_util::MemoryPlatformTest {
  protected:
   pugi::xml_node Element(const std::string& xml) {
     EXPECT_TRUE(doc_.load_string(xml.c_str()));
     return doc_.first_child();
   }
 
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
   pugi::xml_document doc_;
 };
 

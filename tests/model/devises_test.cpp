@@ -14,7 +14,7 @@ namespace {
 
 using test_util::ErrorNumberOf;
 
-class DevisesTest : public ::testing::Test {
+class DevisesTest : public test_util::MemoryPlatformTest {
  protected:
   // The code of the entry Item(key) returns, or "error n" when it fails.
   template <typename Key>
@@ -39,8 +39,6 @@ class DevisesTest : public ::testing::Test {
 
   const std::string out_of_range_ = "error " + std::to_string(kSubscriptOutOfRange);
   const std::string invalid_ = "error " + std::to_string(kInvalidArgument);
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
   Devises devises_;
 };
 

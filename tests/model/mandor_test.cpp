@@ -17,16 +17,15 @@ namespace {
 
 using test_util::ErrorNumberOf;
 
-class MandorTest : public ::testing::Test {
+class MandorTest : public test_util::MemoryPlatformTest {
  protected:
+  MandorTest() { platform_->SetLocale(Locale::Comma()); }
   std::shared_ptr<CRegle> Ruler(const std::string& name) {
     auto r = std::make_shared<CRegle>();
     r->Nom = name;
     return r;
   }
 
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>(Locale::Comma());
-  ScopedPlatform scope_{platform_};
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 

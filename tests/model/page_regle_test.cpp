@@ -1,16 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "mandor/model/mandor.h"
-#include "mandor/util/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor {
 namespace {
 
-class PageRegleTest : public ::testing::Test {
- protected:
-  ScopedPlatform scope_{std::make_shared<MemoryPlatform>()};
-};
+using PageRegleTest = test_util::MemoryPlatformTest;
 
 TEST_F(PageRegleTest, PageAndRulerPointsFollowThePageResolutions) {
   auto page = std::make_shared<CPage>();

@@ -142,6 +142,15 @@ Outcome Trapped(const std::function<Outcome()>& f) {
 
 bool Reported(const MemoryPlatform& platform) { return !platform.messages().empty(); }
 
+// Saves the price schedule in either layout (Ex gives 0, Std -1 when saved).
+Outcome SaveSchedule(MemoryPlatform& p, bool extended) {
+  return Trapped([&] {
+    auto doc = textfile_test::BuildPriceSchedule();
+    const bool saved = extended ? doc->SauvegarderMarquageEx(false) == 0 : doc->SauvegarderMarquageStd() == -1;
+    return Outcome{!saved || Reported(p), ""};
+  });
+}
+
 // Reads the catalogue, then saves through `save` (false when it failed).
 Outcome ReadThenSave(MemoryPlatform& p, const std::function<bool(cMarquage&)>& save) {
   return Trapped([&] {
@@ -168,20 +177,9 @@ std::vector<Scenario> Scenarios() {
   return {
       {"SauvegarderMarquageEx", {kXnf, kXak}, {kCannotCreate},
        [=](MemoryPlatform& p) { p.SetFileBytes(kXnf, old_marking); },
-       [](MemoryPlatform& p) {
-         return Trapped([&] {
-           const int16_t result = textfile_test::BuildPriceSchedule()->SauvegarderMarquageEx(false);
-           return Outcome{result != 0 || Reported(p), ""};
-         });
-       }},
-      {"SauvegarderMarquageStd", {kCnf}, {},
-       [=](MemoryPlatform& p) { p.SetFileBytes(kCnf, old_marking); },
-       [](MemoryPlatform& p) {
-         return Trapped([&] {
-           const int16_t result = textfile_test::BuildPriceSchedule()->SauvegarderMarquageStd();
-           return Outcome{result != -1 || Reported(p), ""};
-         });
-       }},
+       [](MemoryPlatform& p) { return SaveSchedule(p, true); }},
+      {"SauvegarderMarquageStd", {kCnf}, {}, [=](MemoryPlatform& p) { p.SetFileBytes(kCnf, old_marking); },
+       [](MemoryPlatform& p) { return SaveSchedule(p, false); }},
       {"SauvegarderMarquageXml", {kCatalogue}, xml_messages, tender,
        [](MemoryPlatform& p) {
          return ReadThenSave(p, [](cMarquage& catalogue) {

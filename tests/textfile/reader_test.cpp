@@ -58,6 +58,34 @@ std::vector<std::string> Replaced(std::vector<std::string> lines, const std::str
 std::vector<std::string> SmallXnf() { return DataLines("small.xnf.txt"); }
 std::vector<std::string> SmallCnf() { return DataLines("small.cnf.txt"); }
 
+// The edit blocks of tests/data/textfile/reader_edits.txt by label, in order.
+using Edits = std::vector<std::pair<std::string, std::string>>;
+std::vector<std::pair<std::string, Edits>> EditBlocks() {
+  std::vector<std::pair<std::string, Edits>> blocks;
+  for (auto line : DataLines("reader_edits.txt")) {
+    line = ReplaceAll(line, "\\r\\n", "\r\n");
+    const size_t arrow = line.find(" =>");
+    if (StartsWith(line, "== ")) {
+      blocks.emplace_back(line.substr(3), Edits{});
+    } else if (!line.empty() && line[0] != '#' && arrow != std::string::npos) {
+      blocks.back().second.emplace_back(line.substr(0, arrow), line.size() > arrow + 4 ? line.substr(arrow + 4) : "");
+    }
+  }
+  return blocks;
+}
+
+// The lines with the edits of the block `label` made.
+std::vector<std::string> Edited(std::vector<std::string> lines, const std::string& label) {
+  static const auto blocks = EditBlocks();
+  for (const auto& [name, edits] : blocks) {
+    if (name != label) continue;
+    for (const auto& [prefix, replacement] : edits) lines = Replaced(lines, prefix, replacement);
+    return lines;
+  }
+  ADD_FAILURE() << "no edit block " << label;
+  return lines;
+}
+
 // Every ruler and field points back at its document and page, and a field at
 // the rulers it hangs on.
 void ExpectLinked(const std::shared_ptr<Mandor>& doc) {
@@ -94,22 +122,10 @@ class ReaderTest : public TextFileTest {
 // --- layout helpers ---
 
 TEST_F(ReaderTest, FormatHelpers) {
+  // The cases the saved files do not show.
   const std::pair<std::string, std::string> texts[] = {
-      {tf::NumberedKey("c", 3), "c3"},
-      {tf::NumberedKey(tf::kKeyDocumentPrefix, 12), "Document_12"},
-      {tf::NumberedKey("", 7), "7"},
-      {tf::PageSectionHeader(12), "[Page 12]"},
-      {tf::PageKey(3), "page_3"},
-      {tf::GeneratedRulerId(7), "00007"},
-      {tf::GeneratedRulerId(123456), "123456"},
-      {tf::GeneratedFieldId(2, 11), "002_00011"},
-      {tf::ZeroPadded(-3, 3), "-003"},
-      {tf::SeparatorToText("\t"), "TAB"},
-      {tf::SeparatorToText(";"), ";"},
-      {tf::SeparatorToText(""), ""},
-      {tf::Bool01Text(true), "1"},
-      {tf::Bool01Text(false), "0"},
-  };
+      {tf::NumberedKey("", 7), "7"}, {tf::GeneratedRulerId(123456), "123456"}, {tf::ZeroPadded(-3, 3), "-003"},
+      {tf::SeparatorToText(""), ""}};
   for (const auto& [actual, expected] : texts) EXPECT_EQ(actual, expected);
 
   const std::pair<const char*, std::optional<std::string>> separators[] = {
@@ -198,12 +214,7 @@ TEST_F(ReaderTest, EditedExtendedMarkings) {
   // last field decides the data's separator. In a comma locale the point of
   // the data is brought to a comma.
   platform_->SetLocale(Locale::Point());
-  auto lines = Replaced(SmallXnf(), "c1=",
-                        "c1=001_00001|L1_Qté|Arial|10|0|12.50|Qté|0|L1|0|1||2|800|850.5|1250|1500|1|0|False|False|"
-                        "False|16777215||False");
-  lines = Replaced(lines, "c2=",
-                   "c2=001_00002|L1_Montant|Arial|10|0|1,234.5|Qté|0|L1|0|1||1|800|850|1900|2250|1|0|False|False|"
-                   "False|16777215||False");
+  auto lines = Edited(SmallXnf(), "point values, point locale");
   read("point values, point locale", lines);
   platform_->SetLocale(Locale::Comma());
   read("point values, comma locale", lines);
@@ -216,19 +227,15 @@ TEST_F(ReaderTest, EditedExtendedMarkings) {
   catalogue->oDevises = std::make_shared<Devises>();
   catalogue->oDevises->AddDevise("USD", "DOLLAR", "CENT");
   doc_->oOwnerMarquage(catalogue);
-  lines = Replaced(SmallXnf(), "DefDevise=", "DefDevise=USD");
-  read("currency code, sources",
-       Replaced(lines, "Nombre=0",  // the [Source] count (the first "Nombre=0" line)
-                "Nombre=4\r\nDocument_1=a.txt\r\nSéparateur_1=inconnu\r\nDocument_2=b.mdn\r\nséparateur_2=;x\r\n"
-                "DOCUMENT_3=c.MDN\r\nSéparateur_3=TAB\r\nDocument_4=d.Mdn\r\nSéparateur_4="));
+  read("currency code, sources", Edited(SmallXnf(), "currency code, sources"));
   // A numeric DefDevise is the index itself; a code the table lacks is kept as the code.
   doc_->Devise("");
-  read("currency index", Replaced(SmallXnf(), "DefDevise=", "DefDevise=1"));
-  read("unknown currency code", Replaced(SmallXnf(), "DefDevise=", "DefDevise=CHF"));
+  read("currency index", Edited(SmallXnf(), "currency index"));
+  read("unknown currency code", Edited(SmallXnf(), "unknown currency code"));
 
   // No "Image" key: the new page keeps its default; "Image=0" sets NoImage.
-  read("no image key", Replaced(SmallXnf(), "Image=", "Commentaire=sans image"));
-  read("no image", Replaced(SmallXnf(), "Image=", "Image=0"));
+  read("no image key", Edited(SmallXnf(), "no image key"));
+  read("no image", Edited(SmallXnf(), "no image"));
   // "[Pages]" with Nombre=0 loads a document without pages.
   lines = SmallXnf();
   lines.resize(27);  // up to and including "[Pages]"
@@ -242,23 +249,16 @@ TEST_F(ReaderTest, EditedExtendedMarkings) {
   // empty last column (false); keys ignore case; two vertical rulers announced.
   std::string many_columns = "c2=001_00002|Large";
   for (int i = 0; i < 20000; ++i) many_columns += "|x";
-  lines = Replaced(SmallXnf(), "Nombre_champs=", "Nombre_champs=5");
-  lines = Replaced(lines, "c2=", many_columns);
-  lines = Replaced(lines, "Nombre_règles_h=", "Nombre_règles_h=3");
-  lines = Replaced(lines, "r1=", "R1=00001|L1|Arial|10|0|2|0|820|0|1|0");
+  lines = Replaced(Edited(SmallXnf(), "malformed records"), "c2=", many_columns);
   lines.insert(lines.begin() + 31, "r3=00003|L3|Arial|10|0|2|0|990|0|1");
   lines.insert(lines.begin() + 25, "2=00002|Vide|Arial|10|0|2|1250|0|2|1|0|0");
   lines.push_back("c3=001_00003|Court|Arial|10|0||Qté|0|L1|0|1||2|800|850|1600|1700|1|0|False|False|False|0|");
   lines.push_back("C5=001_00005|L1_Dernier|Arial|10|0||Qté|0|L1|0|1||2|900|950|1250|1500|1|0|False|False|False|0||");
-  read("malformed records", Replaced(lines, "Nombre=1", "Nombre=2"));
+  read("malformed records", lines);
 
   // Two billion rulers, fields, recurrent fields and sources: only the lines
   // present count, and a far number splits into nothing.
-  lines = Replaced(SmallXnf(), "Nombre_règles_h=", "Nombre_règles_h=2000000000");
-  lines = Replaced(lines, "Nombre_champs=", "Nombre_champs=2000000000");
-  lines = Replaced(lines, "Nombre_ChampsRecurrents=", "Nombre_ChampsRecurrents=2000000000");
-  lines = Replaced(lines, "Nombre=1", "Nombre=2000000000");  // vertical rulers
-  lines = Replaced(lines, "Nombre=0", "Nombre=2000000000\r\nDocument_1=a.csv\r\nSéparateur_1=TAB");
+  lines = Edited(SmallXnf(), "huge counts");
   lines.push_back("c1999999999=z");
   read("huge counts", lines);
   test_util::ExpectDescribedAs(transcript, "textfile/reader_edits.described.txt");
@@ -331,18 +331,9 @@ TEST_F(ReaderTest, FailuresAndTheirMessages) {
     while (lines.back() != last) lines.pop_back();
     return lines;
   };
-  const std::pair<std::string, std::string> edits[] = {
-      {"[Page 1]", "[Page 2]"},
-      {"[Pages]", "[Pages]\r\nNombre=2000000000"},  // read before "Nombre=1": page 2 is missing
-      {"Type=", "Type=deux"},
-      {"TVA=", "TVA=vingt"},
-      {"Gras=", "Gras=peut-être"},
-      {"Points=", "Points=99999"},
-      {"Nombre_champs=", "Nombre_champs=3000000000"},
-      {"c1=", "c1=001_00001|L1_Qté|Arial|dix|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"},
-      {"c2=", "c2=001_00002|L1_Qté|Arial|10|0||Qté|0|L1|0|1||2|800|850|1250|1500|1|0|False|False|False|0||False"},
-  };
-  for (const auto& [prefix, replacement] : edits) read(replacement, Replaced(SmallXnf(), prefix, replacement), true);
+  for (const auto& [label, unused] : EditBlocks()) {
+    if (StartsWith(label, "extended ")) read(label, Edited(SmallXnf(), label), true);
+  }
   read("ending at [Pages]", ending_at("[Pages]"), true);  // a header as the last line
   read("ending at [Page 1]", ending_at("[Page 1]"), true);
   // The file cannot be opened: the model is untouched.
@@ -352,28 +343,8 @@ TEST_F(ReaderTest, FailuresAndTheirMessages) {
   platform_->ClearFailures();
   platform_->DeleteFile(XnfPath());
 
-  const std::pair<std::string, std::string> standard_edits[] = {
-      {"[Calage]", "[Calibrage]"},
-      {"[Présentation]", "Présentation"},
-      {"[Constantes]", "[Constante]"},
-      {"[Source]", ""},
-      {"[Règles verticales]", "[Regles verticales]"},
-      {"[Pages]", "[Page]"},
-      {"[Page 1]", "[Page 2]"},
-      {"Orientation=", "Orientation=7"},
-      {"Type_document=", "Type_document=DQE"},
-      {"1=", "1=00001|Qté|10,58|0|2|1250|0|2"},
-      {"r1=", "r1=00001|L1|0|6,94|0|820|0|1|0"},
-      {"c1=", "c1=001_00001|L1_Qté"},
-      {"Nombre=1", "Nombre=2"},  // vertical rulers: the next line is the [Pages] header
-      {"Nombre_règles_h=", "Nombre_règles_h=2"},
-      {"Nombre_champs=", "Nombre_champs=1000"},  // the file ends after c1
-      {"TVA=", "TVA=vingt"},
-      {"Nombre_champs=", "Nombre_champs=99999999999"},
-      {"Nombre=0", "Nombre=2000000000"},  // two billion sources in a short file
-  };
-  for (const auto& [prefix, replacement] : standard_edits) {
-    read("standard " + replacement, Replaced(SmallCnf(), prefix, replacement), false);
+  for (const auto& [label, unused] : EditBlocks()) {
+    if (StartsWith(label, "standard ")) read(label, Edited(SmallCnf(), label), false);
   }
   auto truncated = SmallCnf();
   truncated.resize(11);  // ends after TVA=20,6: the [Source] header is missing

@@ -41,13 +41,11 @@ inline std::string CrLf(const std::vector<std::string>& lines) {
   return text;
 }
 
-class TextFileTest : public ::testing::Test {
+// An in-memory platform with the comma locale.
+class TextFileTest : public test_util::MemoryPlatformTest {
  protected:
-  TextFileTest() : platform_(std::make_shared<MemoryPlatform>(Locale::Comma())), scope_(platform_) {}
-
+  TextFileTest() { platform_->SetLocale(Locale::Comma()); }
   std::string Bytes(const std::string& path) const { return platform_->FileBytes(path).value_or("<missing>"); }
-  std::shared_ptr<MemoryPlatform> platform_;
-  ScopedPlatform scope_;
 };
 
 // Parameter names of the suites run in both locales.

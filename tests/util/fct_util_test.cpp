@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "mandor/util/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor {
@@ -10,19 +9,14 @@ namespace {
 
 using test_util::ErrorNumberOf;
 
-// Installs an in-memory platform with the comma locale for one test.
-class FctUtilTest : public ::testing::Test {
+// An in-memory platform with the comma locale.
+class FctUtilTest : public test_util::MemoryPlatformTest {
  protected:
-  FctUtilTest() : platform_(std::make_shared<MemoryPlatform>()), scope_(platform_) {
-    platform_->SetLocale(Locale::Comma());
-  }
+  FctUtilTest() { platform_->SetLocale(Locale::Comma()); }
   std::unique_ptr<TextFile> FileWith(const std::string& text) {
     platform_->SetFileText("m.xnf", text);
     return platform_->OpenTextFile("m.xnf", OpenMode::kInput);
   }
-
-  std::shared_ptr<MemoryPlatform> platform_;
-  ScopedPlatform scope_;
 };
 
 TEST_F(FctUtilTest, DécomposerChaîneTrimsAndKeepsEmptyParts) {

@@ -16,16 +16,15 @@
 #include "mandor/xml/marquage.h"
 #include "tests/test_util.h"
 #include "tests/textfile/textfile_test_util.h"
+#include "tests/xml/xml_test_util.h"
 
 namespace mandor {
 namespace {
 
 using test_util::ErrorNumberOf;
 
-class MarquageTest : public ::testing::Test {
+class MarquageTest : public test_util::MemoryPlatformTest {
  protected:
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
   std::shared_ptr<cMarquage> catalogue_ = std::make_shared<cMarquage>();
   // Full path, folder, file and name.
   std::string Where() const {
@@ -79,13 +78,8 @@ TEST_F(MarquageTest, AddRestoresTextMarkings) {
 
 TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElement) {
   pugi::xml_document doc;
-  ASSERT_TRUE(doc.load_string(
-      "<mn:MANDOR xmlns:mn=\"urn:schemas-mandor:marquage\">"
-      "<mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\" mn:Type=\"PC\"/>"
-      "<mn:Image mn:ID=\"mn2\" mn:Name=\"Lot2.pdf\" mn:Type=\"dqe\"/>"
-      "<mn:Image mn:ID=\"mn3\" mn:Name=\"Lot3.pdf\"/>"
-      "<mn:Image mn:ID=\"mn4\" mn:Name=\"pdf\" mn:Type=\"DET\"/>"
-      "<mn:Image mn:ID=\"mn1\" mn:Name=\"Bis1.pdf\" mn:Type=\"BPU\"/></mn:MANDOR>"));
+  // Images of types PC, dqe, none, a name too short, mn1 again.
+  ASSERT_TRUE(doc.load_string(xml_test::DataFile("images.xml").c_str()));
   std::vector<pugi::xml_node> images(doc.first_child().begin(), doc.first_child().end());
 
   const auto ae = catalogue_->AddItemWithNode(images[0], "C:\\Lots");

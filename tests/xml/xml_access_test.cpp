@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
-#include <sstream>
 #include <string>
 
 #include "mandor/util/cp1252.h"
@@ -23,27 +22,14 @@ namespace {
 
 using test_util::ErrorNumberOf;
 using xml_test::DataFile;
+using xml_test::Serialized;
 
-constexpr char kSmallWorkbook[] =
-    "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
-    " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
-    "<mn:MANDOR mn:Name=\"Lot\"><mn:Image mn:ID=\"mn1\"/><mn:Image mn:ID=\"mn2\"/></mn:MANDOR>"
-    "<CustomDocumentProperties xmlns=\"urn:schemas-microsoft-com:office:office\"><TVA>20</TVA>"
-    "</CustomDocumentProperties>"
-    "<Worksheet ss:Name=\"Lot\"><Table>"
-    "<Row><mn:iRow mn:ID=\"mn2\"/><Cell ss:Index=\"2\"/><Cell ss:Index=\"4\"/><Cell ss:Index=\"10\"/></Row>"
-    "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\"/><Cell ss:Index=\"1\"/></Row>"
-    "</Table></Worksheet></Workbook>";
-
-std::string Serialized(const pugi::xml_node& node) {
-  std::ostringstream out;
-  node.print(out, "", pugi::format_raw);
-  return out.str();
-}
+// A small workbook: two images, a worksheet of two rows, another namespace.
+std::string SmallWorkbook() { return DataFile("small_workbook.xml"); }
 
 TEST(XmlAccessTest, SelectNodeAndNodesMatchQualifiedNamesAndSwallowErrors) {
   pugi::xml_document doc;
-  ASSERT_TRUE(doc.load_string(kSmallWorkbook));
+  ASSERT_TRUE(doc.load_string(SmallWorkbook().c_str()));
   const pugi::xml_node header = XmlSelectNode(doc, "Workbook/mn:MANDOR");
   EXPECT_STREQ(header.attribute("mn:Name").value(), "Lot");
   const pugi::xml_node table = XmlSelectNode(doc, "Workbook/Worksheet[@ss:Name='Lot']/Table");
@@ -71,7 +57,7 @@ TEST(XmlAccessTest, SelectNodeAndNodesMatchQualifiedNamesAndSwallowErrors) {
 
 TEST(XmlAccessTest, GetAttributeCreatesMissingAttributesEmpty) {
   pugi::xml_document doc;
-  ASSERT_TRUE(doc.load_string(kSmallWorkbook));
+  ASSERT_TRUE(doc.load_string(SmallWorkbook().c_str()));
   pugi::xml_node image = XmlSelectNode(doc, "Workbook/mn:MANDOR/mn:Image");
   EXPECT_STREQ(XmlGetAttribute(image, "mn:ID").value(), "mn1");
 
@@ -104,7 +90,7 @@ TEST(XmlAccessTest, GetNodeFindsOrCreatesTheChild) {
 
 TEST(XmlAccessTest, CreateElementPlacesAndQualifiesTheElement) {
   pugi::xml_document doc;
-  ASSERT_TRUE(doc.load_string(kSmallWorkbook));
+  ASSERT_TRUE(doc.load_string(SmallWorkbook().c_str()));
   pugi::xml_node table = XmlSelectNode(doc, "Workbook/Worksheet/Table");
   pugi::xml_node first = table.first_child(), second = first.next_sibling();
 

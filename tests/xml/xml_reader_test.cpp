@@ -130,41 +130,19 @@ TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
 }
 
 TEST_F(XmlReaderTest, RowAndCellEdgeCases) {
-  // L1_PU: bad page, X, type and decimals are skipped one by one. L1_PT: a Y
-  // out of range, an empty "mn:iPrint" (its rulers are printable).
-  const std::string bad_attributes =
-      "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Y=\"100\" mn:H=\"20\" mn:Page=\"1\"/>"
-      "<Cell ss:Index=\"1\"><mn:iCell mn:ID=\"mn1\" mn:Name=\"L1_PU\" mn:Page=\"un\" mn:X=\"abc\" mn:W=\"50\""
-      " mn:Type=\"x\" mn:Dec=\"deux\" mn:V_Type=\"?\" mn:Formula=\"L1_PT*2\" mn:iPrint=\"1\"/></Cell>"
-      "<Cell ss:Index=\"2\"><mn:iCell mn:ID=\"mn1\" mn:Name=\"L1_PT\" mn:Page=\"1\" mn:Y=\"1e400\" mn:Dec=\"0\"/></Cell>"
-      "</Row>";
-  const std::string rows =
-      // Refers to a line further down.
-      "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"\" mn:RefersTo=\"l2\"/>"
-      "<Cell><mn:iCell mn:ID=\"mn1\" mn:Name=\"L2_PU\" mn:Page=\"1\"/></Cell></Row>"
-      "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L2\" mn:Y=\"300\" mn:H=\"abc\" mn:Page=\"1\" mn:iPrint=\"0\"/>"
-      "<Cell><mn:iCell mn:ID=\"mn1\" mn:Name=\"L2_PT\" mn:Page=\"1\"/></Cell></Row>"
-      // Refers to nothing: the fields have no line.
-      "<Row><mn:iRow mn:ID=\"mn1\" mn:RefersTo=\"Nowhere\"/>"
-      "<Cell><mn:iCell mn:ID=\"mn1\" mn:Name=\"X_PU\" mn:Page=\"1\" mn:Y=\"5\"/></Cell></Row>"
-      // A line on a page that does not exist stays in the document.
-      "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L4\" mn:Y=\"400\" mn:Page=\"7\"/>"
-      // The second field of one name is left out, the other fields are read.
-      "<Cell><mn:iCell mn:ID=\"mn1\" mn:Name=\"L2_PT\" mn:Page=\"1\" mn:Formula=\"second\"/></Cell>"
-      "<Cell><mn:iCell mn:ID=\"mn1\" mn:Name=\"L4_PU\" mn:Page=\"1\"/>"
-      "<mn:iCell mn:ID=\"mn2\" mn:Name=\"L4_Other\" mn:Page=\"1\"/></Cell></Row>"
-      // A row of another document only.
-      "<Row><mn:iRow mn:ID=\"mn2\" mn:Name=\"Z\"/><Cell><mn:iCell mn:ID=\"mn1\" mn:Name=\"Z_PU\"/></Cell></Row>";
-  test_util::ExpectDescribedAs(Describe(*ReadBytes(Workbook(Image(""), bad_attributes))), "xml/bad_attributes.described.txt");
-  test_util::ExpectDescribedAs(Describe(*ReadBytes(Workbook(Image(""), rows))), "xml/row_edges.described.txt");
+  // In tests/data/xml/bad_attributes.rows.xml: L1_PU's bad page, X, type and
+  // decimals are skipped one by one; L1_PT has a Y out of range, an empty
+  // "mn:iPrint" (its rulers are printable). In row_edges.rows.xml:
+  // a row referring to a line further down, one referring to nothing (its
+  // fields have no line), a line on a missing page (kept in the document),
+  // a second field of one name (left out) and a row of another document only.
+  for (const std::string name : {"bad_attributes", "row_edges"}) {
+    test_util::ExpectDescribedAs(Describe(*ReadBytes(Workbook(Image(""), DataFile(name + ".rows.xml")))),
+                                 "xml/" + name + ".described.txt");
+  }
 
-  // A bad column stops the columns, with a message; the rest is read.
-  const std::string columns =
-      "<mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\" mn:Orientation=\"1\" mn:H=\"30\">"
-      "<mn:iCol mn:Name=\"A\" mn:Dec=\"1\" mn:X=\"1\" mn:W=\"2\"/>"
-      "<mn:iCol mn:Name=\"B\" mn:Dec=\"\" mn:X=\"1\" mn:W=\"2\"/>"
-      "<mn:iCol mn:Name=\"C\" mn:Dec=\"1\" mn:X=\"1\" mn:W=\"2\"/><mn:iPage mn:ID=\"1\"/></mn:Image>";
-  const auto document = ReadBytes(Workbook(columns, ""))->Item(1);
+  // A bad column (B) stops the columns, with a message; the rest is read.
+  const auto document = ReadBytes(Workbook(DataFile("bad_columns.image.xml"), ""))->Item(1);
   EXPECT_TRUE(document->Regles_V.Count() == 1 && document->Pages.Count() == 1);
   ASSERT_EQ(platform_->messages().size(), 1u);
   EXPECT_EQ(platform_->messages()[0].text, Error::DefaultDescription(kTypeMismatch));

@@ -5,6 +5,7 @@
 #define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -31,6 +32,13 @@ inline std::string Workbook(const std::string& images, const std::string& rows, 
          " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
          "<mn:MANDOR mn:Name=\"Lot\"" + header + ">" + images + "</mn:MANDOR>\n"
          "<Worksheet ss:Name=\"Lot\"><Table>" + rows + "</Table></Worksheet>\n</Workbook>\n";
+}
+
+// An element as written without indentation.
+inline std::string Serialized(const pugi::xml_node& node) {
+  std::ostringstream out;
+  node.print(out, "", pugi::format_raw);
+  return out.str();
 }
 
 // Rulers are keyed by their Id; tests look them up by name.
@@ -64,7 +72,7 @@ inline std::string Describe(const cMarquage& catalogue) {
 }
 
 // An in-memory platform holding catalogue files.
-class CatalogueFixture : public ::testing::Test {
+class CatalogueFixture : public test_util::MemoryPlatformTest {
  protected:
   // Reads the catalogue at path (after storing bytes there, when given).
   std::shared_ptr<cMarquage> Read(const std::string& path, const std::string* bytes = nullptr) {
@@ -74,6 +82,10 @@ class CatalogueFixture : public ::testing::Test {
     return catalogue;
   }
   std::string Bytes(const std::string& path) const { return platform_->FileBytes(path).value_or(""); }
+  // Expects the catalogue saved at lots/lot3.xml to be tests/data/xml/saved/<name>.
+  void ExpectSaved(const std::string& name) const {
+    test_util::ExpectDescribedAs(Bytes("lots/lot3.xml"), "xml/saved/" + name);
+  }
   // The file at path, parsed.
   std::unique_ptr<WorkbookDocument> Saved(const std::string& path) const {
     auto workbook = std::make_unique<WorkbookDocument>();
@@ -81,9 +93,6 @@ class CatalogueFixture : public ::testing::Test {
     return workbook;
   }
   std::string LastMessage() const { return platform_->messages().empty() ? "" : platform_->messages().back().text; }
-
-  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
-  ScopedPlatform scope_{platform_};
 };
 
 }  // namespace mandor::xml_test

@@ -26,8 +26,6 @@ class XmlWriterTest : public xml_test::CatalogueFixture {
   std::shared_ptr<cMarquage> Read() { return CatalogueFixture::Read(kPath); }
   static bool Save(std::shared_ptr<Mandor> doc) { return doc->SauvegarderMarquageXml(doc); }
   std::string Bytes() const { return CatalogueFixture::Bytes(kPath); }
-  // Expects the saved catalogue to be tests/data/xml/saved/<name>.
-  void ExpectSaved(const std::string& name) const { test_util::ExpectDescribedAs(Bytes(), "xml/saved/" + name); }
 };
 
 TEST_F(XmlWriterTest, SavedCataloguesReadBackTheSameAndSaveAgainToTheSameBytes) {
