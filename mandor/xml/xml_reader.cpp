@@ -312,9 +312,10 @@ void cMarquage::XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<
 // The rows of one document in the table pass.
 struct DocumentRows {
   std::shared_ptr<Mandor> document;
-  std::vector<pugi::xml_node> rows;    // the rows holding an "mn:iRow" of the document, in order
-  std::vector<pugi::xml_node> i_rows;  // the first such "mn:iRow" of each
-  std::vector<size_t> row_numbers;     // each row's place in the table
+  // The rows holding an "mn:iRow" of the document, in order: the first such
+  // "mn:iRow" of each and the row's place in the table.
+  std::vector<pugi::xml_node> i_rows;
+  std::vector<size_t> row_numbers;
   std::vector<std::shared_ptr<CRegle>> rulers;  // the ruler each row made (null for none)
   size_t next = 0;                     // the next of them the cell walk comes to
   // The cell walk's "Cell" and "mn:iCell" pairs of the document in the current row.
@@ -332,7 +333,7 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
   std::unordered_map<std::string_view, size_t> by_id;
   for (const auto& document : documents_) {
     by_id.emplace(document->Id, reading.size());
-    reading.push_back(DocumentRows{document, {}, {}, {}, {}, 0, {}});
+    reading.push_back(DocumentRows{document, {}, {}, {}, 0, {}});
   }
   const auto reading_of = [&](const pugi::xml_node& element) -> DocumentRows* {
     auto it = by_id.find(element.attribute("mn:ID").value());
@@ -345,8 +346,7 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
       DocumentRows* of = reading_of(i_row);
       // A row with two "mn:iRow" of one document counts once, with the first.
       if (!of || (!of->row_numbers.empty() && of->row_numbers.back() == rows.size())) continue;
-      of->rulers.push_back(XML_ReadRowRuler(row, i_row, of->document, of->rows.size()));
-      of->rows.push_back(row);
+      of->rulers.push_back(XML_ReadRowRuler(row, i_row, of->document, of->i_rows.size()));
       of->i_rows.push_back(i_row);
       of->row_numbers.push_back(rows.size());
     }
