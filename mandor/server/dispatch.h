@@ -466,24 +466,20 @@ class Builder {
   // A read-only property (or a property get with arguments).
   template <class F>
   Builder& Get(std::string_view name, F f, std::string_view params = {}) {
-    Slot(name).get = detail::MakeAccessor(std::move(f), params, &F::operator());
-    return *this;
+    return Put(&Member::get, name, std::move(f), params);
   }
   // Property let: the lambda takes the object, the arguments, then the value.
   template <class F>
   Builder& Let(std::string_view name, F f, std::string_view params = {}) {
-    Slot(name).let = detail::MakeAccessor(std::move(f), params, &F::operator());
-    return *this;
+    return Put(&Member::let, name, std::move(f), params);
   }
   template <class F>
   Builder& Set(std::string_view name, F f, std::string_view params = {}) {
-    Slot(name).set = detail::MakeAccessor(std::move(f), params, &F::operator());
-    return *this;
+    return Put(&Member::set, name, std::move(f), params);
   }
   template <class F>
   Builder& Method(std::string_view name, F f, std::string_view params = {}) {
-    Slot(name).method = detail::MakeAccessor(std::move(f), params, &F::operator());
-    return *this;
+    return Put(&Member::method, name, std::move(f), params);
   }
   // A member the automation interface names but cannot serve (XML nodes,
   // file numbers of the caller's runtime): calling it raises Error 5.
@@ -533,6 +529,12 @@ class Builder {
 
  private:
   Member& Slot(std::string_view name);
+  // Fills one of the member's accessors from a lambda.
+  template <class F>
+  Builder& Put(Accessor Member::*kind, std::string_view name, F f, std::string_view params) {
+    Slot(name).*kind = detail::MakeAccessor(std::move(f), params, &F::operator());
+    return *this;
+  }
   ClassInfo& info_;
 };
 
