@@ -8,8 +8,6 @@ namespace mandor {
 
 namespace {
 
-constexpr unsigned char Upper(unsigned char c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; }
-
 constexpr uint64_t kHighBits = 0x8080808080808080ULL;
 
 // The eight ASCII bytes of w with a-z upper-cased, all at once: a byte's top
@@ -58,29 +56,12 @@ uint32_t KeyIndex::Hash(std::string_view key) {
   return hash;
 }
 
-bool KeyIndex::FoldedEquals(std::string_view a, std::string_view b) {
-  const size_t common = a.size() < b.size() ? a.size() : b.size();
-  for (size_t i = 0; i < common; ++i) {
-    const auto ca = static_cast<unsigned char>(a[i]);
-    const auto cb = static_cast<unsigned char>(b[i]);
-    if ((ca | cb) >= 0x80) return FoldCase(a) == FoldCase(b);
-    // Equal ASCII prefixes fold to equal prefixes, so a difference here is
-    // a difference of the folded texts.
-    if (Upper(ca) != Upper(cb)) return false;
-  }
-  if (a.size() == b.size()) return true;
-  for (const char c : (a.size() > b.size() ? a : b).substr(common)) {
-    if (static_cast<unsigned char>(c) >= 0x80) return FoldCase(a) == FoldCase(b);
-  }
-  return false;
-}
-
 size_t KeyIndex::Find(std::string_view key, uint32_t hash, const std::vector<std::string>& keys) const {
   if (count_ == 0) return npos;
   for (size_t i = hash & Mask();; i = (i + 1) & Mask()) {
     const Slot& slot = slots_[i];
     if (slot.place_plus_1 == 0) return npos;
-    if (slot.hash == hash && FoldedEquals(keys[slot.place_plus_1 - 1], key)) return slot.place_plus_1 - 1;
+    if (slot.hash == hash && EqualsIgnoreCase(keys[slot.place_plus_1 - 1], key)) return slot.place_plus_1 - 1;
   }
 }
 

@@ -26,8 +26,6 @@ class KeyIndex {
   // The hash of FoldCase(key), computed without building the folded copy
   // when the key is ASCII.
   static uint32_t Hash(std::string_view key);
-  // FoldCase(a) == FoldCase(b), without folding copies for ASCII texts.
-  static bool FoldedEquals(std::string_view a, std::string_view b);
 
   bool Empty() const { return count_ == 0; }
 
