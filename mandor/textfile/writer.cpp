@@ -51,10 +51,17 @@ const T& Deref(const std::shared_ptr<T>& p) {
 std::string IntText(long long v) { return std::to_string(v); }
 std::string BoolText(bool v) { return BoolToText(v, CurrentPlatform().locale()); }
 
-std::string KeyLine(std::string_view key, std::string_view value) {
-  std::string line(key);
+// Starts the line "key=" in `line`; a record's line reuses its storage from
+// one record to the next.
+std::string& RecordLine(std::string& line, std::string_view key) {
+  line.assign(key);
   line += kKeyValueSeparator;
-  line += value;
+  return line;
+}
+
+std::string KeyLine(std::string_view key, std::string_view value) {
+  std::string line;
+  RecordLine(line, key) += value;
   return line;
 }
 
@@ -115,14 +122,6 @@ std::string Join(std::initializer_list<Column> columns) {
   std::string record;
   AppendColumns(record, columns, true);
   return record;
-}
-
-// Starts the line "key=" of a record in `line`, whose storage is reused from
-// one record to the next.
-std::string& RecordLine(std::string& line, std::string_view key) {
-  line.assign(key);
-  line += kKeyValueSeparator;
-  return line;
 }
 
 // A text formatted with a number picture: a text the locale reads as a
