@@ -85,11 +85,8 @@ TEST_F(MandorTest, FontsInheritFromTheCatalogue) {
   catalogue->Font->Name("Times");
   doc_->oOwnerMarquage(catalogue);
   EXPECT_EQ(doc_->FonteName(), "Times");
-  doc_->FonteName_nombre("Courier");
-  EXPECT_EQ(doc_->FonteName(), "Courier") << "the _nombre properties reach the same attribute";
-  doc_->FonteSize(12);
-  EXPECT_EQ(doc_->FonteSize_nombre(), 12);
-  doc_->Font(nullptr);  // a new font under the catalogue's
+  doc_->FonteName("Courier");
+  doc_->Font(nullptr);  // a new font under the catalogue's: the override goes
   EXPECT_EQ(doc_->Font()->ParentFont1, catalogue->Font);
   EXPECT_EQ(doc_->FonteName(), "Times");
   catalogue->Font->Name("Verdana");
