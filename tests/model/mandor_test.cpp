@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 #include <tuple>
-#include <vector>
 
 #include "mandor/fields/champ.h"
 #include "mandor/util/memory_platform.h"
@@ -159,29 +158,6 @@ TEST_F(MandorTest, FileErrorsAreToldToTheUser) {
   EXPECT_EQ(messages[0].style, MessageStyle::kExclamation);
   EXPECT_EQ(messages[1].text + "|" + messages[2].text,
             "ERREUR: attendu: Nb_Champs\nLu: Autre=1|ERREUR, manque signe = dans la ligne: sans signe\nAttendu: Cle");
-}
-
-TEST_F(MandorTest, DroppingTheDocumentFreesItsGraph) {
-  std::vector<std::weak_ptr<void>> alive;
-  {
-    auto doc = std::make_shared<Mandor>();
-    auto page = std::make_shared<CPage>();
-    page->oOwnerMandor = doc;
-    doc->Pages.Add(page, "page_1");
-    auto ruler = Ruler("H");
-    ruler->oOwnerMandor(doc);
-    ruler->Page(page);
-    page->Regles_H.Add(ruler, "H");
-    auto field = std::make_shared<CChamp>();
-    field->oOwnerMandor(doc);
-    field->oOwnerPage = page;
-    field->oRegleH(ruler);
-    field->SetFontPropertiesFromFontClass(std::make_shared<CFont>());
-    page->Champs.Add(field, "f");
-    doc->Champs.Add(field, "f");
-    alive = {page, field, ruler};
-  }
-  for (const auto& object : alive) EXPECT_TRUE(object.expired());
 }
 
 }  // namespace
