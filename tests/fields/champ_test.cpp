@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 #include <tuple>
-#include <vector>
 
 #include "mandor/model/mandor.h"
 #include "mandor/util/memory_platform.h"
@@ -184,10 +183,6 @@ TEST_F(ChampTest, FontPropertiesDelegateToTheFieldFont) {
   font->Alignment("5");
   EXPECT_EQ(champ->Alignement(), 0);
 
-  auto shared = std::make_shared<CFont>();  // Font set shares the object
-  champ->Font(shared);
-  shared->Name("Verdana");
-  EXPECT_EQ(champ->FontName(), "Verdana");
   champ->Font(nullptr);
   EXPECT_EQ(ErrorNumberOf([&] { champ->Bold(); }), 91);
 }
@@ -201,7 +196,6 @@ TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
   const struct { bool h, v; std::shared_ptr<CFont> parent1, parent2; } cases[] = {
       {false, true, vf, nullptr}, {true, true, hf, vf}, {true, false, hf, nullptr},
       {false, false, doc_->Font(), nullptr}};
-  std::vector<std::shared_ptr<CChamp>> fields;
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.h << c.v);
     auto champ = NewField();
@@ -211,31 +205,11 @@ TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
     font->ParentFont2 = std::make_shared<CFont>();  // stale: replaced
     champ->SetFontPropertiesFromFontClass(font);
     EXPECT_TRUE(champ->Font() == font && font->ParentFont1 == c.parent1 && font->ParentFont2 == c.parent2);
-    fields.push_back(champ);
   }
   // Without ruler and document the call fails, as it does without a font.
   auto orphan = std::make_shared<CChamp>();
   EXPECT_EQ(ErrorNumberOf([&] { orphan->SetFontPropertiesFromFontClass(std::make_shared<CFont>()); }), 91);
   EXPECT_EQ(ErrorNumberOf([&] { NewField()->SetFontPropertiesFromFontClass(nullptr); }), 91);
-
-  const auto champ = fields[1], loose = fields[3];
-  doc_->FonteName("Times New Roman");
-  doc_->FonteSize(11);
-  EXPECT_EQ(champ->FontName() + loose->FontName() + std::to_string(champ->FontSize()),
-            "Times New RomanTimes New Roman11");
-  // A vertical-ruler override shows; the horizontal ruler's beats it.
-  v->Bold(true);
-  v->FontSize(14);
-  EXPECT_TRUE(champ->Bold() && !loose->Bold() && champ->FontSize() == 14);
-  h->FontSize(16);
-  EXPECT_EQ(champ->FontSize(), 16);
-  // The field's own override beats everything; setting the inherited value clears it.
-  champ->FontSize(20);
-  EXPECT_EQ(champ->FontSize(), 20);
-  champ->FontSize(16);
-  EXPECT_FALSE(champ->Font()->HasSize());
-  h->FontSize(11);  // equal to the document's: no override left on the ruler
-  EXPECT_EQ(champ->FontSize(), 14);
 }
 
 TEST_F(ChampTest, PositionsInPoints) {

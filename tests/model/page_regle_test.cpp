@@ -51,8 +51,6 @@ TEST_F(PageRegleTest, RulerFontIsSharedAndFollowsItsDocument) {
   EXPECT_EQ(adopted->ParentFont1, doc->Font());
   doc->FonteSize(14);
   EXPECT_EQ(ruler.FontSize(), 14);
-  ruler.FontSize(14);
-  EXPECT_FALSE(adopted->HasSize()) << "an override equal to the inherited value is cleared";
 }
 
 }  // namespace
