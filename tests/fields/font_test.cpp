@@ -121,9 +121,6 @@ TEST_F(FontTest, ParentOverridesTakePrecedenceOverInheritedValues) {
       {grand, "Times"}, {parent2, "Courier"}, {parent1, "Verdana"}};
   for (const auto& [font, name] : names) EXPECT_EQ((font->Name(name), child->Name()), name);
   EXPECT_EQ(child->DefaultName(), "Verdana");
-  parent1->Name("Times");  // equal to what it inherits: dropped
-  EXPECT_FALSE(parent1->HasName());
-  EXPECT_EQ(child->Name(), "Courier");
 
   // Parent 1 inherits bold, parent 2 (inheriting it too) sets it false.
   grand->Bold(true);
