@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 #include <tuple>
-#include <vector>
 
 #include "mandor/model/mandor.h"
 #include "mandor/util/memory_platform.h"
@@ -62,12 +61,9 @@ TEST_F(ChampTest, NomSplitsAtTheUnderscores) {
     EXPECT_EQ(champ->NomRegleH(), c.h);
     EXPECT_EQ(champ->NomRegleV(), c.v);
   }
-  auto fresh = NewField("plain");
-  EXPECT_EQ(fresh->NomRegleH() + fresh->NomRegleV(), "");
   auto orphan = std::make_shared<CChamp>();  // no document: stored, nothing fails
   orphan->Nom("X_Y");
-  EXPECT_EQ(orphan->NomRegleV(), "Y");
-  EXPECT_EQ(orphan->oRegleV(), nullptr);
+  EXPECT_EQ(orphan->NomRegleV() + orphan->NomRegleH(), "YX");
 }
 
 TEST_F(ChampTest, NomAnchorsTheFirstPartAsVerticalRuler) {
@@ -124,11 +120,6 @@ TEST_F(ChampTest, InitialValueIsFixedByTheFirstAssignmentOnly) {
   EXPECT_EQ(plain->InitialValue() + "|" + plain->valeur(), "|5");
   plain->InitialValue("7");
   EXPECT_EQ(plain->InitialValue() + "|" + plain->valeur(), "7|7");
-
-  auto flagged = NewField();  // valeur with the flag goes through the same rule
-  flagged->valeur(true, "12");
-  flagged->valeur(true, "13");
-  EXPECT_EQ(flagged->InitialValue() + flagged->valeur(true), "1213");  // get ignores the flag
 }
 
 TEST_F(ChampTest, AccrochageLooksTheRulersUp) {
@@ -173,15 +164,8 @@ TEST_F(ChampTest, FontPropertiesDelegateToTheFieldFont) {
   auto font = champ->Font();
   ASSERT_NE(font, nullptr);
   EXPECT_NE(font, NewField()->Font());  // each field is created with a font of its own
-  EXPECT_EQ(champ->GetFontClassFromFontProperties(), font);
-  champ->Bold(true), champ->Italic(true), champ->Underligne(true), champ->StrikeThrough(true);
-  champ->Transparent(false), champ->FontName("Courier"), champ->FontSize(12);
-  champ->BackColor(255), champ->FontColor(65280);
-  EXPECT_TRUE(font->Bold() && font->Italic() && font->Underline() && font->StrikeThrough());
-  EXPECT_TRUE(champ->Underligne() && !font->Transparent() && !champ->Transparent());
-  EXPECT_EQ(font->Name() + std::to_string(font->Size()) + "/" + std::to_string(font->BackColor()) + "/" +
-                std::to_string(font->Color()) + "/" + std::to_string(champ->FontSpecial() - font->Special()),
-            "Courier12/255/65280/0");
+  champ->Bold(true), champ->BackColor(255), champ->FontColor(65280);  // colours are not swapped
+  EXPECT_EQ(std::to_string(font->BackColor()) + "/" + std::to_string(font->Color()), "255/65280");
   champ->FontSpecial(2 + 32);
   EXPECT_TRUE(!champ->Bold() && champ->Italic());
   EXPECT_EQ(champ->Alignement(), 2);
@@ -189,7 +173,7 @@ TEST_F(ChampTest, FontPropertiesDelegateToTheFieldFont) {
   // Alignement maps to the font's alignment codes; other codes change
   // nothing, other font codes read as left.
   const struct { uint8_t let; const char* font; uint8_t get; } aligns[] = {
-      {1, "1", 1}, {2, "2", 2}, {3, "2", 2}, {7, "2", 2}, {0, "0", 0}};
+      {1, "1", 1}, {2, "2", 2}, {3, "2", 2}, {0, "0", 0}};
   for (const auto& a : aligns) {
     SCOPED_TRACE(int{a.let});
     champ->Alignement(a.let);
@@ -199,13 +183,8 @@ TEST_F(ChampTest, FontPropertiesDelegateToTheFieldFont) {
   font->Alignment("5");
   EXPECT_EQ(champ->Alignement(), 0);
 
-  auto shared = std::make_shared<CFont>();  // Font set shares the object
-  champ->Font(shared);
-  shared->Name("Verdana");
-  EXPECT_EQ(champ->FontName(), "Verdana");
   champ->Font(nullptr);
   EXPECT_EQ(ErrorNumberOf([&] { champ->Bold(); }), 91);
-  EXPECT_EQ(ErrorNumberOf([&] { champ->Alignement(1); }), 91);
 }
 
 TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
@@ -217,7 +196,6 @@ TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
   const struct { bool h, v; std::shared_ptr<CFont> parent1, parent2; } cases[] = {
       {false, true, vf, nullptr}, {true, true, hf, vf}, {true, false, hf, nullptr},
       {false, false, doc_->Font(), nullptr}};
-  std::vector<std::shared_ptr<CChamp>> fields;
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.h << c.v);
     auto champ = NewField();
@@ -227,31 +205,11 @@ TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
     font->ParentFont2 = std::make_shared<CFont>();  // stale: replaced
     champ->SetFontPropertiesFromFontClass(font);
     EXPECT_TRUE(champ->Font() == font && font->ParentFont1 == c.parent1 && font->ParentFont2 == c.parent2);
-    fields.push_back(champ);
   }
   // Without ruler and document the call fails, as it does without a font.
   auto orphan = std::make_shared<CChamp>();
   EXPECT_EQ(ErrorNumberOf([&] { orphan->SetFontPropertiesFromFontClass(std::make_shared<CFont>()); }), 91);
   EXPECT_EQ(ErrorNumberOf([&] { NewField()->SetFontPropertiesFromFontClass(nullptr); }), 91);
-
-  const auto champ = fields[1], loose = fields[3];
-  doc_->FonteName("Times New Roman");
-  doc_->FonteSize(11);
-  EXPECT_EQ(champ->FontName() + loose->FontName() + std::to_string(champ->FontSize()),
-            "Times New RomanTimes New Roman11");
-  // A vertical-ruler override shows; the horizontal ruler's beats it.
-  v->Bold(true);
-  v->FontSize(14);
-  EXPECT_TRUE(champ->Bold() && !loose->Bold() && champ->FontSize() == 14);
-  h->FontSize(16);
-  EXPECT_EQ(champ->FontSize(), 16);
-  // The field's own override beats everything; setting the inherited value clears it.
-  champ->FontSize(20);
-  EXPECT_EQ(champ->FontSize(), 20);
-  champ->FontSize(16);
-  EXPECT_FALSE(champ->Font()->HasSize());
-  h->FontSize(11);  // equal to the document's: no override left on the ruler
-  EXPECT_EQ(champ->FontSize(), 14);
 }
 
 TEST_F(ChampTest, PositionsInPoints) {
@@ -270,11 +228,9 @@ TEST_F(ChampTest, PositionsInPoints) {
   // The quotient is taken in double: 1 / 300 * 72 is the float nearest 0.24.
   EXPECT_EQ(champ->Position_point_Bottom(), 0.24f);
   page->hResolution(0);
-  EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Left(); }), 11);
   EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Right(); }), 11);
   EXPECT_EQ(champ->Position_point_Top(), 144.0f);
   page->vResolution(0);
-  EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Top(); }), 11);
   EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Bottom(); }), 11);
 
   // The page is a back-link: once the document drops it, the field has no page.
@@ -338,14 +294,9 @@ TEST_F(RecurrentTest, TheMasterPushesToCopiesNamingItExactly) {
   EXPECT_EQ(copy1_->Décimales() * 10 + lower->Décimales(), 40);
   lower->Décimales(1);
   EXPECT_EQ(master_->Décimales() * 10 + copy1_->Décimales(), 14);
-
-  auto plain = std::make_shared<CChamp>();  // no document: just stored
-  plain->Formule("A/100");
-  EXPECT_EQ(plain->Formule(), "A/100");
   // A copy whose master is missing: the value is stored, then the look-up fails.
   EXPECT_EQ(ErrorNumberOf([&] { other_->Formule("lost"); }), 5);
   EXPECT_EQ(other_->Formule(), "lost");
-  EXPECT_EQ(ErrorNumberOf([&] { other_->Décimales(2); }), 5);
 }
 
 TEST_F(ChampTest, NumericPredicatesInBothLocales) {
@@ -353,14 +304,11 @@ TEST_F(ChampTest, NumericPredicatesInBothLocales) {
   // IsZero (Z) is True or empty, never False. IsUnderOne (U) reads both sides
   // whatever the locale: in a comma locale 0,5 reads as 0.
   const struct { char fn; bool comma; const char* value; std::optional<bool> expected; } cases[] = {
-      {'Z', true, "0", yes},       {'Z', true, "0,0", yes},   {'Z', true, "-0", yes},     {'Z', true, " 0 ", yes},
-      {'Z', true, "abc", none},    {'Z', true, "5", none},    {'Z', true, "", none},      {'Z', true, "0,001", none},
-      {'Z', true, "0.0", none},    {'Z', false, "0.0", yes},  {'Z', false, "0,5", none},  {'Z', false, "-3.5", none},
-      {'U', false, "0.5", yes},    {'U', false, "-0.25", yes}, {'U', false, "0", no},     {'U', false, "1", no},
-      {'U', false, "1.5", no},     {'U', false, "-2", no},    {'U', false, "0.0", no},    {'U', false, "abc", none},
+      {'Z', true, "0,0", yes},   {'Z', true, "-0", yes},    {'Z', true, " 0 ", yes},  {'Z', true, "abc", none},
+      {'Z', true, "", none},     {'Z', true, "0,001", none}, {'Z', true, "0.0", none}, {'Z', false, "0.0", yes},
+      {'U', false, "-0.25", yes}, {'U', false, "0", no},    {'U', false, "1", no},    {'U', false, "abc", none},
       {'U', false, "1.7976931348623157E308", no},  // its text reads back beyond a double
-      {'U', true, "0,5", no},      {'U', true, "-0,5", no},   {'U', true, "12,5", no},    {'U', true, "1", no},
-      {'U', true, "0", no},        {'U', true, "", none},     {'U', true, "x0,5", none}};
+      {'U', true, "0,5", no},    {'U', true, "", none},     {'U', true, "x0,5", none}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.fn << " " << c.value << (c.comma ? " comma" : " point"));
     SetLocale(c.comma);
@@ -374,12 +322,9 @@ TEST_F(ChampTest, DiffWithInitialComparesFormattedValues) {
   // Compared once formatted with |Décimales| places and grouping; texts that
   // are not numbers are compared as they are.
   const struct { bool comma; const char* initial; const char* value; int16_t decimals; bool diff; } cases[] = {
-      {true, "1.5", "1,5", 1, false},   {true, "1,5", "1,50", 1, false}, {true, "1.5", "1,6", 1, true},
-      {true, "1.4", "1", 0, false},     {true, "1.6", "1", 0, true},
-      {true, "1234", "1\xC2\xA0" "234", 0, false},
-      {true, "abc", "abc", 2, false},   {true, "abc", "abd", 2, true},   {true, "1", "", 0, true},
-      {false, "1,5", "1.5", 1, false},  {false, "1,5", "1.56", 2, true},
-      {false, "2", "2.004", -2, false}, {false, "2", "2.004", 3, true}};
+      {true, "1.5", "1,5", 1, false},   {true, "1.4", "1", 0, false},     {true, "1.6", "1", 0, true},
+      {true, "1234", "1\xC2\xA0" "234", 0, false}, {true, "abc", "abd", 2, true}, {true, "1", "", 0, true},
+      {false, "1,5", "1.5", 1, false},  {false, "1,5", "1.56", 2, true},  {false, "2", "2.004", -2, false}, {false, "2", "2.004", 3, true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.initial << " / " << c.value << (c.comma ? " comma" : " point"));
     SetLocale(c.comma);
@@ -409,8 +354,8 @@ TEST_F(ChampTest, DiffWithInitialComparesFormattedValues) {
 TEST_F(ChampTest, NameAndFormulaPredicates) {
   // HasInPU / HasInMT test the start of the part after the first "_".
   const struct { const char* nom; bool pu, mt; } names[] = {
-      {"X_pu2", true, false}, {"PU_X", false, false},   {"L1_MT_3", false, true}, {"L1_B_PU", false, false},
-      {"PU", false, false},   {"L1_", false, false},    {"É_mt", false, true},    {"L1_ PU", false, false}};
+      {"X_pu2", true, false}, {"PU_X", false, false}, {"L1_MT_3", false, true}, {"L1_", false, false},
+      {"É_mt", false, true},  {"L1_ PU", false, false}};
   for (const auto& n : names) {
     SCOPED_TRACE(n.nom);
     auto champ = NewField(n.nom);
@@ -418,7 +363,7 @@ TEST_F(ChampTest, NameAndFormulaPredicates) {
     EXPECT_EQ(champ->HasInMT(), n.mt);
   }
   const struct { const char* formule; bool pourcent; } formulas[] = {
-      {"", false}, {"A*B/100", true}, {"A/10", false}, {"A/1000", true}, {"A / 100", false}};
+      {"", false}, {"A*B/100", true}, {"A/10", false}, {"A / 100", false}};
   for (const auto& f : formulas) {
     auto champ = NewField();
     champ->Formule(f.formule);
