@@ -39,7 +39,7 @@ TEST(XmlAccessTest, SelectNodeAndNodesMatchQualifiedNamesAndSwallowErrors) {
 
   // Nothing found, a malformed query, a query giving no element, a null node.
   for (const auto& [node, query] : {std::pair<pugi::xml_node, const char*>{doc, "Workbook/Nothing"},
-                                     {doc, "Workbook/[[["}, {doc, "count(Workbook)"}, {header, "@mn:Name"},
+                                     {doc, "Workbook/[[["}, {header, "@mn:Name"},
                                      {pugi::xml_node(), "Workbook"}}) {
     EXPECT_FALSE(XmlSelectNode(node, query)) << query;
     EXPECT_TRUE(XmlSelectNodes(node, query).empty()) << query;

@@ -44,11 +44,7 @@ TEST_F(XmlWriterTest, SavedCataloguesReadBackTheSameAndSaveAgainToTheSameBytes) 
       auto catalogue = Read();
       ASSERT_EQ(catalogue->Count(), 3);
       const std::string before = Describe(*catalogue);
-      // One document saved twice, then all of them, then all of a new reading.
-      ASSERT_TRUE(Save(catalogue->Item(1)));
-      const std::string one = Bytes();
-      ASSERT_TRUE(Save(catalogue->Item(1)));
-      EXPECT_EQ(Bytes(), one);
+      // All documents, then all of a new reading: the same bytes.
       for (const auto& doc : *catalogue) ASSERT_TRUE(Save(doc)) << doc->Id;
       ExpectSaved(file);
       auto again = Read();
