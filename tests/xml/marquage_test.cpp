@@ -39,8 +39,6 @@ TEST_F(MarquageTest, FullPathDerivesFolderFileAndName) {
       {"other.xml", "other.xml|C:\\Lots\\|Lot 12.final.cnf|Lot 12.final"},
       {"/srv/lots/catalogue", "/srv/lots/catalogue|/srv/lots/|catalogue|catalogue"}};
   for (const auto& [path, where] : cases) EXPECT_EQ((catalogue_->FullPath(path), Where()), where);
-  catalogue_->Name("Électricité");
-  EXPECT_EQ(catalogue_->Name(), "Électricité");
 }
 
 TEST_F(MarquageTest, FolderScanListsTextMarkings) {
@@ -52,7 +50,6 @@ TEST_F(MarquageTest, FolderScanListsTextMarkings) {
   // A folder that cannot be listed gives an empty list, not an error.
   catalogue_->FullPath("missing/catalogue.xml");
   EXPECT_TRUE(catalogue_->FolderFiles().empty());
-  EXPECT_EQ(catalogue_->Path(), "missing/");
 }
 
 TEST_F(MarquageTest, AddRestoresTextMarkings) {
@@ -60,7 +57,6 @@ TEST_F(MarquageTest, AddRestoresTextMarkings) {
   const auto restored = catalogue_->Add("k1", "bordereau.bpx", "marquages/");
   EXPECT_EQ(std::tie(restored->numero_page, restored->Id, restored->Répertoire_Document),
             std::make_tuple(1, "k1", "marquages/"));
-  EXPECT_EQ(restored->Nom_Document(), "bordereau.bpx");
   EXPECT_EQ(restored->oOwnerMarquage(), catalogue_);
   EXPECT_GT(restored->Champs.Count(), 0);
 
@@ -70,10 +66,6 @@ TEST_F(MarquageTest, AddRestoresTextMarkings) {
   EXPECT_EQ(missing->numero_page, -1);
   EXPECT_EQ(catalogue_->Count(), 2);
   EXPECT_EQ(catalogue_->Item(2), missing);
-  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Item(""); }), kInvalidArgument);
-
-  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Add("K1", "absent.bpx", "marquages/"); }), kDuplicateKey);
-  EXPECT_EQ(catalogue_->Count(), 2);
 }
 
 TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElement) {
@@ -85,43 +77,26 @@ TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElement) {
   const auto ae = catalogue_->AddItemWithNode(images[0], "C:\\Lots");
   EXPECT_EQ(std::tie(ae->Id, ae->Type_Document, ae->Répertoire_Document), std::make_tuple("mn1", "AE", "C:\\Lots\\"));
   EXPECT_EQ(ae->Nom_Document(), "Lot1");
-  EXPECT_EQ(ae->oOwnerMarquage(), catalogue_);
   EXPECT_EQ(ae->Font()->ParentFont1, catalogue_->Font);
 
-  const auto lower = catalogue_->AddItemWithNode(images[1]);
-  EXPECT_EQ(lower->Type_Document, "");  // codes are case-sensitive
-  EXPECT_EQ(lower->Répertoire_Document, "\\");
+  // Codes are case-sensitive ("dqe": see XmlReaderTest.DocumentHeaderAttributes).
+  EXPECT_EQ(catalogue_->AddItemWithNode(images[1])->Répertoire_Document, "\\");
   EXPECT_EQ(catalogue_->AddItemWithNode(images[2], "lots/")->Répertoire_Document, "lots/");
   // The attribute read is added, empty, to the element.
   EXPECT_TRUE(images[2].attribute("mn:Type"));
-  EXPECT_STREQ(images[2].attribute("mn:Type").value(), "");
 
   EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[3]); }), kInvalidArgument);
   EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[4]); }), kDuplicateKey);
-  EXPECT_EQ(catalogue_->Count(), 3);
 }
 
-TEST_F(MarquageTest, ItemsRemoveClearAndIteration) {
+TEST_F(MarquageTest, ClearEmptiesAndDocumentsOutliveTheCatalogue) {
+  // Item, Remove and iteration hand over to Collection; Clear walks it backwards.
   pugi::xml_document doc;
-  ASSERT_TRUE(doc.load_string(
-      "<m><mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\"/><mn:Image mn:ID=\"mn2\" mn:Name=\"Lot2.pdf\"/>"
-      "<mn:Image mn:ID=\"mn3\" mn:Name=\"Lot3.pdf\"/></m>"));
-  catalogue_->Clear();  // nothing to clear
-  std::vector<std::shared_ptr<Mandor>> added;
-  for (const pugi::xml_node& image : doc.first_child().children()) added.push_back(catalogue_->AddItemWithNode(image));
-
-  std::vector<std::shared_ptr<Mandor>> walked(catalogue_->begin(), catalogue_->end());
-  EXPECT_EQ(walked, added);
-  EXPECT_EQ(catalogue_->Item("MN3"), added[2]);
-  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Item(4); }), kSubscriptOutOfRange);
-  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Item("mn9"); }), kInvalidArgument);
-  catalogue_->Remove("mn2");
-  catalogue_->Remove(1);
-  EXPECT_EQ(catalogue_->Item(1), added[2]);
-  EXPECT_EQ(ErrorNumberOf([&] { catalogue_->Remove("mn1"); }), kInvalidArgument);
+  ASSERT_TRUE(doc.load_string("<m><mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\"/>"
+                              "<mn:Image mn:ID=\"mn2\" mn:Name=\"Lot2.pdf\"/></m>"));
+  for (const pugi::xml_node& image : doc.first_child().children()) catalogue_->AddItemWithNode(image);
   catalogue_->Clear();
   EXPECT_EQ(catalogue_->Count(), 0);
-
   // Documents the host still holds outlive the catalogue, without it.
   const auto kept = catalogue_->AddItemWithNode(doc.first_child().first_child());
   catalogue_.reset();
