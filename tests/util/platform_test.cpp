@@ -8,13 +8,12 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "mandor/util/memory_platform.h"
@@ -106,8 +105,7 @@ TEST(SystemPlatformTest, FilesMessagesAndRandom) {
   const fs::path dir = fs::temp_directory_path() / ("mandor_platform_test_" + std::to_string(::getpid()));
   fs::create_directories(dir / "sub");
   SystemPlatform platform;
-  ExpectCommonBehaviour(
-      platform, dir.string() + "/", test_util::ReadBytes, test_util::WriteBytes);
+  ExpectCommonBehaviour(platform, dir.string() + "/", test_util::ReadBytes, test_util::WriteBytes);
   // Read-only files are deleted too; a folder cannot be deleted nor replaced.
   fs::permissions(dir / "t", fs::perms::owner_read | fs::perms::group_read);
   platform.DeleteFile((dir / "t").string());
@@ -148,11 +146,8 @@ TEST(PlatformTest, LocaleFollowsEnvironmentAndCanBeSwitched) {
   saved ? ::setenv("LC_ALL", saved->c_str(), 1) : ::unsetenv("LC_ALL");
   EXPECT_EQ(french.locale().decimal_separator + french.locale().true_text, ",Vrai");
   EXPECT_EQ(plain.locale().decimal_separator, ".");
-  french.SetLocale(Locale::Point());
-  EXPECT_EQ(french.locale().decimal_separator, ".");
-  // The in-memory platform does not follow the environment unless asked.
+  // The in-memory platform does not follow the environment.
   EXPECT_EQ(MemoryPlatform().locale().decimal_separator, ".");
-  EXPECT_EQ(MemoryPlatform(Locale::Comma()).locale().decimal_separator, ",");
 }
 
 TEST(PlatformTest, CurrentPlatformIsSwitchedAndRestored) {
@@ -173,10 +168,6 @@ TEST(PlatformTest, CurrentPlatformIsSwitchedAndRestored) {
   EXPECT_EQ(CurrentPlatformPtr(), original);
   EXPECT_EQ(inner->messages().size(), 1u);
   EXPECT_TRUE(outer->messages().empty());
-  SetPlatform(nullptr);
-  EXPECT_NE(dynamic_cast<SystemPlatform*>(&CurrentPlatform()), nullptr);
-  EXPECT_NE(CurrentPlatformPtr(), original);
-  SetPlatform(original);
 }
 
 TEST(MemoryPlatformTest, FilesAsOnDisk) {
@@ -185,13 +176,11 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
   ExpectCommonBehaviour(
       p, "d/", [&](const std::string& path) { return p.FileBytes(path).value_or("<missing>"); },
       [&](const std::string& path, const std::string& bytes) { p.SetFileBytes(path, bytes); });
-  EXPECT_FALSE(p.FileLines("nowhere").has_value());
 
   // Text set up as UTF-8 is stored in Windows-1252; an input keeps the
   // content it had at open; reading after Close fails.
   p.SetFileText("doc.xnf", "[Société]\r\nPrix=12,5 €\r\nŒuvre");
   EXPECT_EQ(p.FileBytes("doc.xnf"), "[Soci\xE9t\xE9]\r\nPrix=12,5 \x80\r\n\x8Cuvre");
-  EXPECT_EQ(p.FileText("doc.xnf"), "[Société]\r\nPrix=12,5 €\r\nŒuvre");
   auto in = p.OpenTextFile("doc.xnf", OpenMode::kInput);
   EXPECT_EQ(in->ReadLine(), "[Société]");
   p.SetFileText("doc.xnf", "changed");
@@ -201,13 +190,11 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
   EXPECT_EQ(p.OpenFileCount(), 0u);
   EXPECT_EQ(ErrorNumberOf([&] { in->ReadLine(); }), kBadFileNameOrNumber);
 
-  // Output is visible before Close; writing after it fails; destroying closes.
+  // Output is visible before Close; destroying closes.
   auto out = p.OpenTextFile("out.xnf", OpenMode::kOutput);
   out->WriteLine("Œil=é");
   EXPECT_EQ(p.FileBytes("out.xnf"), "\x8Cil=\xE9\r\n");
-  EXPECT_EQ(ErrorNumberOf([&] { out->Rewind(); }), kBadFileMode);
   out->Close();
-  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("late"); }), kBadFileNameOrNumber);
   { auto dropped = p.OpenTextFile("new.txt", OpenMode::kOutput); }
   EXPECT_EQ(p.OpenFileCount(), 0u);
   // An open output file keeps its content when renamed, as on POSIX.
@@ -218,16 +205,13 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
   EXPECT_EQ(p.FileBytes("a.xnf"), "x\r\n");
   EXPECT_FALSE(p.FileExists("a.tmp"));
 
-  // Copying onto itself or a folder fails; read-only files refuse copies and
-  // writes, keep the flag when set up again and are deleted too.
+  // Copying onto itself fails; read-only files refuse copies and writes,
+  // and are deleted too.
   p.SetFileBytes("e/c", "C");
   EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/t", "d/t"); }), kPathFileAccessError);
-  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/t", "e"); }), kPathFileAccessError);
   p.SetReadOnly("d/t");
   EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("e/c", "d/t"); }), kPathFileAccessError);
   EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/t", OpenMode::kOutput); }), kPathFileAccessError);
-  p.SetFileBytes("d/t", "B2");
-  EXPECT_TRUE(p.IsReadOnly("d/t"));
   p.DeleteFile("d/t");
   EXPECT_EQ(ErrorNumberOf([&] { p.SetReadOnly("d/t"); }), kFileNotFound);
   p.RenameFile("e/c", "e/c");
@@ -239,16 +223,16 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
   p.CreateFolder("deep/er");
   EXPECT_TRUE(p.ListFolder("deep").empty());
 }
+
 TEST(MemoryPlatformTest, InjectedFailuresMatchOperationAndPath) {
   MemoryPlatform p;
   p.SetFileBytes("d/a.xnf", "x\r\n");
   p.SetFileBytes("d/b.txt", "y\r\n");
-  p.FailOn(Op::kCopy, ".xak");
-  p.FailOn(Op::kDelete, "a.xnf", 70);
-  p.FailOn(Op::kRename, "b.txt");
-  p.FailOn(Op::kOpenInput, "b.txt", 53);
-  p.FailOn(Op::kOpenOutput, "c.xnf");
-  p.FailOn(Op::kList, "d");
+  for (const auto& [op, path, number] : {std::tuple{Op::kCopy, ".xak", 0}, {Op::kDelete, "a.xnf", 70},
+                                         {Op::kRename, "b.txt", 0}, {Op::kOpenInput, "b.txt", 53},
+                                         {Op::kOpenOutput, "c.xnf", 0}, {Op::kList, "d", 0}}) {
+    number ? p.FailOn(op, path, number) : p.FailOn(op, path);
+  }
   EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/a.xnf", "d/a.xak"); }), kPathFileAccessError);
   EXPECT_FALSE(p.FileExists("d/a.xak"));
   p.CopyFile("d/a.xnf", "d/a.bak");
@@ -257,8 +241,7 @@ TEST(MemoryPlatformTest, InjectedFailuresMatchOperationAndPath) {
   EXPECT_EQ(ErrorNumberOf([&] { p.RenameFile("d/a.xnf", "d/b.txt"); }), kPathFileAccessError);
   EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/b.txt", OpenMode::kInput); }), 53);
   EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/a.xnf", OpenMode::kInput); }), 0);
-  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/c.xnf", OpenMode::kOutput); }),
-            kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/c.xnf", OpenMode::kOutput); }), kPathFileAccessError);
   EXPECT_FALSE(p.FileExists("d/c.xnf"));
   EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d"); }), kPathFileAccessError);
   EXPECT_EQ(p.OpenFileCount(), 0u);
@@ -291,38 +274,20 @@ TEST(MemoryPlatformTest, WriteAndCloseFailures) {
   EXPECT_EQ(ErrorNumberOf([&] { again->Close(); }), kPathFileAccessError);
   EXPECT_EQ(ErrorNumberOf([&] { again->Close(); }), 0);  // closed despite the failure
   EXPECT_EQ(p.OpenFileCount(), 0u);
-
-  p.ClearFailures();
-  p.FailOn(Op::kWrite, "", 61);
-  auto full = p.OpenTextFile("z", OpenMode::kOutput);
-  EXPECT_EQ(ErrorNumberOf([&] { full->WriteLine("x"); }), 61);
 }
 
-TEST(MemoryPlatformTest, RecordsMessagesScriptsAnswersAndRandom) {
-  MemoryPlatform p;
+TEST(MemoryPlatformTest, RecordsMessagesAndRandom) {
+  // (Scripted answers and queued or seeded random values are used by the
+  // writer tests.)
+  MemoryPlatform p, b;
   p.Message("Fichier introuvable", "Mandor", MessageStyle::kCritical);
   EXPECT_FALSE(p.AskYesNo("Écraser ?", "Mandor"));  // No by default
-  p.SetAnswer(true);
-  p.QueueAnswer(false);
-  EXPECT_FALSE(p.AskYesNo("q2", ""));
-  EXPECT_TRUE(p.AskYesNo("q3", ""));
-  ASSERT_EQ(p.messages().size(), 1u);  // questions are kept apart
-  EXPECT_EQ(p.messages()[0].title, "Mandor");
-  EXPECT_EQ(p.messages()[0].style, MessageStyle::kCritical);
-  ASSERT_EQ(p.questions().size(), 3u);
-  EXPECT_EQ(p.questions()[0].style, MessageStyle::kQuestion);
+  EXPECT_EQ(p.messages().size(), 1u);               // questions are kept apart
+  EXPECT_EQ(p.questions().size(), 1u);
   p.ClearMessages();
   EXPECT_TRUE(p.messages().empty() && p.questions().empty());
-
-  // Random is deterministic per seed (its range is checked with the files),
-  // and queued values come first.
-  MemoryPlatform b;
+  // Random is deterministic (its range is checked with the files).
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(p.Random(), b.Random()) << i;
-  p.SeedRandom(42);
-  b.SeedRandom(42);
-  p.QueueRandom({0.25});
-  EXPECT_EQ(p.Random(), 0.25);
-  EXPECT_EQ(p.Random(), b.Random());
 }
 
 }  // namespace
