@@ -13,7 +13,6 @@
 #include <optional>
 #include <sstream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "mandor/util/memory_platform.h"
@@ -225,29 +224,20 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
 }
 
 TEST(MemoryPlatformTest, InjectedFailuresMatchOperationAndPath) {
+  // (Failing copies, renames, opens and writes is used by the reader and
+  // writer tests, with the default and with another error number.)
   MemoryPlatform p;
   p.SetFileBytes("d/a.xnf", "x\r\n");
   p.SetFileBytes("d/b.txt", "y\r\n");
-  for (const auto& [op, path, number] : {std::tuple{Op::kCopy, ".xak", 0}, {Op::kDelete, "a.xnf", 70},
-                                         {Op::kRename, "b.txt", 0}, {Op::kOpenInput, "b.txt", 53},
-                                         {Op::kOpenOutput, "c.xnf", 0}, {Op::kList, "d", 0}}) {
-    number ? p.FailOn(op, path, number) : p.FailOn(op, path);
-  }
-  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/a.xnf", "d/a.xak"); }), kPathFileAccessError);
-  EXPECT_FALSE(p.FileExists("d/a.xak"));
-  p.CopyFile("d/a.xnf", "d/a.bak");
+  p.FailOn(Op::kDelete, "a.xnf", 70);
+  p.FailOn(Op::kList, "d");
   EXPECT_EQ(ErrorNumberOf([&] { p.DeleteFile("d/a.xnf"); }), 70);
   EXPECT_TRUE(p.FileExists("d/a.xnf"));
-  EXPECT_EQ(ErrorNumberOf([&] { p.RenameFile("d/a.xnf", "d/b.txt"); }), kPathFileAccessError);
-  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/b.txt", OpenMode::kInput); }), 53);
-  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/a.xnf", OpenMode::kInput); }), 0);
-  EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/c.xnf", OpenMode::kOutput); }), kPathFileAccessError);
-  EXPECT_FALSE(p.FileExists("d/c.xnf"));
+  p.DeleteFile("d/b.txt");             // another path
+  p.RenameFile("d/a.xnf", "d/c.xnf");  // another operation
   EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d"); }), kPathFileAccessError);
-  EXPECT_EQ(p.OpenFileCount(), 0u);
   p.ClearFailures();
-  p.DeleteFile("d/a.xnf");
-  EXPECT_EQ(p.ListFolder("d").size(), 2u);
+  EXPECT_EQ(p.ListFolder("d").size(), 1u);
 }
 
 TEST(MemoryPlatformTest, WriteAndCloseFailures) {
