@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "mandor/util/cp1252.h"
 #include "tests/textfile/textfile_test_util.h"
@@ -24,18 +23,11 @@ constexpr size_t kHundredMegabytes = 100u << 20;
 // The bytes of a small text marking whose line starting with `prefix` is
 // replaced by prefix + tail; tail is ASCII and goes in without conversion.
 std::string WithLine(const char* file, const std::string& prefix, const std::string& tail) {
-  std::string before, after;
-  bool found = false;
-  for (const auto& line : DataLines(file)) {
-    if (!found && line.rfind(prefix, 0) == 0) {
-      found = true;
-      before += prefix;
-      continue;
-    }
-    (found ? after : before) += line + "\r\n";
-  }
-  EXPECT_TRUE(found) << prefix;
-  return Utf8ToWindows1252(before) + tail + "\r\n" + Utf8ToWindows1252(after);
+  const std::string text = Utf8ToWindows1252("\r\n" + CrLf(DataLines(file)));
+  const size_t start = text.find("\r\n" + prefix);
+  EXPECT_NE(start, std::string::npos) << prefix;
+  if (start == std::string::npos) return "";
+  return text.substr(2, start + prefix.size()) + tail + text.substr(text.find("\r\n", start + 2));
 }
 
 using BoundedWorkTest = textfile_test::TextFileTest;
