@@ -241,28 +241,21 @@ TEST(MemoryPlatformTest, InjectedFailuresMatchOperationAndPath) {
 }
 
 TEST(MemoryPlatformTest, WriteAndCloseFailures) {
+  // (Which line a FailWriteAfter stops at, and what is left, is pinned by
+  // the writer tests.)
   MemoryPlatform p;
-  p.FailWriteAfter(2, ".xnf");
+  p.FailWriteAfter(1, ".xnf");
+  p.FailOn(Op::kClose, "doc");
   auto out = p.OpenTextFile("doc.xnf", OpenMode::kOutput);
-  auto other = p.OpenTextFile("doc.txt", OpenMode::kOutput);
+  auto other = p.OpenTextFile("other.txt", OpenMode::kOutput);
   out->WriteLine("1");
   other->WriteLine("not counted");
-  out->WriteLine("2");
-  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("3"); }), kPathFileAccessError);
-  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("4"); }), kPathFileAccessError);  // stays full
+  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("2"); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("3"); }), kPathFileAccessError);  // stays full
   other->WriteLine("still fine");
-  out->Close();
+  EXPECT_EQ(ErrorNumberOf([&] { out->Close(); }), kPathFileAccessError);
+  EXPECT_EQ(ErrorNumberOf([&] { out->Close(); }), 0);  // closed despite the failure
   other->Close();
-  EXPECT_EQ(p.FileBytes("doc.xnf"), "1\r\n2\r\n");  // truncated where it failed
-  EXPECT_EQ(p.FileLines("doc.txt"), (Lines{"not counted", "still fine"}));
-
-  p.ClearFailures();
-  p.FailWriteAfter(0);  // every path, from the first line
-  p.FailOn(Op::kClose, "doc");
-  auto again = p.OpenTextFile("doc.xnf", OpenMode::kOutput);
-  EXPECT_EQ(ErrorNumberOf([&] { again->WriteLine("x"); }), kPathFileAccessError);
-  EXPECT_EQ(ErrorNumberOf([&] { again->Close(); }), kPathFileAccessError);
-  EXPECT_EQ(ErrorNumberOf([&] { again->Close(); }), 0);  // closed despite the failure
   EXPECT_EQ(p.OpenFileCount(), 0u);
 }
 
