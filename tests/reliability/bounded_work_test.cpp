@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "mandor/util/cp1252.h"
 #include "tests/textfile/textfile_test_util.h"
@@ -24,37 +23,26 @@ constexpr size_t kHundredMegabytes = 100u << 20;
 // The bytes of a small text marking whose line starting with `prefix` is
 // replaced by prefix + tail; tail is ASCII and goes in without conversion.
 std::string WithLine(const char* file, const std::string& prefix, const std::string& tail) {
-  std::string before, after;
-  bool found = false;
-  for (const auto& line : DataLines(file)) {
-    if (!found && line.rfind(prefix, 0) == 0) {
-      found = true;
-      before += prefix;
-      continue;
-    }
-    (found ? after : before) += line + "\r\n";
-  }
-  EXPECT_TRUE(found) << prefix;
-  return Utf8ToWindows1252(before) + tail + "\r\n" + Utf8ToWindows1252(after);
+  const std::string text = Utf8ToWindows1252("\r\n" + CrLf(DataLines(file)));
+  const size_t start = text.find("\r\n" + prefix);
+  EXPECT_NE(start, std::string::npos) << prefix;
+  if (start == std::string::npos) return "";
+  return text.substr(2, start + prefix.size()) + tail + text.substr(text.find("\r\n", start + 2));
 }
 
-class BoundedWorkTest : public textfile_test::TextFileTest {
- protected:
-  std::shared_ptr<Mandor> Document() {
+using BoundedWorkTest = textfile_test::TextFileTest;
+
+TEST_F(BoundedWorkTest, HundredMegabyteLines) {
+  const auto document = [] {
     auto doc = std::make_shared<Mandor>();
     doc->Répertoire_Document = "lot/";
     doc->Nom_Document("doc.bpx");
     return doc;
-  }
-};
-
-TEST_F(BoundedWorkTest, HundredMegabyteLines) {
-  const std::string plain(kHundredMegabytes, 'x');
+  };
   const std::string bars(kHundredMegabytes, '|');
-
   // The extended reader skips a record with the wrong number of columns.
   platform_->SetFileBytes("lot/doc.bpx.xnf", WithLine("small.xnf.txt", "c2=", bars));
-  auto doc = Document();
+  auto doc = document();
   EXPECT_EQ(doc->RestaurerMarquageEx(), -1);
   ASSERT_EQ(doc->Pages.Count(), 1);
   EXPECT_EQ(doc->Pages.Item(1)->Champs.Count(), 1);
@@ -62,29 +50,26 @@ TEST_F(BoundedWorkTest, HundredMegabyteLines) {
 
   // The standard reader refuses it with its format message.
   platform_->SetFileBytes("lot/doc.bpx.cnf", WithLine("small.cnf.txt", "c1=", bars));
-  EXPECT_FALSE(Document()->RestaurerMarquageStd());
+  EXPECT_FALSE(document()->RestaurerMarquageStd());
   ASSERT_EQ(platform_->messages().size(), 1u);
   EXPECT_EQ(platform_->messages()[0].text.rfind("ERREUR de format à la lecture du paramètre c1 de la page 1", 0), 0u);
   platform_->ClearMessages();
 
   // A file that is one 100 MB line without a line end misses every section
   // (the document's name is then cleared, which the error handler reports).
-  platform_->SetFileBytes("lot/doc.bpx.xnf", plain);
-  EXPECT_EQ(Document()->RestaurerMarquageEx(), 0);
+  platform_->SetFileBytes("lot/doc.bpx.xnf", std::string(kHundredMegabytes, 'x'));
+  EXPECT_EQ(document()->RestaurerMarquageEx(), 0);
   ASSERT_EQ(platform_->messages().size(), 2u);
   EXPECT_EQ(platform_->messages()[0].text, "Section [Calage] absente du fichier lot/doc.bpx.xnf");
   EXPECT_EQ(platform_->OpenFileCount(), 0u);
 }
 
-class DeepCatalogueTest : public xml_test::CatalogueFixture {};
+using DeepCatalogueTest = xml_test::CatalogueFixture;
 
 TEST_F(DeepCatalogueTest, DeepNestingReadsAndSavesWithoutRecursion) {
   constexpr int kDepth = 100000;
   std::string open, close;
-  for (int i = 0; i < kDepth; ++i) {
-    open += "<x:B>";
-    close += "</x:B>";
-  }
+  for (int i = 0; i < kDepth; ++i) open += "<x:B>", close += "</x:B>";
   // Deep elements in the catalogue header, in a document's image and in a cell.
   std::string xml = xml_test::DataFile("tender.xml");
   for (const std::string anchor : {"</mn:MANDOR>", "</mn:Image>", "</Data></Cell>"}) {

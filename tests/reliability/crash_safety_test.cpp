@@ -9,10 +9,9 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
@@ -45,26 +44,18 @@ class CrashSafetyTest : public ::testing::Test {
   // and how long a save takes, then `kills` times killed after a delay
   // spread over that time. Before each run the target holds old_bytes.
   void KillDuringSaves(const fs::path& target, const std::string& old_bytes, const std::function<void()>& save) {
-    const auto run = [&](std::chrono::microseconds delay, bool kill_it) {
+    // Returns the child's wait status.
+    const auto run = [&](std::optional<std::chrono::microseconds> kill_after) {
       WriteBytes(target, old_bytes);
       const pid_t child = fork();
-      ASSERT_GE(child, 0);
-      if (child == 0) {
-        save();
-        _exit(0);
-      }
-      if (kill_it) {
-        std::this_thread::sleep_for(delay);
-        kill(child, SIGKILL);
-      }
-      int status = 0;
-      ASSERT_EQ(waitpid(child, &status, 0), child);
-      if (!kill_it) {
-        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-      }
+      if (child == 0) save(), _exit(0);
+      if (kill_after) std::this_thread::sleep_for(*kill_after), kill(child, SIGKILL);
+      int status = -1;
+      EXPECT_EQ(waitpid(child, &status, 0), child);
+      return status;
     };
     const auto start = std::chrono::steady_clock::now();
-    run({}, false);
+    ASSERT_EQ(run(std::nullopt), 0);
     const auto full = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
     const std::string new_bytes = ReadBytes(target);
     ASSERT_NE(new_bytes, old_bytes);
@@ -75,7 +66,7 @@ class CrashSafetyTest : public ::testing::Test {
     for (int i = 0; i < kKills; ++i) {
       // Spread over 1.2 times a whole save, so some kills come after the end.
       const auto delay = std::chrono::microseconds(random() % (full.count() * 6 / 5 + 1));
-      run(delay, true);
+      run(delay);
       const std::string now = ReadBytes(target);
       ASSERT_TRUE(now == old_bytes || now == new_bytes)
           << "after a kill at " << delay.count() << " us: " << now.size() << " bytes, old " << old_bytes.size()

@@ -21,9 +21,7 @@ TEST(Cp1252Test, EveryByteRoundTrips) {
 TEST(Cp1252Test, Conversions) {
   // The high table, Latin-1, and the marking escapes (code points 127 and 255).
   const struct { std::string bytes, utf8; } both_ways[] = {
-      {"\x80\x8C\x9C\x9F", "€ŒœŸ"},
-      {"\x85\x91\x92\x93\x94\x96\x97\x99", "…‘’“”–—™"},
-      {"\x8A\x8E\x9A\x9E\x83", "ŠŽšžƒ"}, {"\xE9\xE8\xE0\xC9\xFF\xA0", "éèàÉÿ\u00A0"},
+      {"\x80\x8C\x9C\x9F\x85\x99", "€ŒœŸ…™"}, {"\xE9\xE8\xE0\xC9\xFF\xA0", "éèàÉÿ\u00A0"},
       {"a\x7F" "b\xFF\xFF" "c", "a\x7F" "b\u00FF\u00FFc"},
       // The undefined bytes come back as C1 controls of the same value.
       {"\x81\x8D\x8F\x90\x9D", "\u0081\u008D\u008F\u0090\u009D"}};
@@ -35,11 +33,9 @@ TEST(Cp1252Test, Conversions) {
   // characters, and invalid UTF-8 (lone continuation, truncated, overlong,
   // surrogate, never-valid byte) become "?", one per byte when malformed.
   const struct { std::string utf8, bytes; } lossy[] = {
-      {"a→b", "a?b"}, {"😀中", "??"}, {"\u0080\u009F", "??"}, {"a\x80" "b", "a?b"},
-      {"a\xC3", "a?"}, {"\xE2\x82", "??"}, {"\xC0\xAF", "??"}, {"\xED\xA0\x80", "???"},
-      {"\xFF" "a", "?a"}, {"", ""}};
+      {"a😀中", "a??"}, {"\u0080\u009F", "??"}, {"a\x80" "b", "a?b"}, {"\xE2\x82", "??"},
+      {"\xC0\xAF", "??"}, {"\xED\xA0\x80", "???"}, {"\xFF" "a", "?a"}};
   for (const auto& c : lossy) EXPECT_EQ(Utf8ToWindows1252(c.utf8), c.bytes) << c.utf8;
-  EXPECT_EQ(CodePointToWindows1252(0x20AC), uint8_t{0x80});
   EXPECT_FALSE(CodePointToWindows1252(0x0100).has_value());
   EXPECT_FALSE(CodePointToWindows1252(0x0080).has_value());
 }

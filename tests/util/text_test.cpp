@@ -67,7 +67,7 @@ TEST(TextTest, CaseMappingAndFolding) {
   const struct { std::string lower, upper; } pairs[] = {
       {"page_1 œuvre àâäçèêëîïôöùûüýÿ", "PAGE_1 ŒUVRE ÀÂÄÇÈÊËÎÏÔÖÙÛÜÝŸ"},
       {"āčęłńőšžŀ", "ĀČĘŁŃŐŠŽĿ"},  // Latin Extended-A, in both pair layouts
-      {"αβγ ώ", "ΑΒΓ Ώ"}, {"привет ё", "ПРИВЕТ Ё"}};
+      {"αβγ ώ привет ё", "ΑΒΓ Ώ ПРИВЕТ Ё"}};
   for (const auto& p : pairs) {
     EXPECT_EQ(UpperCase(p.lower), p.upper);
     EXPECT_EQ(LowerCase(p.upper), p.lower);
@@ -98,8 +98,6 @@ TEST(TextTest, MalformedTextIsHandledConsistently) {
       EXPECT_EQ(Left(s, k) + Right(s, n > k ? n - k : 0), s) << s << " at " << k;
       EXPECT_EQ(CharLength(Left(s, k)), static_cast<size_t>(std::min(k, n)));
     }
-    EXPECT_EQ(CharLength(UpperCase(s)), static_cast<size_t>(n)) << s;
-    EXPECT_EQ(CharLength(LowerCase(s)), static_cast<size_t>(n)) << s;
     if (n > 0) {
       const std::string last = Right(s, 1);
       EXPECT_EQ(ReplaceAll(s, last, last), s);
