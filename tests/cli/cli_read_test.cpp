@@ -43,10 +43,6 @@ TEST(CliRead, InfoAndDumpOfCataloguesAndTextMarkings) {
     EXPECT_EQ(r.err, "");
     ExpectOutputAs(r.out, c.data);
   }
-  const Json one = Dump({Sample("menuiseries.xml"), "--doc", "mn3"});
-  ASSERT_EQ(one["documents"].size(), 1u);
-  EXPECT_EQ(one["documents"][0]["Id"], "mn3");
-  EXPECT_FALSE(one["catalogue"].is_null());
 
   // The decimal separator: --locale, else the environment.
   const std::string xnf = Sample("dqe-menuiseries.det.xnf");

@@ -44,8 +44,6 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
       {"convert", xnf, "out.txt"}, {"convert", xnf}, {"info", catalogue, "--doc", "mn9"},
       {"info", xnf, "--doc", "mn1"}, {"save", xnf},
       {"check", xnf}, {"check", Sample("dqe-menuiseries.det.cnf")}, {"check", catalogue},
-      {"check", Fixture("textfile/bordereau.bpx.xnf")}, {"check", Fixture("textfile/bordereau.bpx.cnf")},
-      {"check", Fixture("xml/tender.xml")}, {"check", Fixture("xml/ecriture_lot3.xml")},
       {"check", dir.File("broken.det.xnf")}, {"check", dir.File("lot.xml")}, {"check", dir.File("empty.xml")},
       {"check", dir.File("ab.xnf")}, {"info", dir.File("broken.det.xnf")}, {"check", dir.File("faute.det.cnf")},
       {"check", dir.File("ancre.det.xnf")}};

@@ -182,17 +182,10 @@ TEST_P(ScheduleTest, Extended) {
   // brought to the locale, escaped formulas) is in the description.
   ASSERT_NO_FATAL_FAILURE(ExpectRead("xnf"));
 
-  // Rulers by identity, recurrent masters and their copies.
-  EXPECT_EQ(doc_->Pages.Item(1)->Champs.Item("L1_Montant")->oRegleV(), doc_->RegleV("Montant"));
+  // A change on one recurrent copy reaches the master and the other copy.
   auto report = doc_->ChampsRecurrents.Item("Report_Montant");
-  EXPECT_EQ(report->oOwnerPage.lock(), nullptr);
-  EXPECT_EQ(doc_->Champs.Item("Report_Montant"), report);
   auto copy2 = doc_->Pages.Item(2)->Champs.Item("Report_Montant");
   auto copy3 = doc_->Pages.Item(3)->Champs.Item("Report_Montant");
-  ASSERT_EQ(doc_->champsContenantReference.Count(), 2);
-  EXPECT_EQ(doc_->champsContenantReference.Item(1), copy2);
-  EXPECT_EQ(doc_->champsContenantReference.Item(2), copy3);
-  // A change on one copy reaches the master and the other copy.
   copy2->Décimales(3);
   EXPECT_EQ(report->Décimales(), 3);
   EXPECT_EQ(copy3->Décimales(), 3);
@@ -285,17 +278,6 @@ TEST_F(ReaderTest, RestaurerMarquageChoosesTheLayout) {
   platform_->SetFileText(XnfPath(), "[Calage]\r\nType=0\r\n");
   EXPECT_FALSE(doc_->RestaurerMarquage());
   EXPECT_EQ(doc_->Pages.Count(), 0);
-
-  // The files of the real file system.
-  ScopedPlatform system(std::make_shared<SystemPlatform>());
-  auto doc = std::make_shared<Mandor>();
-  doc->Répertoire_Document = std::string(MANDOR_TEST_DATA_DIR) + "/textfile/";
-  doc->Nom_Document(kName);
-  ASSERT_TRUE(doc->RestaurerMarquage());
-  EXPECT_EQ(doc->Pages.Count(), 3);
-  EXPECT_EQ(doc->Docs.Item(2)->Fichier, "quantités.csv");
-  EXPECT_TRUE(doc->RestaurerMarquageStd());
-  EXPECT_EQ(doc->Pages.Count(), 2);
 }
 
 // Every failure of either reader: what the read returns, what it keeps and
