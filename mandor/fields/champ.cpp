@@ -90,9 +90,9 @@ void CChamp::Nom(const std::string& value) {
     // Split at every "_": the first part names the horizontal ruler, the
     // second the vertical one; further parts are ignored.
     size_t first = nom_.find('_');
-    nom_regle_h_ = nom_.substr(0, first);
+    nom_regle_h_.assign(nom_, 0, first);
     size_t second = nom_.find('_', first + 1);
-    nom_regle_v_ = nom_.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
+    nom_regle_v_.assign(nom_, first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
   }
   // Both loops compare with the first part and set oRegleV: the readers and
   // the files depend on this anchoring, so it stays as it is. Every match
@@ -174,7 +174,7 @@ void CChamp::Type_Champ(int16_t value) {
 }
 
 void CChamp::PropagateIfRecurrent() {
-  if ((!ChampRecurrentDeRef().empty() || Recurrent()) && bPropage) PropagerParametresFormule();
+  if (bPropage && (Recurrent() || !ChampRecurrentDeRef().empty())) PropagerParametresFormule();
 }
 
 void CChamp::CopierParametresFormule(CChamp& source, CChamp& target) {

@@ -1,5 +1,8 @@
 #include "mandor/util/buffer_text_file.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <utility>
 
 #include "mandor/util/cp1252.h"
@@ -59,6 +62,20 @@ void BufferTextFile::WriteLine(std::string_view) {
 void BufferTextFile::Rewind() {
   if (closed_) ThrowClosed();
   next_ = 0;
+}
+
+std::vector<std::string> BufferTextFile::ReadRemainingLines() {
+  if (closed_) ThrowClosed();
+  std::vector<std::string> rest;
+  if (next_ == 0) {
+    rest.swap(lines_);
+  } else {
+    rest.assign(std::make_move_iterator(lines_.begin() + static_cast<std::ptrdiff_t>(std::min(next_, lines_.size()))),
+                std::make_move_iterator(lines_.end()));
+    lines_.resize(std::min(next_, lines_.size()));
+  }
+  next_ = lines_.size();
+  return rest;
 }
 
 void BufferTextFile::Close() {

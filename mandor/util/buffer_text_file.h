@@ -45,6 +45,8 @@ class BufferTextFile : public TextFile {
   bool AtEnd() const override;
   void WriteLine(std::string_view text) override;  // Error 54
   void Rewind() override;
+  // Hands the lines over: Rewind afterwards finds only those read before.
+  std::vector<std::string> ReadRemainingLines() override;
   void Close() override;
 
  private:

@@ -337,6 +337,8 @@ double RoundHalfEven(double v) {
 }
 
 double RoundChecked(double v, double low, double high) {
+  // Whole numbers in range, nearly all of those a file holds, need no rounding.
+  if (v >= low && v <= high && v == static_cast<double>(static_cast<int64_t>(v))) return v;
   const double r = std::isfinite(v) ? RoundHalfEven(v) : v;
   if (!(r >= low && r <= high)) ThrowError(kOverflow);
   return r;

@@ -117,6 +117,12 @@ double UnitInterval(uint64_t bits) { return static_cast<double>(bits >> 11) * 0x
 
 }  // namespace
 
+std::vector<std::string> TextFile::ReadRemainingLines() {
+  std::vector<std::string> lines;
+  while (!AtEnd()) lines.push_back(ReadLine());
+  return lines;
+}
+
 // --- SystemPlatform ---
 
 SystemPlatform::SystemPlatform() = default;

@@ -38,6 +38,10 @@ class TextFile {
   virtual void WriteLine(std::string_view text) = 0;
   // Goes back to the first line (input files only).
   virtual void Rewind() = 0;
+  // Reads every line left, as ReadLine would one by one, and leaves the file
+  // at its end. A file may hand over the lines it holds rather than copy
+  // them, so what Rewind finds afterwards is up to the file.
+  virtual std::vector<std::string> ReadRemainingLines();
   // Flushes and closes. Throws Error 75 if the data could not be written.
   // Closing twice is harmless; the destructor closes without throwing.
   virtual void Close() = 0;

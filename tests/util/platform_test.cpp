@@ -13,6 +13,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "mandor/util/memory_platform.h"
@@ -35,6 +36,13 @@ Lines ReadAll(Platform& p, const std::string& path) {
   EXPECT_EQ(ErrorNumberOf([&] { file->WriteLine("x"); }), kBadFileMode);
   file->Rewind();
   EXPECT_EQ(lines.empty() ? "" : file->ReadLine(), lines.empty() ? "" : lines[0]);
+  // The rest taken at once is what ReadLine gives line by line.
+  Lines taken;
+  if (!file->AtEnd()) {
+    for (std::string& line : file->ReadRemainingLines()) taken.push_back(std::move(line));
+  }
+  EXPECT_EQ(taken, lines.empty() ? Lines{} : Lines(lines.begin() + 1, lines.end()));
+  EXPECT_TRUE(file->AtEnd());
   return lines;
 }
 
