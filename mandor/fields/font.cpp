@@ -29,6 +29,8 @@ struct NameRule {
   static Stored Store(Param v) { return v; }
   static Stored Unset() { return {}; }
   static Value Builtin() { return "Arial"; }
+  static bool Same(const Stored& a, const Stored& b) { return a == b; }
+  static bool SameAsBuiltin(const Stored& s) { return s == "Arial"; }
 };
 
 // A number that counts as set from kFirstSet upwards.
@@ -42,6 +44,8 @@ struct NumberRule {
   static T Store(T v) { return v; }
   static T Unset() { return kUnset; }
   static T Builtin() { return kBuiltin; }
+  static bool Same(T a, T b) { return a == b; }
+  static bool SameAsBuiltin(T s) { return s == kBuiltin; }
 };
 
 struct SizeRule : NumberRule<int16_t, 0, 4, 9> {
@@ -66,6 +70,8 @@ struct FlagRule {
   static uint8_t Store(bool v) { return v ? 1 : 0; }
   static uint8_t Unset() { return 8; }
   static bool Builtin() { return kBuiltin; }
+  static bool Same(uint8_t a, uint8_t b) { return Own(a) == Own(b); }
+  static bool SameAsBuiltin(uint8_t s) { return Own(s) == kBuiltin; }
 };
 
 // The alignment code 0..7, seen as its decimal text.
@@ -83,6 +89,9 @@ struct AlignmentRule {
   }
   static uint8_t Unset() { return 8; }
   static std::string Builtin() { return "0"; }
+  // Codes compare as their texts do.
+  static bool Same(uint8_t a, uint8_t b) { return (a & 7) == (b & 7); }
+  static bool SameAsBuiltin(uint8_t s) { return (s & 7) == 0; }
 };
 
 // Every attribute but the alignment, in the order SetMe copies them:
@@ -114,36 +123,51 @@ CFont::CFont() {
 
 template <class Rule>
 typename Rule::Value CFont::Get(Field<Rule> field) const {
-  return Rule::IsSet(this->*field) ? Rule::Own(this->*field) : Inherited<Rule>(field, 0);
+  return Rule::IsSet(this->*field) ? Rule::Own(this->*field) : Inherited<Rule>(field);
 }
 
 // An override in parent 1, then an override in parent 2, then what parent 1
 // inherits, then the built-in default.
 template <class Rule>
-typename Rule::Value CFont::Inherited(Field<Rule> field, int depth) const {
-  const CFont* parent1 = ParentFont1.get();
-  const CFont* parent2 = ParentFont2.get();
-  if (depth < kMaxInheritanceDepth) {
-    if (parent1 != nullptr && Rule::IsSet(parent1->*field)) return Rule::Own(parent1->*field);
-    if (parent2 != nullptr && Rule::IsSet(parent2->*field)) return Rule::Own(parent2->*field);
-    if (parent1 != nullptr) return parent1->Inherited<Rule>(field, depth + 1);
+const typename Rule::Stored* CFont::InheritedStored(Field<Rule> field) const {
+  const CFont* font = this;
+  for (int depth = 0; depth < kMaxInheritanceDepth; ++depth) {
+    const CFont* parent1 = font->ParentFont1.get();
+    const CFont* parent2 = font->ParentFont2.get();
+    if (parent1 != nullptr && Rule::IsSet(parent1->*field)) return &(parent1->*field);
+    if (parent2 != nullptr && Rule::IsSet(parent2->*field)) return &(parent2->*field);
+    if (parent1 == nullptr) break;
+    font = parent1;
   }
-  return Rule::Builtin();
+  return nullptr;
+}
+
+template <class Rule>
+typename Rule::Value CFont::Inherited(Field<Rule> field) const {
+  const typename Rule::Stored* inherited = InheritedStored<Rule>(field);
+  return inherited != nullptr ? Rule::Own(*inherited) : Rule::Builtin();
 }
 
 // Stores the override, then drops it again when it equals what the font
-// would inherit anyway.
+// would inherit anyway. The comparison is made on the stored forms, which
+// read back equal exactly when the values do.
 template <class Rule>
 void CFont::Let(Field<Rule> field, typename Rule::Param value) {
-  this->*field = Rule::Store(value);
-  if (Get<Rule>(field) == Inherited<Rule>(field, 0)) this->*field = Rule::Unset();
+  typename Rule::Stored& stored = this->*field;
+  stored = Rule::Store(value);
+  if (!Rule::IsSet(stored)) {
+    stored = Rule::Unset();
+    return;
+  }
+  const typename Rule::Stored* inherited = InheritedStored<Rule>(field);
+  if (inherited != nullptr ? Rule::Same(stored, *inherited) : Rule::SameAsBuiltin(stored)) stored = Rule::Unset();
 }
 
 #define MANDOR_FONT_ACCESSORS(X, Rule, field)                                                \
   Rule::Value CFont::X() const { return Get<Rule>(&CFont::field); }                       \
   void CFont::X(Rule::Param value) { Let<Rule>(&CFont::field, value); }                      \
   bool CFont::Has##X() const { return Rule::IsSet(field); }                                  \
-  Rule::Value CFont::Default##X() const { return Inherited<Rule>(&CFont::field, 0); }
+  Rule::Value CFont::Default##X() const { return Inherited<Rule>(&CFont::field); }
 
 MANDOR_FONT_ATTRIBUTES(MANDOR_FONT_ACCESSORS)
 

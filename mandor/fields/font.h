@@ -124,7 +124,10 @@ class CFont {
   template <class Rule>
   typename Rule::Value Get(Field<Rule> field) const;
   template <class Rule>
-  typename Rule::Value Inherited(Field<Rule> field, int depth) const;
+  typename Rule::Value Inherited(Field<Rule> field) const;
+  // The stored override the font inherits, or nullptr for the built-in default.
+  template <class Rule>
+  const typename Rule::Stored* InheritedStored(Field<Rule> field) const;
   template <class Rule>
   void Let(Field<Rule> field, typename Rule::Param value);
 

@@ -39,10 +39,8 @@ struct Decimal {
   int exponent = 0;
 };
 
-Decimal ToDecimal(double m, int precision) {
-  char buf[64];
-  const auto result = std::to_chars(buf, buf + sizeof buf, m, std::chars_format::scientific, precision - 1);
-  const std::string_view text(buf, static_cast<size_t>(result.ptr - buf));
+// The digits and exponent of a scientific text such as "1.25e+02".
+Decimal ParseScientific(std::string_view text) {
   Decimal d;
   const size_t e = text.find('e');
   for (char c : text.substr(0, e)) {
@@ -54,6 +52,26 @@ Decimal ToDecimal(double m, int precision) {
   std::from_chars(exp_text.data(), exp_text.data() + exp_text.size(), exponent);
   d.exponent = exponent;
   return d;
+}
+
+Decimal ToDecimal(double m, int precision) {
+  char buf[64];
+  // The shortest text that reads back as m is much cheaper to get than a
+  // rounding to `precision` digits, and is that rounding (zero-padded) when
+  // it has no more digits: m lies within half a unit in its last binary
+  // place of it, which is less than half a unit in the last decimal place
+  // for up to 15 significant digits. Subnormal numbers hold fewer digits of
+  // their own and are left to the full rounding.
+  if (precision <= 15 && m >= DBL_MIN) {
+    const auto shortest = std::to_chars(buf, buf + sizeof buf, m, std::chars_format::scientific);
+    Decimal d = ParseScientific(std::string_view(buf, static_cast<size_t>(shortest.ptr - buf)));
+    if (d.digits.size() <= static_cast<size_t>(precision)) {
+      d.digits.resize(static_cast<size_t>(precision), '0');
+      return d;
+    }
+  }
+  const auto result = std::to_chars(buf, buf + sizeof buf, m, std::chars_format::scientific, precision - 1);
+  return ParseScientific(std::string_view(buf, static_cast<size_t>(result.ptr - buf)));
 }
 
 std::string NonFiniteText(double v, const Locale& locale) {

@@ -36,7 +36,7 @@ TEST(NumberTest, SingleAndDoubleToText) {
       {1e15, kPoint, "1E+15"}, {999999999999999.9, kPoint, "1E+15"},
       {1.25e100, kComma, "1,25E+100"}, {-1.5e-300, kPoint, "-1.5E-300"},
       {0.000123, kPoint, "0.000123"}, {0.0, kPoint, "0"}, {std::nan(""), kPoint, "-1.#IND"},
-      {-kInf, kPoint, "-1.#INF"}};
+      {-kInf, kPoint, "-1.#INF"}, {4.9406564584124654e-324, kPoint, "4.94065645841247E-324"}};
   for (const auto& c : doubles) EXPECT_EQ(DoubleToText(c.v, c.l), c.text) << c.text;
   EXPECT_EQ(BoolToText(true, kComma) + BoolToText(false, kComma), "VraiFaux");
   EXPECT_EQ(BoolToText(true, kPoint) + BoolToText(false, kPoint), "TrueFalse");
