@@ -35,31 +35,22 @@ namespace {
 
 std::string Attr(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
 
-// The attributes of a field element, found in one walk over them instead of
-// one search per attribute. As element.attribute(name) does, the first
-// attribute of a name counts; a missing one reads as "".
-enum FieldAttribute { kName, kPage, kX, kY, kW, kH, kIPrint, kType, kVType, kSubType, kHType, kDec, kSubName, kFormula, kReferant, kLabel, kOptional, kGroupe, kToReport, kValue, kFieldAttributeCount };
+// The attributes of a field element, found in one walk over them (see
+// ElementAttributes).
+enum FieldAttribute { kName, kPage, kX, kY, kW, kH, kIPrint, kType, kVType, kSubType, kHType, kDec, kSubName, kFormula, kReferant, kLabel, kOptional, kGroupe, kToReport, kValue };
 
 class FieldAttributes {
  public:
-  explicit FieldAttributes(const pugi::xml_node& element) {
-    static const std::unordered_map<std::string_view, FieldAttribute> slots = [] {
-      static constexpr const char* kNames[kFieldAttributeCount] = {"mn:Name", "mn:Page", "mn:X", "mn:Y", "mn:W", "mn:H", "mn:iPrint", "mn:Type", "mn:V_Type", "mn:SubType", "mn:H_Type", "mn:Dec", "mn:subName", "mn:Formula", "mn:Referant", "mn:Label", "mn:Optional", "mn:Groupe", "mn:ToReport", "mn:Value"};
-      std::unordered_map<std::string_view, FieldAttribute> map;
-      for (int i = 0; i < kFieldAttributeCount; ++i) map.emplace(kNames[i], static_cast<FieldAttribute>(i));
-      return map;
-    }();
-    for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
-      auto it = slots.find(a.name());
-      if (it != slots.end() && !values_[it->second]) values_[it->second] = a.value();
-    }
-  }
-  // The attribute's text, valid as long as the workbook.
-  std::string_view operator[](FieldAttribute slot) const { return values_[slot] ? values_[slot] : ""; }
-  std::string Text(FieldAttribute slot) const { return std::string((*this)[slot]); }
+  explicit FieldAttributes(const pugi::xml_node& element) : values_(element, Names()) {}
+  std::string_view operator[](FieldAttribute slot) const { return values_[slot]; }
+  std::string Text(FieldAttribute slot) const { return std::string(values_[slot]); }
 
  private:
-  const char* values_[kFieldAttributeCount] = {};
+  static const AttributeNames& Names() {
+    static const AttributeNames names{"mn:Name", "mn:Page", "mn:X", "mn:Y", "mn:W", "mn:H", "mn:iPrint", "mn:Type", "mn:V_Type", "mn:SubType", "mn:H_Type", "mn:Dec", "mn:subName", "mn:Formula", "mn:Referant", "mn:Label", "mn:Optional", "mn:Groupe", "mn:ToReport", "mn:Value"};
+    return names;
+  }
+  ElementAttributes values_;
 };
 
 // The first child element called name, as the query "name" selects it.
@@ -194,7 +185,7 @@ cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMand
 
 std::shared_ptr<CFont> cMarquage::GetFont(pugi::xml_node oXmlFont, std::shared_ptr<CFont> oParentFont1,
                                           std::shared_ptr<CFont> oParentFont2) {
-  return CFont::GetFontFromXmlNode(oXmlFont, std::move(oParentFont1), std::move(oParentFont2));
+  return CFont::ReadXmlFont(oXmlFont, std::move(oParentFont1), std::move(oParentFont2));
 }
 
 // Header pass. Any failure here (a non-numeric "mn:Orientation" or "mn:H", a
