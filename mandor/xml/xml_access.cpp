@@ -142,7 +142,8 @@ AttributeNames::AttributeNames(const char* const* names, size_t count) {
   count_ = count;
 }
 
-ElementAttributes::ElementAttributes(const pugi::xml_node& element, const AttributeNames& names) {
+ElementAttributes::ElementAttributes(const pugi::xml_node& element, const AttributeNames& names)
+    : element_(element) {
   for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
     const size_t place = names.Find(a.name());
     if (place != AttributeNames::npos && !values_[place]) values_[place] = a.value();

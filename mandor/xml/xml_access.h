@@ -115,10 +115,13 @@ class ElementAttributes {
  public:
   ElementAttributes(const pugi::xml_node& element, const AttributeNames& names);
 
+  const pugi::xml_node& element() const { return element_; }
+
   // The text of the attribute at `place` in the names ("" when missing).
   std::string_view operator[](size_t place) const { return values_[place] ? values_[place] : ""; }
 
  private:
+  pugi::xml_node element_;
   std::array<const char*, AttributeNames::kMaxNames> values_{};
 };
 

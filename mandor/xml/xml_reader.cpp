@@ -10,8 +10,10 @@
 // memory. Numbers may be written with "." or "," whatever the running locale.
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -52,6 +54,13 @@ class FieldAttributes {
   }
   ElementAttributes values_;
 };
+
+// The attributes of a row's "mn:iRow" elements.
+enum RowAttribute { kRowId, kRowName, kRowIPrint, kRowY, kRowH, kRowPage };
+const AttributeNames& RowAttributeNames() {
+  static const AttributeNames names{"mn:ID", "mn:Name", "mn:iPrint", "mn:Y", "mn:H", "mn:Page"};
+  return names;
+}
 
 // The first child element called name, as the query "name" selects it.
 pugi::xml_node FirstChildElement(const pugi::xml_node& parent, const char* name) {
@@ -96,14 +105,17 @@ int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
 
 // value formatted with at least `digits` digits ("000", "00000").
 std::string ZeroPadded(long value, int digits) {
-  if (value >= 0) {
-    std::string text = std::to_string(value);
-    if (text.size() < static_cast<size_t>(digits)) text.insert(0, static_cast<size_t>(digits) - text.size(), '0');
-    return text;
-  }
   char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
-  return buffer;
+  if (value < 0) {
+    std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
+    return buffer;
+  }
+  const size_t length = static_cast<size_t>(std::to_chars(buffer, buffer + sizeof buffer, value).ptr - buffer);
+  const size_t width = static_cast<size_t>(digits);
+  if (length >= width) return std::string(buffer, length);
+  std::string text(width - length, '0');
+  text.append(buffer, length);
+  return text;
 }
 
 // Runs one statement of a reader that carries on after a failing statement:
@@ -131,23 +143,30 @@ std::vector<pugi::xml_node> ChildrenWithId(const pugi::xml_node& parent, const c
 // Rulers by name for the document being read. Regles_V and Regles_H are keyed
 // by the rulers' Ids ("001", "00001"), while fields name their vertical ruler
 // and rows their "mn:RefersTo" ruler by Nom; a name look-up through the keyed
-// collections would never find them.
+// collections would never find them. Each side is indexed when first asked:
+// the horizontal one only serves rows without a name of their own.
 struct cMarquage::ReaderIndex {
   std::weak_ptr<Mandor> document;  // an index never outlives its document's identity
+  const Mandor* rulers_of = nullptr;  // the document, while IndexFor's caller holds it
   long vertical_count = -1;
   long horizontal_count = -1;
-  std::unordered_map<std::string, std::shared_ptr<CRegle>> vertical;    // folded Nom -> first ruler
-  std::unordered_map<std::string, std::shared_ptr<CRegle>> horizontal;  // folded Nom -> first ruler
+  std::optional<Collection<CRegle>> vertical;    // keyed by Nom: the first ruler of a name
+  std::optional<Collection<CRegle>> horizontal;  // idem
 
-  std::shared_ptr<CRegle> Vertical(std::string_view name) const { return Find(vertical, name); }
-  std::shared_ptr<CRegle> Horizontal(std::string_view name) const { return Find(horizontal, name); }
+  std::shared_ptr<CRegle> Vertical(std::string_view name) { return Find(vertical, rulers_of->Regles_V, name); }
+  std::shared_ptr<CRegle> Horizontal(std::string_view name) { return Find(horizontal, rulers_of->Regles_H, name); }
 
  private:
-  static std::shared_ptr<CRegle> Find(const std::unordered_map<std::string, std::shared_ptr<CRegle>>& map,
+  static std::shared_ptr<CRegle> Find(std::optional<Collection<CRegle>>& by_name, const Collection<CRegle>& rulers,
                                       std::string_view name) {
-    if (name.empty()) return nullptr;
-    auto it = map.find(FoldCase(name));
-    return it == map.end() ? nullptr : it->second;
+    if (!by_name) {
+      by_name.emplace();
+      for (const auto& regle : rulers) {
+        if (regle) by_name->TryAdd(regle, regle->Nom);
+      }
+    }
+    const std::shared_ptr<CRegle>* found = by_name->Find(name);
+    return found ? *found : nullptr;
   }
 };
 
@@ -161,6 +180,7 @@ struct cMarquage::ReaderIndexes {
 cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMandor) {
   if (!reader_indexes_) reader_indexes_ = std::make_shared<ReaderIndexes>();
   ReaderIndex& index = reader_indexes_->of_document[oMandor.get()];
+  index.rulers_of = oMandor.get();
   // The same document (compared by ownership, without taking a reference)
   // with the same rulers: the index holds.
   const bool same_document = !index.document.expired() && !index.document.owner_before(oMandor) &&
@@ -172,14 +192,8 @@ cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMand
   index.document = oMandor;
   index.vertical_count = oMandor->Regles_V.Count();
   index.horizontal_count = oMandor->Regles_H.Count();
-  index.vertical.clear();
-  index.horizontal.clear();
-  for (const auto& regle : oMandor->Regles_V) {
-    if (regle && !regle->Nom.empty()) index.vertical.emplace(FoldCase(regle->Nom), regle);
-  }
-  for (const auto& regle : oMandor->Regles_H) {
-    if (regle && !regle->Nom.empty()) index.horizontal.emplace(FoldCase(regle->Nom), regle);
-  }
+  index.vertical.reset();
+  index.horizontal.reset();
   return index;
 }
 
@@ -333,11 +347,15 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
 
   std::vector<pugi::xml_node> rows;
   for (pugi::xml_node row = oNode.child("Row"); row; row = row.next_sibling("Row")) {
-    for (pugi::xml_node i_row = row.child("mn:iRow"); i_row; i_row = i_row.next_sibling("mn:iRow")) {
-      DocumentRows* of = reading_of(i_row);
+    const pugi::xml_node first_i_row = row.child("mn:iRow");
+    const pugi::xml_node ilm = first_i_row ? row.child("mn:ILM") : pugi::xml_node();
+    for (pugi::xml_node i_row = first_i_row; i_row; i_row = i_row.next_sibling("mn:iRow")) {
+      const ElementAttributes attributes(i_row, RowAttributeNames());
+      auto it = by_id.find(attributes[kRowId]);
+      DocumentRows* of = it == by_id.end() ? nullptr : &reading[it->second];
       // A row with two "mn:iRow" of one document counts once, with the first.
       if (!of || (!of->row_numbers.empty() && of->row_numbers.back() == rows.size())) continue;
-      of->rulers.push_back(XML_ReadRowRuler(row, i_row, of->document, of->i_rows.size()));
+      of->rulers.push_back(XML_ReadRowRuler(attributes, ilm, of->document, of->i_rows.size()));
       of->i_rows.push_back(i_row);
       of->row_numbers.push_back(rows.size());
     }
@@ -385,28 +403,31 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
   }
 }
 
-// The ruler of the document that row `number` of its rows makes, from its
-// "mn:iRow" (null for a row without a name, or one that cannot be read).
-std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(pugi::xml_node oRow, pugi::xml_node oIRow,
+// The ruler of the document that row `number` of its rows makes, from the
+// attributes of its "mn:iRow" and the row's "mn:ILM" (null for a row without
+// a name, or one that cannot be read).
+std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(const ElementAttributes& oIRow, pugi::xml_node oIlm,
                                                     const std::shared_ptr<Mandor>& oMandor, size_t number) {
   try {
     auto regle = std::make_shared<CRegle>();
-    const std::string name = Attr(oIRow, "mn:Name");
-    regle->Imprimable = Attr(oIRow, "mn:iPrint") != "0" ? -1 : 0;
-    regle->SetPropertiesFromFontClass(GetFont(FontElement(oIRow), oMandor->Font(), nullptr));
+    const std::string_view name = oIRow[kRowName];
+    regle->Imprimable = oIRow[kRowIPrint] != "0" ? -1 : 0;
+    regle->SetPropertiesFromFontClass(GetFont(FontElement(oIRow.element()), oMandor->Font(), nullptr));
     if (name.empty()) return nullptr;
 
     regle->Nom = name;
     regle->oOwnerMandor(oMandor);
-    Resuming([&] { regle->Position_pixel_Y = Single(Attr(oIRow, "mn:Y")); });
-    const std::string height = Attr(oIRow, "mn:H");
+    Resuming([&] { regle->Position_pixel_Y = Single(oIRow[kRowY]); });
+    const std::string_view height = oIRow[kRowH];
     regle->hauteur_pixel = IsNumber(height) ? Single(height) : oMandor->HauteurChamp;
     std::shared_ptr<CPage> page;
-    Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(Attr(oIRow, "mn:Page")))); });
+    Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(oIRow[kRowPage]))); });
     if (page) regle->Page(page);
-    if (pugi::xml_node ilm = oRow.child("mn:ILM")) {
-      regle->TypeLigne = Attr(ilm, "mn:Type");
-      Resuming([&] { regle->Level = Integer(Attr(ilm, "mn:Level")); });
+    if (oIlm) {
+      static const AttributeNames ilm_names{"mn:Type", "mn:Level"};
+      const ElementAttributes ilm(oIlm, ilm_names);
+      regle->TypeLigne = ilm[0];
+      Resuming([&] { regle->Level = Integer(ilm[1]); });
     }
     regle->Id = ZeroPadded(static_cast<long>(number) + 1, 5);
     if (page) page->Regles_H.Add(regle, regle->Id);
