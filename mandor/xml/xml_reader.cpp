@@ -103,19 +103,17 @@ double Real(std::string_view text) {
 float Single(std::string_view text) { return ToSingle(Real(text)); }
 int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
 
-// value formatted with at least `digits` digits ("000", "00000").
+// value formatted with at least `digits` (at most 32) digits ("000", "00000").
 std::string ZeroPadded(long value, int digits) {
-  char buffer[32];
-  if (value < 0) {
+  char buffer[64];
+  if (value < 0 || digits > 32) {
     std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
     return buffer;
   }
-  const size_t length = static_cast<size_t>(std::to_chars(buffer, buffer + sizeof buffer, value).ptr - buffer);
-  const size_t width = static_cast<size_t>(digits);
-  if (length >= width) return std::string(buffer, length);
-  std::string text(width - length, '0');
-  text.append(buffer, length);
-  return text;
+  char* const end = std::to_chars(buffer + 32, buffer + sizeof buffer, value).ptr;
+  char* begin = buffer + 32;
+  while (end - begin < digits) *--begin = '0';
+  return std::string(begin, end);
 }
 
 // Runs one statement of a reader that carries on after a failing statement:
@@ -456,11 +454,12 @@ void cMarquage::XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor
                              const std::shared_ptr<CRegle>& oRegleH) {
   std::shared_ptr<CChamp> champ = XML_ReadChamp(oICell, oMandor, lPosition, false, false, oRegleH);
   const std::string name = champ->Nom();
-  if (!oMandor->Champs.TryAdd(champ, name)) return;
+  const KeyIndex::HashedKey key(name);  // hashed once for both collections
+  if (!oMandor->Champs.TryAdd(champ, key)) return;
   if (champ->Page >= 1 && champ->Page <= oMandor->Pages.Count()) {
     const std::shared_ptr<CPage>& page = oMandor->Pages.Item(champ->Page);
     if (page) {
-      if (!page->Champs.TryAdd(champ, name)) {
+      if (!page->Champs.TryAdd(champ, key)) {
         oMandor->Champs.Remove(oMandor->Champs.Count());  // the last, just added: no shift
         return;
       }
