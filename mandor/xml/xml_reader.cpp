@@ -10,6 +10,7 @@
 // memory. Numbers may be written with "." or "," whatever the running locale.
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -37,23 +38,14 @@ namespace {
 
 std::string Attr(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
 
-// The attributes of a field element, found in one walk over them (see
-// ElementAttributes).
-enum FieldAttribute { kName, kPage, kX, kY, kW, kH, kIPrint, kType, kVType, kSubType, kHType, kDec, kSubName, kFormula, kReferant, kLabel, kOptional, kGroupe, kToReport, kValue };
+// The attributes of a field element ("mn:iCell"), read in one walk over them
+// by FieldAttributes(element).
+enum FieldAttribute { kId, kName, kPage, kX, kY, kW, kH, kIPrint, kType, kVType, kSubType, kHType, kDec, kSubName, kFormula, kReferant, kLabel, kOptional, kGroupe, kToReport, kValue };
 
-class FieldAttributes {
- public:
-  explicit FieldAttributes(const pugi::xml_node& element) : values_(element, Names()) {}
-  std::string_view operator[](FieldAttribute slot) const { return values_[slot]; }
-  std::string Text(FieldAttribute slot) const { return std::string(values_[slot]); }
-
- private:
-  static const AttributeNames& Names() {
-    static const AttributeNames names{"mn:Name", "mn:Page", "mn:X", "mn:Y", "mn:W", "mn:H", "mn:iPrint", "mn:Type", "mn:V_Type", "mn:SubType", "mn:H_Type", "mn:Dec", "mn:subName", "mn:Formula", "mn:Referant", "mn:Label", "mn:Optional", "mn:Groupe", "mn:ToReport", "mn:Value"};
-    return names;
-  }
-  ElementAttributes values_;
-};
+ElementAttributes FieldAttributes(const pugi::xml_node& element) {
+  static const AttributeNames names{"mn:ID", "mn:Name", "mn:Page", "mn:X", "mn:Y", "mn:W", "mn:H", "mn:iPrint", "mn:Type", "mn:V_Type", "mn:SubType", "mn:H_Type", "mn:Dec", "mn:subName", "mn:Formula", "mn:Referant", "mn:Label", "mn:Optional", "mn:Groupe", "mn:ToReport", "mn:Value"};
+  return ElementAttributes(element, names);
+}
 
 // The attributes of a row's "mn:iRow" elements.
 enum RowAttribute { kRowId, kRowName, kRowIPrint, kRowY, kRowH, kRowPage };
@@ -150,8 +142,19 @@ struct cMarquage::ReaderIndex {
   long horizontal_count = -1;
   std::optional<Collection<CRegle>> vertical;    // keyed by Nom: the first ruler of a name
   std::optional<Collection<CRegle>> horizontal;  // idem
+  std::array<std::pair<std::string, std::shared_ptr<CRegle>>, 8> recent_vertical;  // name asked -> answer
+  size_t next_recent = 0;
 
-  std::shared_ptr<CRegle> Vertical(std::string_view name) { return Find(vertical, rulers_of->Regles_V, name); }
+  // Fields name the few columns over and over: the last names asked for
+  // are answered without a case-blind look-up.
+  std::shared_ptr<CRegle> Vertical(std::string_view name) {
+    for (const auto& [asked, regle] : recent_vertical) {
+      if (asked == name) return regle;
+    }
+    std::shared_ptr<CRegle> regle = Find(vertical, rulers_of->Regles_V, name);
+    recent_vertical[next_recent++ % recent_vertical.size()] = {std::string(name), regle};
+    return regle;
+  }
   std::shared_ptr<CRegle> Horizontal(std::string_view name) { return Find(horizontal, rulers_of->Regles_H, name); }
 
  private:
@@ -192,6 +195,7 @@ cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMand
   index.horizontal_count = oMandor->Regles_H.Count();
   index.vertical.reset();
   index.horizontal.reset();
+  index.recent_vertical = {};
   return index;
 }
 
@@ -292,7 +296,8 @@ void cMarquage::XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mando
 void cMarquage::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes,
                                          const std::shared_ptr<Mandor>& oMandor) {
   for (size_t i = 0; i < oNodes.size(); ++i) {
-    std::shared_ptr<CChamp> champ = XML_ReadChamp(oNodes[i], oMandor, static_cast<long>(i), true, false, nullptr);
+    std::shared_ptr<CChamp> champ =
+        XML_ReadChamp(FieldAttributes(oNodes[i]), oMandor, static_cast<long>(i), true, false, nullptr);
     oMandor->Champs.Add(champ, champ->Nom());
     if (!oMandor->ChampsRecurrents.Contains(champ->Nom())) oMandor->ChampsRecurrents.Add(champ, champ->Nom());
   }
@@ -303,7 +308,7 @@ void cMarquage::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNod
 void cMarquage::XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor) {
   long counter = 0;
   for (pugi::xml_node cell = oNode.child("mn:iCell"); cell; cell = cell.next_sibling("mn:iCell")) {
-    std::shared_ptr<CChamp> champ = XML_ReadChamp(cell, oMandor, counter++, false, true, nullptr);
+    std::shared_ptr<CChamp> champ = XML_ReadChamp(FieldAttributes(cell), oMandor, counter++, false, true, nullptr);
     const std::shared_ptr<CPage>& page = oMandor->Pages.Item(static_cast<long>(champ->Page));
     oMandor->Champs.Add(champ, champ->Nom());
     oMandor->champsDataContrat.Add(champ, champ->Nom());
@@ -322,7 +327,7 @@ struct DocumentRows {
   std::vector<std::shared_ptr<CRegle>> rulers;  // the ruler each row made (null for none)
   size_t next = 0;                     // the next of them the cell walk comes to
   // The cell walk's "Cell" and "mn:iCell" pairs of the document in the current row.
-  std::vector<std::pair<pugi::xml_node, pugi::xml_node>> cells;
+  std::vector<std::pair<pugi::xml_node, ElementAttributes>> cells;
 };
 
 // Table pass. The rows are walked twice for all the documents that share
@@ -338,8 +343,8 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
     by_id.emplace(document->Id, reading.size());
     reading.push_back(DocumentRows{document, {}, {}, {}, 0, {}});
   }
-  const auto reading_of = [&](const pugi::xml_node& element) -> DocumentRows* {
-    auto it = by_id.find(element.attribute("mn:ID").value());
+  const auto reading_of = [&](std::string_view id) -> DocumentRows* {
+    auto it = by_id.find(id);
     return it == by_id.end() ? nullptr : &reading[it->second];
   };
 
@@ -349,8 +354,7 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
     const pugi::xml_node ilm = first_i_row ? row.child("mn:ILM") : pugi::xml_node();
     for (pugi::xml_node i_row = first_i_row; i_row; i_row = i_row.next_sibling("mn:iRow")) {
       const ElementAttributes attributes(i_row, RowAttributeNames());
-      auto it = by_id.find(attributes[kRowId]);
-      DocumentRows* of = it == by_id.end() ? nullptr : &reading[it->second];
+      DocumentRows* of = reading_of(attributes[kRowId]);
       // A row with two "mn:iRow" of one document counts once, with the first.
       if (!of || (!of->row_numbers.empty() && of->row_numbers.back() == rows.size())) continue;
       of->rulers.push_back(XML_ReadRowRuler(attributes, ilm, of->document, of->i_rows.size()));
@@ -372,8 +376,9 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
     for (DocumentRows& of : reading) of.cells.clear();
     for (pugi::xml_node cell = row.child("Cell"); cell; cell = cell.next_sibling("Cell")) {
       for (pugi::xml_node i_cell = cell.child("mn:iCell"); i_cell; i_cell = i_cell.next_sibling("mn:iCell")) {
-        DocumentRows* of = reading_of(i_cell);
-        if (of && reads_this_row(*of)) of->cells.emplace_back(cell, i_cell);
+        ElementAttributes attributes = FieldAttributes(i_cell);
+        DocumentRows* of = reading_of(attributes[kId]);
+        if (of && reads_this_row(*of)) of->cells.emplace_back(cell, attributes);
       }
     }
     for (size_t d = 0; d < reading.size(); ++d) {
@@ -441,7 +446,7 @@ void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const s
                               const std::shared_ptr<CRegle>& oRegleH) {
   for (size_t position = 0; position < oCells.size(); ++position) {
     for (const pugi::xml_node& i_cell : ChildrenWithId(oCells[position], "mn:iCell", oMandor->Id)) {
-      XML_ReadCell(i_cell, oMandor, static_cast<long>(position), oRegleH);
+      XML_ReadCell(FieldAttributes(i_cell), oMandor, static_cast<long>(position), oRegleH);
     }
   }
 }
@@ -450,7 +455,7 @@ void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const s
 // out (the collections refuse a second entry under one key); the other
 // fields are read. A field whose page does not exist stays in the document's
 // Champs only.
-void cMarquage::XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
+void cMarquage::XML_ReadCell(const ElementAttributes& oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
                              const std::shared_ptr<CRegle>& oRegleH) {
   std::shared_ptr<CChamp> champ = XML_ReadChamp(oICell, oMandor, lPosition, false, false, oRegleH);
   const std::string name = champ->Nom();
@@ -470,13 +475,12 @@ void cMarquage::XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor
 
 // One field. Each property is read on its own: a bad value in one attribute
 // leaves that property at its former value and the rest is still read.
-std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor,
+std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, const std::shared_ptr<Mandor>& oMandor,
                                                  long lCounter, bool bRecurrent, bool bDataContrat,
                                                  const std::shared_ptr<CRegle>& oRegleH) {
-  const FieldAttributes attr(oNode);
   // The field's font is the one read below, so the default one is not made.
   auto champ = std::make_shared<CChamp>(nullptr);
-  champ->Nom(attr.Text(kName));
+  champ->Nom(std::string(attr[kName]));
   champ->oOwnerMandor(oMandor);
   Resuming([&] { champ->Page = Integer(attr[kPage]); });
   champ->Id = ZeroPadded(lCounter, 5);
@@ -526,8 +530,10 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   // The secondary name is read from "mn:subName" although the writer writes
   // "mn:SubName": both spellings are part of the file format.
   champ->SubName = attr[kSubName];
-  champ->Formule(attr.Text(kFormula));
-  champ->ChampRecurrentDeRef(attr.Text(kReferant));
+  // A new field has neither a formula nor a referent, and is not recurrent
+  // yet: setting either to "" would change nothing.
+  if (!attr[kFormula].empty()) champ->Formule(std::string(attr[kFormula]));
+  if (!attr[kReferant].empty()) champ->ChampRecurrentDeRef(std::string(attr[kReferant]));
 
   // The font is read against the parents the field will have, so that an
   // override equal to the built-in default but not to the rulers' is kept.
@@ -540,20 +546,20 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   } else {
     parent1 = oMandor->Font();
   }
-  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(FirstChildElement(oNode, "mn:iFont"), parent1, parent2)); });
+  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(FirstChildElement(attr.element(), "mn:iFont"), parent1, parent2)); });
   // A font that cannot be read leaves the field the default one.
   if (!champ->Font()) champ->Font(std::make_shared<CFont>());
 
   if (bRecurrent) champ->Recurrent(true);
   if (bDataContrat) {
     champ->IsDataContrat(true);
-    champ->Label(attr.Text(kLabel));
+    champ->Label(std::string(attr[kLabel]));
     champ->IsOptional(attr[kOptional] == "1");
-    champ->Groupe(attr.Text(kGroupe));
-    champ->ToReport(attr.Text(kToReport));
+    champ->Groupe(std::string(attr[kGroupe]));
+    champ->ToReport(std::string(attr[kToReport]));
     // The value is written with the field; reading it back keeps it across
     // a read and a save.
-    champ->InitialValue(attr.Text(kValue));
+    champ->InitialValue(std::string(attr[kValue]));
   }
   return champ;
 }
