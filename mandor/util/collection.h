@@ -60,6 +60,7 @@ class Collection {
 
   // Appends item, under key unless key is empty.
   void Add(Ptr item, std::string_view key = {}) { InsertAt(items_.size(), std::move(item), key); }
+  void Add(Ptr item, const KeyIndex::HashedKey& key) { InsertAt(items_.size(), std::move(item), key); }
   // Appends item under key and returns true, or returns false and changes
   // nothing when the key is taken (Add would raise Error 457).
   bool TryAdd(Ptr item, std::string_view key) { return TryAdd(std::move(item), KeyIndex::HashedKey(key)); }
