@@ -113,17 +113,19 @@ int16_t Integer(std::string_view text) {
   return ToInt16(Real(text));
 }
 
-// value formatted with at least `digits` (at most 32) digits ("000", "00000").
-std::string ZeroPadded(long value, int digits) {
+// Sets text to value written with at least `digits` (at most 32) digits
+// ("000", "00000"), in place: Ids are set for every field and ruler.
+void SetZeroPadded(std::string& text, long value, int digits) {
   char buffer[64];
-  if (value < 0 || digits > 32) {
+  if (value < 0) {
     std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
-    return buffer;
+    text = buffer;
+    return;
   }
   char* const end = std::to_chars(buffer + 32, buffer + sizeof buffer, value).ptr;
   char* begin = buffer + 32;
   while (end - begin < digits) *--begin = '0';
-  return std::string(begin, end);
+  text.assign(begin, end);
 }
 
 // Runs one statement of a reader that carries on after a failing statement:
@@ -193,12 +195,20 @@ struct cMarquage::ReaderIndex {
 // changed since: once per document and pass, though the table pass reads the
 // documents row by row, in turn.
 struct cMarquage::ReaderIndexes {
-  std::unordered_map<const Mandor*, ReaderIndex> of_document;
+  std::unordered_map<const Mandor*, ReaderIndex> of_document;  // nodes stay put as it grows
+  const Mandor* last_document = nullptr;
+  ReaderIndex* last = nullptr;  // of_document[last_document]
 };
 
 cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMandor) {
   if (!reader_indexes_) reader_indexes_ = std::make_shared<ReaderIndexes>();
-  ReaderIndex& index = reader_indexes_->of_document[oMandor.get()];
+  // The fields of one document come in runs: the last index found is tried first.
+  ReaderIndexes& indexes = *reader_indexes_;
+  if (indexes.last_document != oMandor.get()) {
+    indexes.last = &indexes.of_document[oMandor.get()];
+    indexes.last_document = oMandor.get();
+  }
+  ReaderIndex& index = *indexes.last;
   index.rulers_of = oMandor.get();
   // The same document (compared by ownership, without taking a reference)
   // with the same rulers: the index holds.
@@ -279,7 +289,7 @@ void cMarquage::XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Man
       regle->Imprimable = Attr(column, "mn:iPrint") != "0" ? -1 : 0;
       regle->Position_pixel_X = Single(Attr(column, "mn:X"));
       regle->WidthChamp(Single(Attr(column, "mn:W")));
-      regle->Id = ZeroPadded(static_cast<long>(i) + 1, 3);
+      SetZeroPadded(regle->Id, static_cast<long>(i) + 1, 3);
       regle->SetPropertiesFromFontClass(GetFont(XmlSelectNode(column, "mn:iFont"), oMandor->Font(), nullptr));
       oMandor->Regles_V.Add(regle, regle->Id);
     }
@@ -450,7 +460,7 @@ std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(const ElementAttributes& oIR
       regle->TypeLigne = ilm[0];
       Resuming([&] { regle->Level = Integer(ilm[1]); });
     }
-    regle->Id = ZeroPadded(static_cast<long>(number) + 1, 5);
+    SetZeroPadded(regle->Id, static_cast<long>(number) + 1, 5);
     const KeyIndex::HashedKey key(regle->Id);  // hashed once for both collections
     if (page) page->Regles_H.Add(regle, key);
     oMandor->Regles_H.Add(regle, key);
@@ -502,7 +512,7 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
   champ->Nom(std::string(attr[kName]));
   champ->oOwnerMandor(oMandor);
   Resuming([&] { champ->Page = Integer(attr[kPage]); });
-  champ->Id = ZeroPadded(lCounter, 5);
+  SetZeroPadded(champ->Id, lCounter, 5);
 
   // Rulers, found by name (the name setters look them up by key, which
   // finds nothing here).
