@@ -9,6 +9,11 @@
 //
 // None of these operations reports an error: a bad query or a null node gives
 // a null result.
+//
+// ElementAttributes reads the attributes of an element that a reader asks
+// for in one walk, leaving the element as it is: for the catalogue read,
+// whose workbook is dropped afterwards, so that the attributes XmlGetAttribute
+// would add could never be seen.
 #ifndef MANDOR_XML_XML_ACCESS_H_
 #define MANDOR_XML_XML_ACCESS_H_
 
