@@ -111,6 +111,10 @@ class CFont {
   static std::shared_ptr<CFont> GetFontFromXmlNode(const pugi::xml_node& XmlFont,
                                                    std::shared_ptr<CFont> oParentFont1 = nullptr,
                                                    std::shared_ptr<CFont> oParentFont2 = nullptr);
+  // As GetFontFromXmlNode, but leaves the element as it is (the attributes it
+  // lacks are not added): for a document dropped once it is read.
+  static std::shared_ptr<CFont> ReadXmlFont(const pugi::xml_node& XmlFont, std::shared_ptr<CFont> oParentFont1,
+                                            std::shared_ptr<CFont> oParentFont2);
   pugi::xml_node GetXmlFontFromFontClass(pugi::xml_node oXmlParent) const;
 
  private:

@@ -1,8 +1,11 @@
 // Reading and writing a font as the "mn:iFont" element of the XML catalogue.
 
+#include <array>
 #include <cstdlib>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <pugixml.hpp>
 
@@ -16,14 +19,18 @@ namespace mandor {
 
 namespace {
 
-// The number an attribute holds, or nullopt when it is not numeric.
-std::optional<double> NumberOf(const std::string& text) { return ParseNumber(text, CurrentPlatform().locale()); }
+// The attributes of an "mn:iFont" element, in the order they are read.
+enum FontAttribute { kName, kSize, kBold, kItalic, kUnderline, kStrikeThrough, kColor, kBackColor, kAlignment };
+constexpr const char* kFontAttributeNames[] = {"mn:Name",  "mn:Size",  "mn:B",         "mn:I",        "mn:U",
+                                               "mn:S",     "mn:Color", "mn:BackColor", "mn:Alignment"};
+constexpr size_t kFontAttributeCount = std::size(kFontAttributeNames);
+using FontTexts = std::array<std::string_view, kFontAttributeCount>;
 
-// Runs apply on the attribute's number when the attribute is numeric. A value
-// out of the target's range is skipped like a non-numeric one.
+// Runs apply on the text's number when the text is numeric. A value out of
+// the target's range is skipped like a non-numeric one.
 template <class Apply>
-void WhenNumeric(const pugi::xml_node& element, const char* name, Apply apply) {
-  const std::optional<double> value = NumberOf(XmlGetAttribute(element, name).value());
+void WhenNumeric(std::string_view text, Apply apply) {
+  const std::optional<double> value = ParseNumber(text, CurrentPlatform().locale());
   if (!value) return;
   try {
     apply(*value);
@@ -31,32 +38,54 @@ void WhenNumeric(const pugi::xml_node& element, const char* name, Apply apply) {
   }
 }
 
+// A new font on the parents given, with the attributes' texts applied ("" for
+// a missing attribute).
+std::shared_ptr<CFont> NewFont(std::shared_ptr<CFont> parent1, std::shared_ptr<CFont> parent2) {
+  auto font = std::make_shared<CFont>();
+  if (parent1) font->ParentFont1 = std::move(parent1);
+  if (parent2) font->ParentFont2 = std::move(parent2);
+  return font;
+}
+
+void Apply(CFont& font, const FontTexts& text) {
+  if (!text[kName].empty()) font.Name(std::string(text[kName]));
+  WhenNumeric(text[kSize], [&](double v) { font.Size(ToInt16(v)); });
+  WhenNumeric(text[kBold], [&](double v) { font.Bold(v != 0); });
+  WhenNumeric(text[kItalic], [&](double v) { font.Italic(v != 0); });
+  WhenNumeric(text[kUnderline], [&](double v) { font.Underline(v != 0); });
+  WhenNumeric(text[kStrikeThrough], [&](double v) { font.StrikeThrough(v != 0); });
+  WhenNumeric(text[kColor], [&](double v) { font.Color(ToInt32(v)); });
+  // The sign of the back colour carries the transparency; 1 (or -1) alone
+  // says "transparent or not" without a colour of its own.
+  WhenNumeric(text[kBackColor], [&](double v) {
+    const int32_t magnitude = ToInt32(std::abs(v));
+    font.Transparent(StartsWith(Trim(text[kBackColor]), "-"));
+    if (magnitude != 1) font.BackColor(magnitude);
+  });
+  WhenNumeric(text[kAlignment], [&](double v) { font.Alignment(std::to_string(ToByte(v))); });
+}
+
 }  // namespace
 
 std::shared_ptr<CFont> CFont::GetFontFromXmlNode(const pugi::xml_node& XmlFont, std::shared_ptr<CFont> oParentFont1,
                                                  std::shared_ptr<CFont> oParentFont2) {
-  auto font = std::make_shared<CFont>();
-  if (oParentFont1) font->ParentFont1 = std::move(oParentFont1);
-  if (oParentFont2) font->ParentFont2 = std::move(oParentFont2);
+  std::shared_ptr<CFont> font = NewFont(std::move(oParentFont1), std::move(oParentFont2));
   if (!XmlFont) return font;
+  FontTexts text;
+  for (size_t i = 0; i < kFontAttributeCount; ++i) text[i] = XmlGetAttribute(XmlFont, kFontAttributeNames[i]).value();
+  Apply(*font, text);
+  return font;
+}
 
-  const std::string name = XmlGetAttribute(XmlFont, "mn:Name").value();
-  if (!name.empty()) font->Name(name);
-  WhenNumeric(XmlFont, "mn:Size", [&](double v) { font->Size(ToInt16(v)); });
-  WhenNumeric(XmlFont, "mn:B", [&](double v) { font->Bold(v != 0); });
-  WhenNumeric(XmlFont, "mn:I", [&](double v) { font->Italic(v != 0); });
-  WhenNumeric(XmlFont, "mn:U", [&](double v) { font->Underline(v != 0); });
-  WhenNumeric(XmlFont, "mn:S", [&](double v) { font->StrikeThrough(v != 0); });
-  WhenNumeric(XmlFont, "mn:Color", [&](double v) { font->Color(ToInt32(v)); });
-  // The sign of the back colour carries the transparency; 1 (or -1) alone
-  // says "transparent or not" without a colour of its own.
-  const std::string back = Trim(XmlGetAttribute(XmlFont, "mn:BackColor").value());
-  WhenNumeric(XmlFont, "mn:BackColor", [&](double v) {
-    const int32_t magnitude = ToInt32(std::abs(v));
-    font->Transparent(StartsWith(back, "-"));
-    if (magnitude != 1) font->BackColor(magnitude);
-  });
-  WhenNumeric(XmlFont, "mn:Alignment", [&](double v) { font->Alignment(std::to_string(ToByte(v))); });
+std::shared_ptr<CFont> CFont::ReadXmlFont(const pugi::xml_node& XmlFont, std::shared_ptr<CFont> oParentFont1,
+                                          std::shared_ptr<CFont> oParentFont2) {
+  std::shared_ptr<CFont> font = NewFont(std::move(oParentFont1), std::move(oParentFont2));
+  if (!XmlFont) return font;
+  static const AttributeNames names(kFontAttributeNames, kFontAttributeCount);
+  const ElementAttributes attributes(XmlFont, names);
+  FontTexts text;
+  for (size_t i = 0; i < kFontAttributeCount; ++i) text[i] = attributes[i];
+  Apply(*font, text);
   return font;
 }
 

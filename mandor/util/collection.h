@@ -60,9 +60,11 @@ class Collection {
 
   // Appends item, under key unless key is empty.
   void Add(Ptr item, std::string_view key = {}) { InsertAt(items_.size(), std::move(item), key); }
+  void Add(Ptr item, const KeyIndex::HashedKey& key) { InsertAt(items_.size(), std::move(item), key); }
   // Appends item under key and returns true, or returns false and changes
   // nothing when the key is taken (Add would raise Error 457).
-  bool TryAdd(Ptr item, std::string_view key) { return InsertAt(items_.size(), std::move(item), key, false); }
+  bool TryAdd(Ptr item, std::string_view key) { return TryAdd(std::move(item), KeyIndex::HashedKey(key)); }
+  bool TryAdd(Ptr item, const KeyIndex::HashedKey& key) { return InsertAt(items_.size(), std::move(item), key, false); }
 
   // Inserts item before / after the member at 1-based position `index`.
   void AddBefore(Ptr item, std::string_view key, long index) {
@@ -110,7 +112,11 @@ class Collection {
   // Inserts item at pos; a key already taken raises Error 457, or gives
   // false when `raise` is off.
   bool InsertAt(size_t pos, Ptr item, std::string_view key, bool raise = true) {
-    const uint32_t hash = key.empty() ? 0 : KeyIndex::Hash(key);
+    return InsertAt(pos, std::move(item), KeyIndex::HashedKey(key), raise);
+  }
+  bool InsertAt(size_t pos, Ptr item, const KeyIndex::HashedKey& hashed, bool raise = true) {
+    const std::string_view key = hashed.text;
+    const uint32_t hash = hashed.hash;
     if (!key.empty() && index_.Find(key, hash, keys_) != KeyIndex::npos) {
       if (raise) ThrowError(kDuplicateKey);
       return false;

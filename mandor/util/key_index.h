@@ -27,6 +27,14 @@ class KeyIndex {
   // when the key is ASCII.
   static uint32_t Hash(std::string_view key);
 
+  // A key with its Hash (0 for an empty key), computed once to key one
+  // member in several collections.
+  struct HashedKey {
+    explicit HashedKey(std::string_view key) : text(key), hash(key.empty() ? 0 : Hash(key)) {}
+    std::string_view text;
+    uint32_t hash;
+  };
+
   bool Empty() const { return count_ == 0; }
 
   // The place of the member whose key (keys[place]) folds as `key` does,

@@ -82,6 +82,8 @@ std::string ReadWholeFile(const std::string& path) {
   std::string bytes;
   const std::uintmax_t expected = fs::file_size(NativePath(path), ec);
   if (!ec && expected < bytes.max_size()) {
+    // A byte to spare: the XML loader ends the bytes with a zero in place.
+    bytes.reserve(static_cast<size_t>(expected) + 1);
     bytes.resize(static_cast<size_t>(expected));
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
   }

@@ -17,6 +17,14 @@ namespace {
 // own paths, or "/" on POSIX), npos when there is none.
 size_t LastSeparator(std::string_view path) { return path.find_last_of("\\/"); }
 
+// True when the first text node of an element, in a document loaded without
+// its blank text, may have had a blank one before it: one that is not the
+// element's first child, or a CDATA section, which blank text can precede.
+bool MayFollowBlankText(const pugi::xml_text& text) {
+  const pugi::xml_node node = text.data();
+  return node && (node != node.parent().first_child() || node.type() != pugi::node_pcdata);
+}
+
 }  // namespace
 
 cMarquage::cMarquage() = default;
@@ -97,8 +105,9 @@ Collection<Mandor>::const_iterator cMarquage::begin() const { return documents_.
 Collection<Mandor>::const_iterator cMarquage::end() const { return documents_.end(); }
 
 std::shared_ptr<cMarquage> cMarquage::XML_ReadCNF(const std::string& sFile) {
+  // The workbook is dropped after the read: its blank text is not needed.
   WorkbookDocument workbook;
-  if (!workbook.Load(sFile)) return nullptr;
+  if (!workbook.Load(sFile, WorkbookDocument::Keep::kWithoutBlankText)) return nullptr;
 
   // A read that fails half-way leaves the catalogue as it was before it.
   Collection<Mandor> saved_documents = documents_;
@@ -113,7 +122,16 @@ std::shared_ptr<cMarquage> cMarquage::XML_ReadCNF(const std::string& sFile) {
     FullPath(sFile);
     const pugi::xml_node root = workbook.document();
     if (pugi::xml_node header = XmlSelectNode(root, "Workbook/mn:MANDOR")) XML_ReadMandor(header);
-    if (pugi::xml_node properties = XmlSelectNode(root, "Workbook/CustomDocumentProperties")) XML_ReadTVA(properties);
+    constexpr std::string_view kProperties = "Workbook/CustomDocumentProperties";
+    if (pugi::xml_node properties = XmlSelectNode(root, kProperties)) {
+      // The rate is the first text of its element, which may be blank text
+      // the load left out; then it is read from the whole file.
+      WorkbookDocument whole;
+      if (MayFollowBlankText(XmlGetNode(properties, "TVA").text()) && whole.Load(sFile)) {
+        properties = XmlSelectNode(whole.document(), kProperties);
+      }
+      XML_ReadTVA(properties);
+    }
     // The name goes into the query as an XPath literal; a name holding "'"
     // is quoted with '"' instead so that the query stays well-formed.
     const char quote = name_.find('\'') == std::string::npos ? '\'' : '"';

@@ -27,6 +27,7 @@ namespace mandor {
 
 class CChamp;
 class CRegle;
+class ElementAttributes;
 class ImagePdf;
 class Mandor;
 
@@ -94,13 +95,15 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   void XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes, const std::shared_ptr<Mandor>& oMandor);
   void XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor);
-  std::shared_ptr<CRegle> XML_ReadRowRuler(pugi::xml_node oRow, pugi::xml_node oIRow,
+  std::shared_ptr<CRegle> XML_ReadRowRuler(const ElementAttributes& oIRow, pugi::xml_node oIlm,
                                            const std::shared_ptr<Mandor>& oMandor, size_t number);
   void XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
                      const std::shared_ptr<CRegle>& oRegleH);
-  void XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
+  // A field from the attributes of its element (the field attributes of
+  // xml_reader.cpp, read once for the table walk and the field).
+  void XML_ReadCell(const ElementAttributes& oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
                     const std::shared_ptr<CRegle>& oRegleH);
-  std::shared_ptr<CChamp> XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor, long lCounter,
+  std::shared_ptr<CChamp> XML_ReadChamp(const ElementAttributes& oNode, const std::shared_ptr<Mandor>& oMandor, long lCounter,
                                         bool bRecurrent, bool bDataContrat, const std::shared_ptr<CRegle>& oRegleH);
 
   void ScanFolder();

@@ -9,9 +9,19 @@
 //
 // None of these operations reports an error: a bad query or a null node gives
 // a null result.
+//
+// ElementAttributes reads the attributes of an element that a reader asks
+// for in one walk, leaving the element as it is: for the catalogue read,
+// whose workbook is dropped afterwards, so that the attributes XmlGetAttribute
+// would add could never be seen.
 #ifndef MANDOR_XML_XML_ACCESS_H_
 #define MANDOR_XML_XML_ACCESS_H_
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -56,6 +66,100 @@ pugi::xml_node XmlGetNode(pugi::xml_node parent, std::string_view name);
 pugi::xml_node XmlCreateElement(pugi::xml_node parent, std::string_view name,
                                 pugi::xml_node reference_sibling = pugi::xml_node(),
                                 pugi::xml_node insert_before = pugi::xml_node());
+
+// A fixed set of attribute names a reader asks elements for, to find them in
+// one walk over an element's attributes (ElementAttributes) instead of one
+// search along the list per name. Names are matched exactly, as
+// pugi::xml_node::attribute does.
+class AttributeNames {
+ public:
+  static constexpr size_t kMaxNames = 24;
+  static constexpr size_t npos = static_cast<size_t>(-1);
+
+  AttributeNames(std::initializer_list<const char*> names) : AttributeNames(names.begin(), names.size()) {}
+  AttributeNames(const char* const* names, size_t count);
+
+  size_t size() const { return count_; }
+  // The place of name in the set, or npos.
+  size_t Find(const char* name) const;
+
+ private:
+  // A name's length and two words of it: its first and last eight bytes
+  // (four below eight, zero-padded below four). Up to sixteen bytes they
+  // cover the whole name, so that names of equal words are equal.
+  struct Words {
+    uint64_t first = 0;
+    uint64_t last = 0;
+    size_t length = 0;
+    bool operator==(const Words&) const = default;
+  };
+  struct Entry {
+    Words words;
+    const char* name = nullptr;
+    size_t place = npos;  // npos: an empty slot
+  };
+  static constexpr size_t kSlotBits = 6;
+  static constexpr size_t kSlots = size_t{1} << kSlotBits;  // well above kMaxNames
+
+  static Words WordsOf(const char* name);
+  size_t Slot(const Words& words) const {
+    const uint64_t mixed = (words.first ^ (words.last * 0xff51afd7ed558ccdULL) ^ words.length) * multiplier_;
+    return static_cast<size_t>(mixed >> (64 - kSlotBits));
+  }
+
+  std::array<Entry, kSlots> slots_{};
+  size_t count_ = 0;
+  uint64_t multiplier_ = 0;
+};
+
+// The values of an element's attributes named in an AttributeNames set, read
+// without changing the element (unlike XmlGetAttribute): the first attribute
+// of a name counts, as element.attribute(name) finds it, and a missing one
+// reads as "". The texts live as long as the element.
+class ElementAttributes {
+ public:
+  ElementAttributes(const pugi::xml_node& element, const AttributeNames& names);
+
+  const pugi::xml_node& element() const { return element_; }
+
+  // The text of the attribute at `place` in the names ("" when missing).
+  std::string_view operator[](size_t place) const { return values_[place] ? values_[place] : ""; }
+
+ private:
+  pugi::xml_node element_;
+  std::array<const char*, AttributeNames::kMaxNames> values_{};
+};
+
+// Inline: run for every attribute of every element read.
+inline AttributeNames::Words AttributeNames::WordsOf(const char* name) {
+  Words words;
+  words.length = std::strlen(name);
+  const size_t n = words.length;
+  if (n >= 8) {
+    std::memcpy(&words.first, name, 8);
+    std::memcpy(&words.last, name + n - 8, 8);
+  } else if (n >= 4) {
+    uint32_t first = 0, last = 0;
+    std::memcpy(&first, name, 4);
+    std::memcpy(&last, name + n - 4, 4);
+    words.first = first;
+    words.last = last;
+  } else {
+    std::memcpy(&words.first, name, n);
+  }
+  return words;
+}
+
+inline size_t AttributeNames::Find(const char* name) const {
+  const Words words = WordsOf(name);
+  for (size_t i = Slot(words);; i = (i + 1) & (kSlots - 1)) {
+    const Entry& entry = slots_[i];
+    if (entry.place == npos) return npos;
+    if (entry.words == words && (words.length <= 16 || std::memcmp(entry.name, name, words.length) == 0)) {
+      return entry.place;
+    }
+  }
+}
 
 }  // namespace mandor
 

@@ -10,8 +10,11 @@
 // memory. Numbers may be written with "." or "," whatever the running locale.
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,32 +38,21 @@ namespace {
 
 std::string Attr(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
 
-// The attributes of a field element, found in one walk over them instead of
-// one search per attribute. As element.attribute(name) does, the first
-// attribute of a name counts; a missing one reads as "".
-enum FieldAttribute { kName, kPage, kX, kY, kW, kH, kIPrint, kType, kVType, kSubType, kHType, kDec, kSubName, kFormula, kReferant, kLabel, kOptional, kGroupe, kToReport, kValue, kFieldAttributeCount };
+// The attributes of a field element ("mn:iCell"), read in one walk over them
+// by FieldAttributes(element).
+enum FieldAttribute { kId, kName, kPage, kX, kY, kW, kH, kIPrint, kType, kVType, kSubType, kHType, kDec, kSubName, kFormula, kReferant, kLabel, kOptional, kGroupe, kToReport, kValue };
 
-class FieldAttributes {
- public:
-  explicit FieldAttributes(const pugi::xml_node& element) {
-    static const std::unordered_map<std::string_view, FieldAttribute> slots = [] {
-      static constexpr const char* kNames[kFieldAttributeCount] = {"mn:Name", "mn:Page", "mn:X", "mn:Y", "mn:W", "mn:H", "mn:iPrint", "mn:Type", "mn:V_Type", "mn:SubType", "mn:H_Type", "mn:Dec", "mn:subName", "mn:Formula", "mn:Referant", "mn:Label", "mn:Optional", "mn:Groupe", "mn:ToReport", "mn:Value"};
-      std::unordered_map<std::string_view, FieldAttribute> map;
-      for (int i = 0; i < kFieldAttributeCount; ++i) map.emplace(kNames[i], static_cast<FieldAttribute>(i));
-      return map;
-    }();
-    for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
-      auto it = slots.find(a.name());
-      if (it != slots.end() && !values_[it->second]) values_[it->second] = a.value();
-    }
-  }
-  // The attribute's text, valid as long as the workbook.
-  std::string_view operator[](FieldAttribute slot) const { return values_[slot] ? values_[slot] : ""; }
-  std::string Text(FieldAttribute slot) const { return std::string((*this)[slot]); }
+ElementAttributes FieldAttributes(const pugi::xml_node& element) {
+  static const AttributeNames names{"mn:ID", "mn:Name", "mn:Page", "mn:X", "mn:Y", "mn:W", "mn:H", "mn:iPrint", "mn:Type", "mn:V_Type", "mn:SubType", "mn:H_Type", "mn:Dec", "mn:subName", "mn:Formula", "mn:Referant", "mn:Label", "mn:Optional", "mn:Groupe", "mn:ToReport", "mn:Value"};
+  return ElementAttributes(element, names);
+}
 
- private:
-  const char* values_[kFieldAttributeCount] = {};
-};
+// The attributes of a row's "mn:iRow" elements.
+enum RowAttribute { kRowId, kRowName, kRowIPrint, kRowY, kRowH, kRowPage };
+const AttributeNames& RowAttributeNames() {
+  static const AttributeNames names{"mn:ID", "mn:Name", "mn:iPrint", "mn:Y", "mn:H", "mn:Page"};
+  return names;
+}
 
 // The first child element called name, as the query "name" selects it.
 pugi::xml_node FirstChildElement(const pugi::xml_node& parent, const char* name) {
@@ -100,19 +92,40 @@ double Real(std::string_view text) {
   if (const std::optional<double> whole = WholeNumber(text)) return *whole;
   return ToDouble(InLocale(text), CurrentPlatform().locale());
 }
-float Single(std::string_view text) { return ToSingle(Real(text)); }
-int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
-
-// value formatted with at least `digits` digits ("000", "00000").
-std::string ZeroPadded(long value, int digits) {
-  if (value >= 0) {
-    std::string text = std::to_string(value);
-    if (text.size() < static_cast<size_t>(digits)) text.insert(0, static_cast<size_t>(digits) - text.size(), '0');
-    return text;
+// The value of one to four digits (most numbers of a catalogue: pages,
+// types, positions), which the conversions below give unchanged.
+std::optional<int16_t> FewDigits(std::string_view text) {
+  if (text.empty() || text.size() > 4) return std::nullopt;
+  int16_t value = 0;
+  for (const char c : text) {
+    if (c < '0' || c > '9') return std::nullopt;
+    value = static_cast<int16_t>(value * 10 + (c - '0'));
   }
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
-  return buffer;
+  return value;
+}
+
+float Single(std::string_view text) {
+  if (const std::optional<int16_t> digits = FewDigits(text)) return *digits;
+  return ToSingle(Real(text));
+}
+int16_t Integer(std::string_view text) {
+  if (const std::optional<int16_t> digits = FewDigits(text)) return *digits;
+  return ToInt16(Real(text));
+}
+
+// Sets text to value written with at least `digits` (at most 32) digits
+// ("000", "00000"), in place: Ids are set for every field and ruler.
+void SetZeroPadded(std::string& text, long value, int digits) {
+  char buffer[64];
+  if (value < 0) {
+    std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
+    text = buffer;
+    return;
+  }
+  char* const end = std::to_chars(buffer + 32, buffer + sizeof buffer, value).ptr;
+  char* begin = buffer + 32;
+  while (end - begin < digits) *--begin = '0';
+  text.assign(begin, end);
 }
 
 // Runs one statement of a reader that carries on after a failing statement:
@@ -140,23 +153,41 @@ std::vector<pugi::xml_node> ChildrenWithId(const pugi::xml_node& parent, const c
 // Rulers by name for the document being read. Regles_V and Regles_H are keyed
 // by the rulers' Ids ("001", "00001"), while fields name their vertical ruler
 // and rows their "mn:RefersTo" ruler by Nom; a name look-up through the keyed
-// collections would never find them.
+// collections would never find them. Each side is indexed when first asked:
+// the horizontal one only serves rows without a name of their own.
 struct cMarquage::ReaderIndex {
   std::weak_ptr<Mandor> document;  // an index never outlives its document's identity
+  const Mandor* rulers_of = nullptr;  // the document, while IndexFor's caller holds it
   long vertical_count = -1;
   long horizontal_count = -1;
-  std::unordered_map<std::string, std::shared_ptr<CRegle>> vertical;    // folded Nom -> first ruler
-  std::unordered_map<std::string, std::shared_ptr<CRegle>> horizontal;  // folded Nom -> first ruler
+  std::optional<Collection<CRegle>> vertical;    // keyed by Nom: the first ruler of a name
+  std::optional<Collection<CRegle>> horizontal;  // idem
+  std::array<std::pair<std::string, std::shared_ptr<CRegle>>, 8> recent_vertical;  // name asked -> answer
+  size_t next_recent = 0;
 
-  std::shared_ptr<CRegle> Vertical(std::string_view name) const { return Find(vertical, name); }
-  std::shared_ptr<CRegle> Horizontal(std::string_view name) const { return Find(horizontal, name); }
+  // Fields name the few columns over and over: the last names asked for
+  // are answered without a case-blind look-up.
+  std::shared_ptr<CRegle> Vertical(std::string_view name) {
+    for (const auto& [asked, regle] : recent_vertical) {
+      if (asked == name) return regle;
+    }
+    std::shared_ptr<CRegle> regle = Find(vertical, rulers_of->Regles_V, name);
+    recent_vertical[next_recent++ % recent_vertical.size()] = {std::string(name), regle};
+    return regle;
+  }
+  std::shared_ptr<CRegle> Horizontal(std::string_view name) { return Find(horizontal, rulers_of->Regles_H, name); }
 
  private:
-  static std::shared_ptr<CRegle> Find(const std::unordered_map<std::string, std::shared_ptr<CRegle>>& map,
+  static std::shared_ptr<CRegle> Find(std::optional<Collection<CRegle>>& by_name, const Collection<CRegle>& rulers,
                                       std::string_view name) {
-    if (name.empty()) return nullptr;
-    auto it = map.find(FoldCase(name));
-    return it == map.end() ? nullptr : it->second;
+    if (!by_name) {
+      by_name.emplace();
+      for (const auto& regle : rulers) {
+        if (regle) by_name->TryAdd(regle, regle->Nom);
+      }
+    }
+    const std::shared_ptr<CRegle>* found = by_name->Find(name);
+    return found ? *found : nullptr;
   }
 };
 
@@ -164,12 +195,21 @@ struct cMarquage::ReaderIndex {
 // changed since: once per document and pass, though the table pass reads the
 // documents row by row, in turn.
 struct cMarquage::ReaderIndexes {
-  std::unordered_map<const Mandor*, ReaderIndex> of_document;
+  std::unordered_map<const Mandor*, ReaderIndex> of_document;  // nodes stay put as it grows
+  const Mandor* last_document = nullptr;
+  ReaderIndex* last = nullptr;  // of_document[last_document]
 };
 
 cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMandor) {
   if (!reader_indexes_) reader_indexes_ = std::make_shared<ReaderIndexes>();
-  ReaderIndex& index = reader_indexes_->of_document[oMandor.get()];
+  // The fields of one document come in runs: the last index found is tried first.
+  ReaderIndexes& indexes = *reader_indexes_;
+  if (indexes.last_document != oMandor.get()) {
+    indexes.last = &indexes.of_document[oMandor.get()];
+    indexes.last_document = oMandor.get();
+  }
+  ReaderIndex& index = *indexes.last;
+  index.rulers_of = oMandor.get();
   // The same document (compared by ownership, without taking a reference)
   // with the same rulers: the index holds.
   const bool same_document = !index.document.expired() && !index.document.owner_before(oMandor) &&
@@ -181,20 +221,15 @@ cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMand
   index.document = oMandor;
   index.vertical_count = oMandor->Regles_V.Count();
   index.horizontal_count = oMandor->Regles_H.Count();
-  index.vertical.clear();
-  index.horizontal.clear();
-  for (const auto& regle : oMandor->Regles_V) {
-    if (regle && !regle->Nom.empty()) index.vertical.emplace(FoldCase(regle->Nom), regle);
-  }
-  for (const auto& regle : oMandor->Regles_H) {
-    if (regle && !regle->Nom.empty()) index.horizontal.emplace(FoldCase(regle->Nom), regle);
-  }
+  index.vertical.reset();
+  index.horizontal.reset();
+  index.recent_vertical = {};
   return index;
 }
 
 std::shared_ptr<CFont> cMarquage::GetFont(pugi::xml_node oXmlFont, std::shared_ptr<CFont> oParentFont1,
                                           std::shared_ptr<CFont> oParentFont2) {
-  return CFont::GetFontFromXmlNode(oXmlFont, std::move(oParentFont1), std::move(oParentFont2));
+  return CFont::ReadXmlFont(oXmlFont, std::move(oParentFont1), std::move(oParentFont2));
 }
 
 // Header pass. Any failure here (a non-numeric "mn:Orientation" or "mn:H", a
@@ -254,7 +289,7 @@ void cMarquage::XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Man
       regle->Imprimable = Attr(column, "mn:iPrint") != "0" ? -1 : 0;
       regle->Position_pixel_X = Single(Attr(column, "mn:X"));
       regle->WidthChamp(Single(Attr(column, "mn:W")));
-      regle->Id = ZeroPadded(static_cast<long>(i) + 1, 3);
+      SetZeroPadded(regle->Id, static_cast<long>(i) + 1, 3);
       regle->SetPropertiesFromFontClass(GetFont(XmlSelectNode(column, "mn:iFont"), oMandor->Font(), nullptr));
       oMandor->Regles_V.Add(regle, regle->Id);
     }
@@ -289,7 +324,8 @@ void cMarquage::XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mando
 void cMarquage::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes,
                                          const std::shared_ptr<Mandor>& oMandor) {
   for (size_t i = 0; i < oNodes.size(); ++i) {
-    std::shared_ptr<CChamp> champ = XML_ReadChamp(oNodes[i], oMandor, static_cast<long>(i), true, false, nullptr);
+    std::shared_ptr<CChamp> champ =
+        XML_ReadChamp(FieldAttributes(oNodes[i]), oMandor, static_cast<long>(i), true, false, nullptr);
     oMandor->Champs.Add(champ, champ->Nom());
     if (!oMandor->ChampsRecurrents.Contains(champ->Nom())) oMandor->ChampsRecurrents.Add(champ, champ->Nom());
   }
@@ -300,7 +336,7 @@ void cMarquage::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNod
 void cMarquage::XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor) {
   long counter = 0;
   for (pugi::xml_node cell = oNode.child("mn:iCell"); cell; cell = cell.next_sibling("mn:iCell")) {
-    std::shared_ptr<CChamp> champ = XML_ReadChamp(cell, oMandor, counter++, false, true, nullptr);
+    std::shared_ptr<CChamp> champ = XML_ReadChamp(FieldAttributes(cell), oMandor, counter++, false, true, nullptr);
     const std::shared_ptr<CPage>& page = oMandor->Pages.Item(static_cast<long>(champ->Page));
     oMandor->Champs.Add(champ, champ->Nom());
     oMandor->champsDataContrat.Add(champ, champ->Nom());
@@ -319,7 +355,7 @@ struct DocumentRows {
   std::vector<std::shared_ptr<CRegle>> rulers;  // the ruler each row made (null for none)
   size_t next = 0;                     // the next of them the cell walk comes to
   // The cell walk's "Cell" and "mn:iCell" pairs of the document in the current row.
-  std::vector<std::pair<pugi::xml_node, pugi::xml_node>> cells;
+  std::vector<std::pair<pugi::xml_node, ElementAttributes>> cells;
 };
 
 // Table pass. The rows are walked twice for all the documents that share
@@ -335,18 +371,21 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
     by_id.emplace(document->Id, reading.size());
     reading.push_back(DocumentRows{document, {}, {}, {}, 0, {}});
   }
-  const auto reading_of = [&](const pugi::xml_node& element) -> DocumentRows* {
-    auto it = by_id.find(element.attribute("mn:ID").value());
+  const auto reading_of = [&](std::string_view id) -> DocumentRows* {
+    auto it = by_id.find(id);
     return it == by_id.end() ? nullptr : &reading[it->second];
   };
 
   std::vector<pugi::xml_node> rows;
   for (pugi::xml_node row = oNode.child("Row"); row; row = row.next_sibling("Row")) {
-    for (pugi::xml_node i_row = row.child("mn:iRow"); i_row; i_row = i_row.next_sibling("mn:iRow")) {
-      DocumentRows* of = reading_of(i_row);
+    const pugi::xml_node first_i_row = row.child("mn:iRow");
+    const pugi::xml_node ilm = first_i_row ? row.child("mn:ILM") : pugi::xml_node();
+    for (pugi::xml_node i_row = first_i_row; i_row; i_row = i_row.next_sibling("mn:iRow")) {
+      const ElementAttributes attributes(i_row, RowAttributeNames());
+      DocumentRows* of = reading_of(attributes[kRowId]);
       // A row with two "mn:iRow" of one document counts once, with the first.
       if (!of || (!of->row_numbers.empty() && of->row_numbers.back() == rows.size())) continue;
-      of->rulers.push_back(XML_ReadRowRuler(row, i_row, of->document, of->i_rows.size()));
+      of->rulers.push_back(XML_ReadRowRuler(attributes, ilm, of->document, of->i_rows.size()));
       of->i_rows.push_back(i_row);
       of->row_numbers.push_back(rows.size());
     }
@@ -365,8 +404,9 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
     for (DocumentRows& of : reading) of.cells.clear();
     for (pugi::xml_node cell = row.child("Cell"); cell; cell = cell.next_sibling("Cell")) {
       for (pugi::xml_node i_cell = cell.child("mn:iCell"); i_cell; i_cell = i_cell.next_sibling("mn:iCell")) {
-        DocumentRows* of = reading_of(i_cell);
-        if (of && reads_this_row(*of)) of->cells.emplace_back(cell, i_cell);
+        ElementAttributes attributes = FieldAttributes(i_cell);
+        DocumentRows* of = reading_of(attributes[kId]);
+        if (of && reads_this_row(*of)) of->cells.emplace_back(cell, attributes);
       }
     }
     for (size_t d = 0; d < reading.size(); ++d) {
@@ -394,32 +434,36 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
   }
 }
 
-// The ruler of the document that row `number` of its rows makes, from its
-// "mn:iRow" (null for a row without a name, or one that cannot be read).
-std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(pugi::xml_node oRow, pugi::xml_node oIRow,
+// The ruler of the document that row `number` of its rows makes, from the
+// attributes of its "mn:iRow" and the row's "mn:ILM" (null for a row without
+// a name, or one that cannot be read).
+std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(const ElementAttributes& oIRow, pugi::xml_node oIlm,
                                                     const std::shared_ptr<Mandor>& oMandor, size_t number) {
   try {
     auto regle = std::make_shared<CRegle>();
-    const std::string name = Attr(oIRow, "mn:Name");
-    regle->Imprimable = Attr(oIRow, "mn:iPrint") != "0" ? -1 : 0;
-    regle->SetPropertiesFromFontClass(GetFont(FontElement(oIRow), oMandor->Font(), nullptr));
+    const std::string_view name = oIRow[kRowName];
+    regle->Imprimable = oIRow[kRowIPrint] != "0" ? -1 : 0;
+    regle->SetPropertiesFromFontClass(GetFont(FontElement(oIRow.element()), oMandor->Font(), nullptr));
     if (name.empty()) return nullptr;
 
     regle->Nom = name;
     regle->oOwnerMandor(oMandor);
-    Resuming([&] { regle->Position_pixel_Y = Single(Attr(oIRow, "mn:Y")); });
-    const std::string height = Attr(oIRow, "mn:H");
+    Resuming([&] { regle->Position_pixel_Y = Single(oIRow[kRowY]); });
+    const std::string_view height = oIRow[kRowH];
     regle->hauteur_pixel = IsNumber(height) ? Single(height) : oMandor->HauteurChamp;
     std::shared_ptr<CPage> page;
-    Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(Attr(oIRow, "mn:Page")))); });
+    Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(oIRow[kRowPage]))); });
     if (page) regle->Page(page);
-    if (pugi::xml_node ilm = oRow.child("mn:ILM")) {
-      regle->TypeLigne = Attr(ilm, "mn:Type");
-      Resuming([&] { regle->Level = Integer(Attr(ilm, "mn:Level")); });
+    if (oIlm) {
+      static const AttributeNames ilm_names{"mn:Type", "mn:Level"};
+      const ElementAttributes ilm(oIlm, ilm_names);
+      regle->TypeLigne = ilm[0];
+      Resuming([&] { regle->Level = Integer(ilm[1]); });
     }
-    regle->Id = ZeroPadded(static_cast<long>(number) + 1, 5);
-    if (page) page->Regles_H.Add(regle, regle->Id);
-    oMandor->Regles_H.Add(regle, regle->Id);
+    SetZeroPadded(regle->Id, static_cast<long>(number) + 1, 5);
+    const KeyIndex::HashedKey key(regle->Id);  // hashed once for both collections
+    if (page) page->Regles_H.Add(regle, key);
+    oMandor->Regles_H.Add(regle, key);
     return regle;
   } catch (const std::exception&) {
     return nullptr;
@@ -431,7 +475,7 @@ void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const s
                               const std::shared_ptr<CRegle>& oRegleH) {
   for (size_t position = 0; position < oCells.size(); ++position) {
     for (const pugi::xml_node& i_cell : ChildrenWithId(oCells[position], "mn:iCell", oMandor->Id)) {
-      XML_ReadCell(i_cell, oMandor, static_cast<long>(position), oRegleH);
+      XML_ReadCell(FieldAttributes(i_cell), oMandor, static_cast<long>(position), oRegleH);
     }
   }
 }
@@ -440,15 +484,16 @@ void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const s
 // out (the collections refuse a second entry under one key); the other
 // fields are read. A field whose page does not exist stays in the document's
 // Champs only.
-void cMarquage::XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
+void cMarquage::XML_ReadCell(const ElementAttributes& oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
                              const std::shared_ptr<CRegle>& oRegleH) {
   std::shared_ptr<CChamp> champ = XML_ReadChamp(oICell, oMandor, lPosition, false, false, oRegleH);
   const std::string name = champ->Nom();
-  if (!oMandor->Champs.TryAdd(champ, name)) return;
+  const KeyIndex::HashedKey key(name);  // hashed once for both collections
+  if (!oMandor->Champs.TryAdd(champ, key)) return;
   if (champ->Page >= 1 && champ->Page <= oMandor->Pages.Count()) {
     const std::shared_ptr<CPage>& page = oMandor->Pages.Item(champ->Page);
     if (page) {
-      if (!page->Champs.TryAdd(champ, name)) {
+      if (!page->Champs.TryAdd(champ, key)) {
         oMandor->Champs.Remove(oMandor->Champs.Count());  // the last, just added: no shift
         return;
       }
@@ -459,16 +504,15 @@ void cMarquage::XML_ReadCell(pugi::xml_node oICell, const std::shared_ptr<Mandor
 
 // One field. Each property is read on its own: a bad value in one attribute
 // leaves that property at its former value and the rest is still read.
-std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor,
+std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, const std::shared_ptr<Mandor>& oMandor,
                                                  long lCounter, bool bRecurrent, bool bDataContrat,
                                                  const std::shared_ptr<CRegle>& oRegleH) {
-  const FieldAttributes attr(oNode);
   // The field's font is the one read below, so the default one is not made.
   auto champ = std::make_shared<CChamp>(nullptr);
-  champ->Nom(attr.Text(kName));
+  champ->Nom(std::string(attr[kName]));
   champ->oOwnerMandor(oMandor);
   Resuming([&] { champ->Page = Integer(attr[kPage]); });
-  champ->Id = ZeroPadded(lCounter, 5);
+  SetZeroPadded(champ->Id, lCounter, 5);
 
   // Rulers, found by name (the name setters look them up by key, which
   // finds nothing here).
@@ -515,8 +559,10 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   // The secondary name is read from "mn:subName" although the writer writes
   // "mn:SubName": both spellings are part of the file format.
   champ->SubName = attr[kSubName];
-  champ->Formule(attr.Text(kFormula));
-  champ->ChampRecurrentDeRef(attr.Text(kReferant));
+  // A new field has neither a formula nor a referent, and is not recurrent
+  // yet: setting either to "" would change nothing.
+  if (!attr[kFormula].empty()) champ->Formule(std::string(attr[kFormula]));
+  if (!attr[kReferant].empty()) champ->ChampRecurrentDeRef(std::string(attr[kReferant]));
 
   // The font is read against the parents the field will have, so that an
   // override equal to the built-in default but not to the rulers' is kept.
@@ -529,20 +575,20 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(pugi::xml_node oNode, const std
   } else {
     parent1 = oMandor->Font();
   }
-  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(FirstChildElement(oNode, "mn:iFont"), parent1, parent2)); });
+  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(FirstChildElement(attr.element(), "mn:iFont"), parent1, parent2)); });
   // A font that cannot be read leaves the field the default one.
   if (!champ->Font()) champ->Font(std::make_shared<CFont>());
 
   if (bRecurrent) champ->Recurrent(true);
   if (bDataContrat) {
     champ->IsDataContrat(true);
-    champ->Label(attr.Text(kLabel));
+    champ->Label(std::string(attr[kLabel]));
     champ->IsOptional(attr[kOptional] == "1");
-    champ->Groupe(attr.Text(kGroupe));
-    champ->ToReport(attr.Text(kToReport));
+    champ->Groupe(std::string(attr[kGroupe]));
+    champ->ToReport(std::string(attr[kToReport]));
     // The value is written with the field; reading it back keeps it across
     // a read and a save.
-    champ->InitialValue(attr.Text(kValue));
+    champ->InitialValue(std::string(attr[kValue]));
   }
   return champ;
 }

@@ -79,7 +79,19 @@ TEST_F(FontXmlTest, SkipsWhatIsNotANumberAndInheritsTheRest) {
   EXPECT_STREQ(node.attribute("mn:BackColor").value(), "");
   // An override equal to the parent's value is not kept.
   EXPECT_FALSE(CFont::GetFontFromXmlNode(Element("<f mn:Size=\"12\"/>"), parent1)->HasSize());
+  // ReadXmlFont reads the same font (the first of a name counts) and leaves
+  // the element as it was.
+  const pugi::xml_node kept =
+      Element("<f mn:Size=\"grand\" mn:B=\"0\" mn:BackColor=\" -255\" mn:Size=\"9\" mn:Alignment=\"2\"/>");
+  const std::string before = Serialized(kept);
+  const auto read = CFont::ReadXmlFont(kept, parent1, parent2);
+  EXPECT_EQ(Serialized(kept), before);
+  const auto got = CFont::GetFontFromXmlNode(kept, parent1, parent2);
+  EXPECT_EQ(Effective(*read), Effective(*got));
+  EXPECT_EQ(std::make_tuple(read->HasSize(), read->HasBold(), read->HasBackColor(), read->HasAlignment()),
+            std::make_tuple(false, true, true, true));
   // No element: an empty font on the parents given.
+  EXPECT_FALSE(CFont::ReadXmlFont(pugi::xml_node(), parent1, nullptr)->HasSet());
   const auto empty = CFont::GetFontFromXmlNode(pugi::xml_node(), parent1);
   EXPECT_FALSE(empty->HasSet());
   EXPECT_EQ(empty->Size(), 12);

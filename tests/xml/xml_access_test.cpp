@@ -63,6 +63,30 @@ TEST(XmlAccessTest, GetAttributeCreatesMissingAttributesEmpty) {
   EXPECT_FALSE(XmlGetAttribute(pugi::xml_node(), "mn:ID") || XmlGetAttribute(doc, "mn:ID"));  // no elements
 }
 
+TEST(XmlAccessTest, ElementAttributesReadTheNamedOnesWithoutChangingTheElement) {
+  // Names of every length class: below four bytes, below eight, up to
+  // sixteen, and beyond (two that differ only in the middle).
+  const AttributeNames names{"a",        "mn:X",     "mn:Name", "mn:iPrint", "mn:Referant",
+                             "mn:LongAttributeName1x", "mn:LongAttributeName2x"};
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string("<e mn:Name=\"first\" b=\"\" mn:iPrint=\"1\" mn:Name=\"second\" a=\"A\""
+                              " mn:LongAttributeName2x=\"two\" mn:Nam=\"short\" mn:NameX=\"long\"/>"));
+  const std::string before = Serialized(doc.first_child());
+  const ElementAttributes read(doc.first_child(), names);
+  EXPECT_EQ(read[0], "A");
+  EXPECT_EQ(read[2], "first");  // the first of a name, as attribute() finds it
+  EXPECT_EQ(read[3], "1");
+  EXPECT_EQ(read[6], "two");
+  for (const size_t missing : {1, 4, 5}) EXPECT_EQ(read[missing], "") << missing;
+  EXPECT_EQ(Serialized(doc.first_child()), before);
+  EXPECT_EQ(names.Find("mn:LongAttributeName1x"), 5u);
+  EXPECT_EQ(names.Find("mn:LongAttributeName3x"), AttributeNames::npos);
+  EXPECT_EQ(names.Find(""), AttributeNames::npos);
+
+  // A null node reads as an element without attributes.
+  EXPECT_EQ(ElementAttributes(pugi::xml_node(), names)[2], "");
+}
+
 TEST(XmlAccessTest, GetNodeFindsOrCreatesTheChild) {
   pugi::xml_document doc;
   ASSERT_TRUE(doc.load_string(

@@ -78,6 +78,23 @@ TEST_F(XmlReaderTest, DocumentHeaderAttributes) {
   EXPECT_TRUE(plain->Item(1)->Decimales == 2 && plain->Item(1)->Pages.Count() == 0 && !plain->oDevises);
 }
 
+TEST_F(XmlReaderTest, VatRateIsTheFirstTextOfItsElement) {
+  const auto tva_read = [&](const std::string& element) {
+    std::string bytes = Workbook(Image(""), "");
+    bytes.insert(bytes.find("<mn:MANDOR"), "<CustomDocumentProperties>" + element + "</CustomDocumentProperties>");
+    return ReadBytes(bytes)->Item(1)->TVA;
+  };
+  const float unset = tva_read("");
+  EXPECT_EQ(tva_read("<TVA>19.6</TVA>"), 19.6f);
+  EXPECT_EQ(tva_read("<TVA><!-- rate -->8,5</TVA>"), 8.5f);
+  EXPECT_EQ(tva_read("<TVA><![CDATA[9]]></TVA>"), 9.0f);
+  // Blank text first, before a comment or a CDATA section: not a rate.
+  EXPECT_EQ(tva_read("<TVA>\n  <!-- rate -->\n  8,5\n</TVA>"), unset);
+  EXPECT_EQ(tva_read("<TVA> <![CDATA[9]]></TVA>"), unset);
+  EXPECT_EQ(tva_read("<TVA> </TVA>"), unset);
+  EXPECT_NE(unset, 9.0f);
+}
+
 TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
   // Unloadable files: nothing returned, no message.
   auto fresh = std::make_shared<cMarquage>();
