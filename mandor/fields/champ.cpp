@@ -174,7 +174,9 @@ void CChamp::Type_Champ(int16_t value) {
 }
 
 void CChamp::PropagateIfRecurrent() {
-  if (bPropage && (Recurrent() || !ChampRecurrentDeRef().empty())) PropagerParametresFormule();
+  if (bPropage && (Recurrent() || !RareText(&RareTexts::champ_recurrent_de_ref).empty())) {
+    PropagerParametresFormule();
+  }
 }
 
 void CChamp::CopierParametresFormule(CChamp& source, CChamp& target) {
