@@ -566,6 +566,8 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
 
   // The font is read against the parents the field will have, so that an
   // override equal to the built-in default but not to the rulers' is kept.
+  // They are the parents SetFontPropertiesFromFontClass would give it, so
+  // the font is only attached.
   std::shared_ptr<CFont> parent1, parent2;
   if (oRegleH) {
     parent1 = oRegleH->GetFontClassFromProperties();
@@ -575,7 +577,7 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
   } else {
     parent1 = oMandor->Font();
   }
-  Resuming([&] { champ->SetFontPropertiesFromFontClass(GetFont(FirstChildElement(attr.element(), "mn:iFont"), parent1, parent2)); });
+  Resuming([&] { champ->Font(GetFont(FirstChildElement(attr.element(), "mn:iFont"), parent1, parent2)); });
   // A font that cannot be read leaves the field the default one.
   if (!champ->Font()) champ->Font(std::make_shared<CFont>());
 
