@@ -59,7 +59,7 @@ void Apply(CFont& font, const FontTexts& text) {
   // says "transparent or not" without a colour of its own.
   WhenNumeric(text[kBackColor], [&](double v) {
     const int32_t magnitude = ToInt32(std::abs(v));
-    font.Transparent(StartsWith(Trim(text[kBackColor]), "-"));
+    font.Transparent(StartsWith(TrimView(text[kBackColor]), "-"));
     if (magnitude != 1) font.BackColor(magnitude);
   });
   WhenNumeric(text[kAlignment], [&](double v) { font.Alignment(std::to_string(ToByte(v))); });

@@ -62,9 +62,7 @@ bool IsMdnFileName(std::string_view file_name) {
 std::string Bool01Text(bool value) { return value ? "1" : "0"; }
 
 std::optional<bool> ParseBoolText(std::string_view text) {
-  std::string_view t = text;  // trimmed of spaces, as Trim does, without a copy
-  while (!t.empty() && t.front() == ' ') t.remove_prefix(1);
-  while (!t.empty() && t.back() == ' ') t.remove_suffix(1);
+  const std::string_view t = TrimView(text);
   if (t.empty()) return std::nullopt;
   const Locale& locale = CurrentPlatform().locale();
   // Flags are mostly written exactly as the writer spells them: those need

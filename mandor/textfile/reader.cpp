@@ -114,9 +114,7 @@ NumberedLines NumberedValues(const StringArray& lines, std::string_view prefix, 
   const long prefix_chars = static_cast<long>(CharLength(prefix));
   const bool ascii_prefix = IsAscii(folded_prefix);
   for (size_t j = 1; j < lines.size(); ++j) {
-    std::string_view text = lines[j];
-    const size_t first = text.find_first_not_of(' ');
-    text = first == std::string_view::npos ? std::string_view() : text.substr(first, text.find_last_not_of(' ') - first + 1);
+    const std::string_view text = TrimView(lines[j]);
     size_t head_size = folded_prefix.size();
     if (ascii_prefix && IsAscii(text.substr(0, head_size))) {
       // Without other characters the head is the prefix's bytes, compared as they fold.

@@ -1,6 +1,5 @@
 #include "mandor/util/buffer_text_file.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <utility>
@@ -68,13 +67,12 @@ std::vector<std::string> BufferTextFile::ReadRemainingLines() {
   if (closed_) ThrowClosed();
   std::vector<std::string> rest;
   if (next_ == 0) {
-    rest.swap(lines_);
+    rest.swap(lines_);  // the whole file: no line to move one by one
   } else {
-    rest.assign(std::make_move_iterator(lines_.begin() + static_cast<std::ptrdiff_t>(std::min(next_, lines_.size()))),
-                std::make_move_iterator(lines_.end()));
-    lines_.resize(std::min(next_, lines_.size()));
+    const auto first = lines_.begin() + static_cast<std::ptrdiff_t>(next_);
+    rest.assign(std::make_move_iterator(first), std::make_move_iterator(lines_.end()));
+    lines_.erase(first, lines_.end());
   }
-  next_ = lines_.size();
   return rest;
 }
 

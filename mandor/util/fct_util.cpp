@@ -25,12 +25,6 @@ size_t CharBytes(std::string_view s, size_t i) {
   return n;
 }
 
-std::string_view TrimView(std::string_view s) {
-  size_t b = s.find_first_not_of(' ');
-  if (b == std::string_view::npos) return {};
-  return s.substr(b, s.find_last_not_of(' ') - b + 1);
-}
-
 }  // namespace
 
 void DécomposerChaîne(std::string_view chaîne, StringArray& Paramètres, std::string_view Séparateur) {

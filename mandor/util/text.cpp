@@ -242,12 +242,13 @@ std::string RTrim(std::string_view s) {
   return last == std::string_view::npos ? std::string() : std::string(s.substr(0, last + 1));
 }
 
-std::string Trim(std::string_view s) {
+std::string_view TrimView(std::string_view s) {
   const size_t first = s.find_first_not_of(' ');
-  if (first == std::string_view::npos) return std::string();
-  const size_t last = s.find_last_not_of(' ');
-  return std::string(s.substr(first, last - first + 1));
+  if (first == std::string_view::npos) return {};
+  return s.substr(first, s.find_last_not_of(' ') - first + 1);
 }
+
+std::string Trim(std::string_view s) { return std::string(TrimView(s)); }
 
 std::string UpperCase(std::string_view s) {
   // Keys and names are mostly ASCII: a byte loop does for them, in one pass

@@ -50,6 +50,8 @@ std::string ReplaceAll(std::string_view s, std::string_view find, std::string_vi
 
 // s without leading and trailing spaces (U+0020 only, like the classic Trim).
 std::string Trim(std::string_view s);
+// The same, as a view into s.
+std::string_view TrimView(std::string_view s);
 std::string LTrim(std::string_view s);
 std::string RTrim(std::string_view s);
 

@@ -121,23 +121,14 @@ pugi::xml_node XmlCreateElement(pugi::xml_node parent, std::string_view name, pu
   return element;
 }
 
-// The multiplier of the slot hash is chosen so that the names of the set
-// take distinct slots (found within a few tries for a set of this size);
-// should none be found, colliding names are probed in turn.
+// Names whose slots collide are probed in turn.
 AttributeNames::AttributeNames(const char* const* names, size_t count) {
   if (count > kMaxNames) throw std::length_error("too many attribute names");
-  uint64_t multiplier = 0x9e3779b97f4a7c15ULL;
-  for (int tries = 0;; ++tries, multiplier += 0x632be59bd9b4e01aULL) {
-    multiplier_ = multiplier | 1;
-    slots_.fill(Entry{});
-    bool distinct = true;
-    for (size_t place = 0; place < count; ++place) {
-      const Words words = WordsOf(names[place]);
-      size_t i = Slot(words);
-      for (; slots_[i].place != npos; i = (i + 1) & (kSlots - 1)) distinct = false;
-      slots_[i] = Entry{words, names[place], place};
-    }
-    if (distinct || tries == 1000) break;
+  for (size_t place = 0; place < count; ++place) {
+    const Words words = WordsOf(names[place]);
+    size_t i = Slot(words);
+    while (slots_[i].place != npos) i = (i + 1) & (kSlots - 1);
+    slots_[i] = Entry{words, names[place], place};
   }
   count_ = count;
 }

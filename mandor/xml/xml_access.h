@@ -103,13 +103,12 @@ class AttributeNames {
 
   static Words WordsOf(const char* name);
   size_t Slot(const Words& words) const {
-    const uint64_t mixed = (words.first ^ (words.last * 0xff51afd7ed558ccdULL) ^ words.length) * multiplier_;
+    const uint64_t mixed = (words.first ^ (words.last * 0xff51afd7ed558ccdULL) ^ words.length) * 0x9e3779b97f4a7c15ULL;
     return static_cast<size_t>(mixed >> (64 - kSlotBits));
   }
 
   std::array<Entry, kSlots> slots_{};
   size_t count_ = 0;
-  uint64_t multiplier_ = 0;
 };
 
 // The values of an element's attributes named in an AttributeNames set, read

@@ -92,26 +92,8 @@ double Real(std::string_view text) {
   if (const std::optional<double> whole = WholeNumber(text)) return *whole;
   return ToDouble(InLocale(text), CurrentPlatform().locale());
 }
-// The value of one to four digits (most numbers of a catalogue: pages,
-// types, positions), which the conversions below give unchanged.
-std::optional<int16_t> FewDigits(std::string_view text) {
-  if (text.empty() || text.size() > 4) return std::nullopt;
-  int16_t value = 0;
-  for (const char c : text) {
-    if (c < '0' || c > '9') return std::nullopt;
-    value = static_cast<int16_t>(value * 10 + (c - '0'));
-  }
-  return value;
-}
-
-float Single(std::string_view text) {
-  if (const std::optional<int16_t> digits = FewDigits(text)) return *digits;
-  return ToSingle(Real(text));
-}
-int16_t Integer(std::string_view text) {
-  if (const std::optional<int16_t> digits = FewDigits(text)) return *digits;
-  return ToInt16(Real(text));
-}
+float Single(std::string_view text) { return ToSingle(Real(text)); }
+int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
 
 // Sets text to value written with at least `digits` (at most 32) digits
 // ("000", "00000"), in place: Ids are set for every field and ruler.
