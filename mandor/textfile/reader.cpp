@@ -22,6 +22,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -345,13 +346,19 @@ void SetDefaultCurrency(Mandor& doc, const std::string& text) {
 // Registers the recurrent fields as masters in the document's Champs and the
 // page fields that refer to one of them in champsContenantReference, so that
 // a change of formula settings travels between a master and its copies.
-void LinkRecurrentFields(Mandor& doc) {
+// `referring` holds every page field that names a recurrent field: the others
+// are passed over without being read, which in a large marking spares a
+// cache miss per field.
+void LinkRecurrentFields(Mandor& doc, const std::vector<const CChamp*>& referring) {
   for (const auto& master : doc.ChampsRecurrents) {
     const std::string name = master->Nom();
     if (!name.empty() && !doc.Champs.Contains(name)) doc.Champs.Add(master, name);
   }
+  if (referring.empty()) return;
+  const std::unordered_set<const CChamp*> is_referring(referring.begin(), referring.end());
   for (const auto& page : doc.Pages) {
     for (const auto& field : page->Champs) {
+      if (is_referring.count(field.get()) == 0) continue;
       const std::string ref = field->ChampRecurrentDeRef();
       if (ref.empty() || !doc.ChampsRecurrents.Contains(ref)) continue;
       // Copies on several pages may share a name: only the first takes the key.
@@ -553,6 +560,7 @@ void Mandor::ExtractRegles_V(StringArray& cLignes) {
 
 bool Mandor::ExtractPages(StringArray& cLignes, TextFile& fich) {
   const long long count = CountOf(FindValue(cLignes, "nombre"));
+  std::vector<const CChamp*> referring;
   if (count > 0) {
     std::vector<std::string> lines = AllLines(fich);
     const std::map<long long, size_t> headers = PageHeaderLines(lines);
@@ -564,15 +572,16 @@ bool Mandor::ExtractPages(StringArray& cLignes, TextFile& fich) {
         return false;
       }
       StringArray page_lines = SectionAfter(lines, header->second);
-      int16_t page = ToInt16(static_cast<double>(p));
-      ExtractPage(page_lines, page);
+      ExtractPage(page_lines, ToInt16(static_cast<double>(p)), &referring);
     }
   }
-  LinkRecurrentFields(*this);
+  LinkRecurrentFields(*this, referring);
   return true;
 }
 
-void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
+void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) { ExtractPage(cLignes, iPage, nullptr); }
+
+void Mandor::ExtractPage(StringArray& cLignes, int16_t iPage, std::vector<const CChamp*>* referring) {
   auto self = SelfOf(*this);
   auto page = std::make_shared<CPage>();
   page->oOwnerMandor = self;
@@ -583,6 +592,12 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
   const std::string image = FindValue(cLignes, tf::kKeyImage);
   if (!image.empty()) page->NoImage = Val(image) == 0;
 
+  // Each ruler and field takes a line: the counts the section announces
+  // cannot ask for more room than that.
+  const auto room_for = [&](long long count) {
+    return static_cast<size_t>(std::clamp<long long>(count, 0, static_cast<long long>(cLignes.size())));
+  };
+  page->Regles_H.Reserve(room_for(ruler_count));
   RecordColumns cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRulerPrefix, ruler_count)) {
     if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
@@ -592,6 +607,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
   }
 
   const long long field_count = CountOf(FindValue(cLignes, "nombre_champs"));
+  page->Champs.Reserve(room_for(field_count));
   ReadingOrder order;
   for (const auto& [i, value] : NumberedValues(cLignes, "C", field_count)) {
     if (!SplitRecord(value, tf::field_col::kCount, cols)) continue;
@@ -600,7 +616,9 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
     field->oOwnerPage = page;
     field->Page = iPage;
     FillFieldFromRecord(*this, field, cols, ToInt16(static_cast<double>(i)));
-    field->ChampRecurrentDeRef(std::string(cols[tf::field_col::kChampRecurrentDeRef]));
+    const std::string_view referent = cols[tf::field_col::kChampRecurrentDeRef];
+    field->ChampRecurrentDeRef(std::string(referent));
+    if (referring && !referent.empty()) referring->push_back(field.get());
     field->Transparent(IsBlank(cols[tf::field_col::kTransparent]) ? false
                                                                   : ToBoolValue(cols[tf::field_col::kTransparent]));
     // The value text tells the decimal separator of the document's data.

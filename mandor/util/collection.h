@@ -58,6 +58,15 @@ class Collection {
   // The key of the member at 1-based position index ("" when it has none).
   const std::string& Key(long index) const { return keys_[Position(index)]; }
 
+  // Makes room for `count` members in all, each with a key: a reader that
+  // knows how many it will add saves the sequence and the index from growing
+  // step by step.
+  void Reserve(size_t count) {
+    items_.reserve(count);
+    keys_.reserve(count);
+    index_.Reserve(count);
+  }
+
   // Appends item, under key unless key is empty.
   void Add(Ptr item, std::string_view key = {}) { InsertAt(items_.size(), std::move(item), key); }
   void Add(Ptr item, const KeyIndex::HashedKey& key) { InsertAt(items_.size(), std::move(item), key); }

@@ -91,6 +91,12 @@ void KeyIndex::MakeRoom() {
   if ((count_ + 1) * 2 > slots_.size()) Grow();
 }
 
+void KeyIndex::Reserve(size_t count) {
+  size_t size = slots_.empty() ? 8 : slots_.size();
+  while (size < 2 * count) size *= 2;
+  if (size > slots_.size()) Rehash(size);
+}
+
 void KeyIndex::Add(uint32_t hash, size_t place) {
   MakeRoom();
   size_t i = hash & Mask();
@@ -151,10 +157,12 @@ void KeyIndex::Clear() {
   count_ = 0;
 }
 
-void KeyIndex::Grow() {
+void KeyIndex::Grow() { Rehash(slots_.empty() ? 8 : slots_.size() * 2); }
+
+void KeyIndex::Rehash(size_t size) {
   std::vector<Slot> old;
   old.swap(slots_);
-  slots_.assign(old.empty() ? 8 : old.size() * 2, Slot{});
+  slots_.assign(size, Slot{});
   for (const Slot& slot : old) {
     if (slot.place_plus_1 == 0) continue;
     size_t i = slot.hash & Mask();

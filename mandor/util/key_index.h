@@ -43,6 +43,9 @@ class KeyIndex {
 
   // Makes sure that the next Add does not allocate (so cannot throw).
   void MakeRoom();
+  // Makes room for `count` keys in all, so that adding up to that many
+  // does not grow the table step by step.
+  void Reserve(size_t count);
   // Records that the member at `place` is keyed with the given hash. The
   // caller has checked that its key is not taken.
   void Add(uint32_t hash, size_t place);
@@ -63,6 +66,7 @@ class KeyIndex {
   };
 
   void Grow();
+  void Rehash(size_t size);  // a power of two, more than twice count_
   size_t Mask() const { return slots_.size() - 1; }
 
   std::vector<Slot> slots_;  // power-of-two size, at most half full
