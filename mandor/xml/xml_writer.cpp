@@ -153,18 +153,23 @@ struct WorksheetIndex {
 
 WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id) {
   WorksheetIndex index;
+  // The elements first, then the maps sized for them at once: a large
+  // worksheet's maps would otherwise be rehashed many times over.
+  std::vector<std::pair<pugi::xml_node, pugi::xml_node>> irows;  // (mn:iRow, its row)
   for (const pugi::xml_node& row : XmlSelectNodes(table, "Row")) {
     for (const pugi::xml_node& irow : XmlSelectNodes(row, "mn:iRow")) {
-      if (Peek(irow, "mn:ID") == id) index.rows.emplace(Peek(irow, "mn:Name"), row);
+      if (Peek(irow, "mn:ID") == id) irows.emplace_back(irow, row);
     }
     for (const pugi::xml_node& cell : XmlSelectNodes(row, "Cell")) {
       for (const pugi::xml_node& icell : XmlSelectNodes(cell, "mn:iCell")) {
-        if (Peek(icell, "mn:ID") != id) continue;
-        index.cells.emplace(Peek(icell, "mn:Name"), icell);
-        index.all_cells.push_back(icell);
+        if (Peek(icell, "mn:ID") == id) index.all_cells.push_back(icell);
       }
     }
   }
+  index.rows.reserve(irows.size());
+  for (const auto& [irow, row] : irows) index.rows.emplace(Peek(irow, "mn:Name"), row);
+  index.cells.reserve(index.all_cells.size());
+  for (const pugi::xml_node& icell : index.all_cells) index.cells.emplace(Peek(icell, "mn:Name"), icell);
   return index;
 }
 
@@ -378,6 +383,7 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
   std::unordered_map<std::string, pugi::xml_node> ranges;
   bool ranges_indexed = false;
   std::unordered_set<size_t> written;  // the worksheet mn:iCell elements of this save
+  written.reserve(static_cast<size_t>(oMandor->Champs.Count()));
 
   const auto page_of = [&pages](const CChamp& champ) {
     const auto found = pages.find(std::to_string(champ.Page));
@@ -404,7 +410,8 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
     }
 
     pugi::xml_node node;
-    if (const auto found = index.cells.find(nom); found != index.cells.end()) node = found->second;
+    const auto known = index.cells.find(nom);
+    if (known != index.cells.end()) node = known->second;
     if (!node) {
       // A new field: the cell at the crossing of its rulers' row and column.
       pugi::xml_node row;
@@ -432,7 +439,12 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
       node = XmlCreateElement(CellOfColumn(row, column, regle_v->Nom), "iCell");
     }
     champ->MajXmlNodeFromChampProperties(node);
-    index.cells[nom] = node;
+    // Nothing above changes the map, so the place found for the name still holds.
+    if (known != index.cells.end()) {
+      known->second = node;
+    } else {
+      index.cells.emplace(nom, node);
+    }
     written.insert(node.hash_value());
   }
 
