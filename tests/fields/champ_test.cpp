@@ -49,23 +49,6 @@ class ChampTest : public test_util::MemoryPlatformTest {
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 
-TEST_F(ChampTest, NomSplitsAtTheUnderscores) {
-  // Each name replaces "H7_V7"; without "_" both parts keep what they held.
-  const struct { const char* nom; const char* h; const char* v; } cases[] = {
-      {"A_B_C", "A", "B"}, {"_V", "", "V"}, {"H_", "H", ""}, {"plain", "H7", "V7"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.nom);
-    auto champ = NewField("H7_V7");
-    champ->Nom(c.nom);
-    EXPECT_EQ(champ->Nom(), c.nom);
-    EXPECT_EQ(champ->NomRegleH(), c.h);
-    EXPECT_EQ(champ->NomRegleV(), c.v);
-  }
-  auto orphan = std::make_shared<CChamp>();  // no document: stored, nothing fails
-  orphan->Nom("X_Y");
-  EXPECT_EQ(orphan->NomRegleV() + orphan->NomRegleH(), "YX");
-}
-
 TEST_F(ChampTest, NomAnchorsTheFirstPartAsVerticalRuler) {
   auto v_a = AddRegle(doc_->Regles_V, "A");
   auto v_b = AddRegle(doc_->Regles_V, "B");
@@ -266,20 +249,6 @@ class RecurrentTest : public ChampTest {
 
   std::shared_ptr<CChamp> master_, copy1_, copy2_, other_;
 };
-
-TEST_F(RecurrentTest, ACopyPushesAllItsSettingsToTheMasterAndOtherCopies) {
-  copy1_->bPropage = false;  // gated: only the copy changes
-  copy1_->Formule("A*B"), copy1_->Type_Champ(5), copy1_->Accrochage_V_Type(3);
-  EXPECT_FALSE(copy1_->bPropage);
-  EXPECT_EQ(Settings(*master_) + Settings(*copy2_), "|0|0|0|0|0|0");
-
-  copy1_->bPropage = true;
-  copy2_->bPropage = false;  // a copy is re-armed whatever it was before
-  copy1_->Décimales(2);
-  EXPECT_EQ(Settings(*master_) + " " + Settings(*copy2_) + " " + Settings(*other_), "A*B|5|3|2 A*B|5|3|2 |0|0|0");
-  EXPECT_TRUE(master_->bPropage && copy1_->bPropage && copy2_->bPropage);
-  EXPECT_EQ(master_->OldFormule, "");
-}
 
 TEST_F(RecurrentTest, TheMasterPushesToCopiesNamingItExactly) {
   master_->Formule("X+Y");

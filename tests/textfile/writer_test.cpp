@@ -84,33 +84,6 @@ TEST_F(WriterTest, LayoutBytesInBothLocales) {
   EXPECT_EQ(platform_->Paths().size(), 1u);
 }
 
-TEST_F(WriterTest, GeneratedIdentifiersAreKept) {
-  auto doc = BuildPriceSchedule();
-  EXPECT_EQ(doc->SauvegarderMarquageEx(false), 0);
-  const auto& page1 = *doc->Pages.Item(1L);
-  EXPECT_EQ((std::vector<std::string>{doc->Regles_V.Item(1L)->Id, doc->Regles_V.Item(2L)->Id,
-                                      page1.Regles_H.Item(2L)->Id, page1.Champs.Item(1L)->Id,
-                                      page1.Champs.Item(2L)->Id, doc->Pages.Item(2L)->Champs.Item(1L)->Id}),
-            (std::vector<std::string>{"00001", "V7", "00002", "001_00001", "F2", "002_00001"}));
-
-  // Numbers run past the width of the format; page numbers count in collection order.
-  auto big = std::make_shared<Mandor>();
-  big->Nom_Document("grand.det");
-  for (int n = 1; n <= 12; ++n) AddPage(big, n);
-  auto page12 = big->Pages.Item(12L);
-  for (int i = 1; i <= 3; ++i) {
-    auto c = std::make_shared<CChamp>();
-    c->oOwnerMandor(big);
-    c->Nom("L_" + std::to_string(i));
-    page12->Champs.Add(c, c->Nom());
-  }
-  EXPECT_EQ(big->SauvegarderMarquageStd(), -1);
-  EXPECT_EQ(page12->Champs.Item(3L)->Id, "012_00003");
-  const auto lines = Lines("grand.det.cnf");
-  EXPECT_EQ(Section("grand.det.cnf", "[Page 12]").size(), 6u);
-  EXPECT_TRUE(StartsWith(lines.back(), "c3=012_00003|L_3|"));
-}
-
 TEST_F(WriterTest, ConfirmationResultsAndBackupGenerations) {
   auto unnamed = std::make_shared<Mandor>();
   unnamed->Répertoire_Document = "marchés/";
@@ -189,20 +162,6 @@ TEST_F(WriterTest, SourceSectionAndDataFile) {
   EXPECT_FALSE(platform_->FileExists("d/acte.ae.txt"));
 }
 
-TEST_F(WriterTest, CalageKeysFollowTheType) {
-  auto doc = std::make_shared<Mandor>();
-  doc->Nom_Document("a.det");
-  std::tie(doc->feuille_cm_largeur, doc->feuille_cm_hauteur, doc->image_OrigineX_cm, doc->image_OrigineY_cm,
-           doc->X1_pixel) = std::make_tuple(21.f, 29.7f, 0.5f, -0.25f, 5.f);
-  const auto calage = [&] {
-    EXPECT_EQ(doc->SauvegarderMarquageEx(false), 0);
-    return Section("a.det.xnf", "[Calage]");
-  };
-  EXPECT_EQ(calage(), (std::vector<std::string>{"[Calage]", "Type=0", "Orientation=0", "Version=2", "FondGris=0"}));
-  doc->Type_calage = 7;
-  EXPECT_EQ(calage().size(), 5u);
-}
-
 TEST_F(WriterTest, QuantityValueIsCarriedOnlyWithQte) {
   auto doc = BuildPriceSchedule();
   EXPECT_EQ(doc->SauvegarderMarquageEx(false), 0);  // WithQte omitted: false
@@ -262,45 +221,6 @@ TEST_F(WriterTest, FailurePartWayKeepsThePreviousMarking) {
   EXPECT_EQ(doc->Nom_Document(), "") << "the failed save forgets the document name";
   EXPECT_EQ(platform_->OpenFileCount(), 0u);
   for (const auto& path : platform_->Paths()) EXPECT_FALSE(EndsWith(path, ".tmp")) << path;
-}
-
-TEST_F(WriterTest, StandardFailureKeepsThePreviousMarkingAndRaises) {
-  auto broken = BuildPriceSchedule();
-  broken->Regles_V.Add(nullptr);
-  EXPECT_EQ(test_util::ErrorNumberOf([&] { broken->SauvegarderMarquageStd(); }), kObjectNotSet);
-  EXPECT_FALSE(platform_->FileExists(kStandard));
-
-  platform_->SetFileBytes(kStandard, "old");
-  platform_->FailWriteAfter(10, ".cnf");
-  EXPECT_EQ(test_util::ErrorNumberOf([] { BuildPriceSchedule()->SauvegarderMarquageStd(); }),
-            kPathFileAccessError);
-  EXPECT_EQ(Bytes(kStandard), "old");
-  EXPECT_TRUE(platform_->Paths() == std::vector<std::string>{kStandard} && platform_->messages().empty());
-}
-
-TEST_F(WriterTest, OpenFileWriteAndSectionProcedures) {
-  auto doc = BuildPriceSchedule();
-  platform_->FailOn(MemoryPlatform::Operation::kOpenOutput, "verrou");
-  EXPECT_EQ(doc->OpenFileWrite("dossier/verrou.xnf"), nullptr);
-  platform_->SetFileText("ro.xnf", "x");
-  platform_->SetReadOnly("ro.xnf");
-  EXPECT_EQ(doc->OpenFileWrite("ro.xnf"), nullptr);
-  EXPECT_TRUE(platform_->messages().empty()) << "OpenFileWrite shows no message";
-
-  platform_->SetFileText("s.xnf", "ancien contenu\r\n");
-  auto fich = doc->OpenFileWrite("s.xnf");
-  ASSERT_NE(fich, nullptr);
-  EXPECT_EQ(platform_->FileBytes("s.xnf"), "") << "truncated";
-  EXPECT_TRUE(doc->WriteConstante(*fich) && doc->WriteRegle_V(*fich));
-  fich->Close();
-  EXPECT_TRUE(StartsWith(*platform_->FileText("s.xnf"), "[Constantes]\r\nTVA=19,6\r\n[Règles verticales]\r\n"));
-
-  // A section that cannot finish reports false.
-  auto partial = doc->OpenFileWrite("p.xnf");
-  ASSERT_NE(partial, nullptr);
-  platform_->FailWriteAfter(1, "p.xnf");
-  EXPECT_FALSE(doc->WriteCalage(*partial) || doc->WritePresentation(*partial) || doc->WritePage(*partial, true));
-  EXPECT_EQ(platform_->FileText("p.xnf"), "[Calage]\r\n");
 }
 
 }  // namespace

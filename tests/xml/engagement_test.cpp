@@ -73,19 +73,6 @@ TEST_F(EngagementTest, FirstActTakesTheFirstFreeNumberAndIsWritten) {
   ExpectSaved("first_act.xml");
 }
 
-TEST_F(EngagementTest, NewActReplacesTheFormerOne) {
-  // An act mn2 is replaced by a new mn2, last in the file and in the catalogue.
-  auto catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn2:AE", "mn3:BPU"}));
-  auto former = catalogue->Item("mn2");
-  auto act = NewAct();
-  ASSERT_EQ(catalogue->XML_AddNewAE(act, pdf_), act);
-  EXPECT_EQ(act->Id, "mn2");
-  EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
-  EXPECT_NE(act, former);
-  // The former act's worksheet elements stay.
-  ExpectSaved("replaced_act.xml");
-}
-
 TEST_F(EngagementTest, NumberingCountsUpFromTheFormerAct) {
   // The act is replaced under its own number ("PC" is an act too); without a
   // former act, the first number from 1 that no image uses. An act without currency gets index 0 and an empty "mn:Devise".

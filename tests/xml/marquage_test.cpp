@@ -32,15 +32,6 @@ class MarquageTest : public test_util::MemoryPlatformTest {
   }
 };
 
-TEST_F(MarquageTest, FullPathDerivesFolderFileAndName) {
-  // Without a separator only the full path changes.
-  const std::pair<const char*, const char*> cases[] = {
-      {"C:\\Lots\\Lot 12.final.cnf", "C:\\Lots\\Lot 12.final.cnf|C:\\Lots\\|Lot 12.final.cnf|Lot 12.final"},
-      {"other.xml", "other.xml|C:\\Lots\\|Lot 12.final.cnf|Lot 12.final"},
-      {"/srv/lots/catalogue", "/srv/lots/catalogue|/srv/lots/|catalogue|catalogue"}};
-  for (const auto& [path, where] : cases) EXPECT_EQ((catalogue_->FullPath(path), Where()), where);
-}
-
 TEST_F(MarquageTest, FolderScanListsTextMarkings) {
   for (const char* path : {"lots/A.CNF", "lots/B.xnf", "lots/C.xml", "lots/D", "lots/sub/E.cnf", "lots/F.old.Xnf"}) {
     platform_->SetFileBytes(path, "");

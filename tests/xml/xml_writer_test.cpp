@@ -56,21 +56,6 @@ TEST_F(XmlWriterTest, SavedCataloguesReadBackTheSameAndSaveAgainToTheSameBytes) 
   }
 }
 
-TEST_F(XmlWriterTest, ChangedFieldIsRewrittenInItsCell) {
-  // Only mn1's element changes; no "mn:W" as the width is the column's.
-  auto catalogue = Read();
-  auto dqe = catalogue->Item("mn1");
-  auto champ = dqe->Champs.Item("1.1_PU");
-  champ->Position_pixel_Left = 1190;
-  champ->Position_pixel_Right = 1190 + 160;
-  champ->Décimales(3);
-  champ->Formule("Montant/Qté");
-  champ->SubName = "Prix unitaire";
-  ASSERT_TRUE(Save(dqe));
-  ExpectSaved("changed_field.xml");
-  EXPECT_EQ(Read()->Item("mn1")->Champs.Item("1.1_PU")->SubName, "Prix unitaire");  // through "mn:subName"
-}
-
 TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
   // A last row with its line record, NumP cell, name P_0_1.3 and the field's
   // cell in the PU column; ExpandedRowCount follows.
@@ -190,23 +175,6 @@ TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   ASSERT_TRUE(Save(dqe));
   ASSERT_TRUE(Save(bpu));
   ExpectSaved("no_recurrent.xml");
-}
-
-TEST_F(XmlWriterTest, ImageColumnsAndRowsAreUpdated) {
-  // mn1's settings, font, column Montant and row 1.2 change; mn2's row 1.2
-  // keeps its Y; a column without mn:iCol is not added.
-  auto catalogue = Read();
-  auto dqe = catalogue->Item("mn1");
-  dqe->Decimales = 3;
-  dqe->Font()->Italic(true);
-  auto montant = Ruler(dqe->Regles_V, "Montant");
-  std::tie(montant->Position_pixel_X, montant->Imprimable) = std::make_tuple(1375.5f, 0);
-  auto ghost = std::make_shared<CRegle>();
-  ghost->Nom = "Remise";
-  dqe->Regles_V.Add(ghost, "099");
-  Ruler(dqe->Regles_H, "1.2")->Position_pixel_Y = 585.25f;
-  ASSERT_TRUE(Save(dqe));
-  ExpectSaved("image.xml");
 }
 
 TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
