@@ -49,41 +49,34 @@ class ChampTest : public test_util::MemoryPlatformTest {
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 
-TEST_F(ChampTest, NomAnchorsTheFirstPartAsVerticalRuler) {
+TEST_F(ChampTest, NomSplitsAtTheUnderscoresAndAnchorsTheFirstPartAsVerticalRuler) {
   auto v_a = AddRegle(doc_->Regles_V, "A");
   auto v_b = AddRegle(doc_->Regles_V, "B");
   auto champ = NewField("A_B_C");
-  // The first part picks the vertical ruler, not the second.
+  // The parts are "A" (horizontal) and "B" (vertical), yet the first part
+  // picks the vertical ruler.
+  EXPECT_EQ(champ->NomRegleH() + "|" + champ->NomRegleV(), "A|B");
   EXPECT_EQ(champ->oRegleV(), v_a);
   EXPECT_EQ(champ->oRegleH(), nullptr);
-
   // A horizontal ruler matching the first part also lands in oRegleV; a
   // vertical one of the same name overrides it.
   auto h_l = AddRegle(doc_->Regles_H, "L1");
-  auto h_only = NewField("L1_B");
-  EXPECT_EQ(h_only->oRegleV(), h_l);
-  EXPECT_EQ(h_only->oRegleH(), nullptr);
+  EXPECT_EQ(NewField("L1_B")->oRegleV(), h_l);
   auto v_l = AddRegle(doc_->Regles_V, "L1", "L1bis");
-  h_only->Nom("L1_B");
-  EXPECT_EQ(h_only->oRegleV(), v_l);
+  EXPECT_EQ(NewField("L1_B")->oRegleV(), v_l);
 
   auto lower = NewField("a_B");  // the comparison is exact
   EXPECT_EQ(lower->oRegleV(), nullptr);
   lower->oRegleV(v_b);
-  lower->Nom("ZZ_A");  // no match keeps the previous ruler
+  lower->Nom("plain");  // without "_" the parts, and so the ruler, stay
+  EXPECT_EQ(lower->NomRegleH() + "|" + lower->NomRegleV() + "|" + lower->Nom(), "a|B|plain");
   EXPECT_EQ(lower->oRegleV(), v_b);
-
-  // The last match wins; the loops run without "_" too.
-  AddRegle(doc_->Regles_V, "A", "");
+  // The last match wins; a field without document only stores the name.
   auto second = AddRegle(doc_->Regles_V, "A", "");
-  auto last = NewField("A_X");
-  EXPECT_EQ(last->oRegleV(), second);
-  last->oRegleV(nullptr);
-  last->Nom("renamed");  // searches with the part left from before
-  EXPECT_EQ(last->oRegleV(), second);
-  // On a fresh field the empty part matches a ruler with an empty name.
-  auto unnamed = AddRegle(doc_->Regles_V, "", "unnamed");
-  EXPECT_EQ(NewField("nounderscore")->oRegleV(), unnamed);
+  EXPECT_EQ(NewField("A_X")->oRegleV(), second);
+  auto orphan = std::make_shared<CChamp>();
+  orphan->Nom("_Y");
+  EXPECT_EQ(orphan->NomRegleH() + "|" + orphan->NomRegleV(), "|Y");
 }
 
 TEST_F(ChampTest, InitialValueIsFixedByTheFirstAssignmentOnly) {
@@ -111,35 +104,25 @@ TEST_F(ChampTest, AccrochageLooksTheRulersUp) {
   champ->Accrochage_V("pu");  // keys ignore case
   EXPECT_EQ(champ->oRegleV(), v);
   auto doc_ruler = AddRegle(doc_->Regles_H, "L1");
-  for (const char* missing : {"missing", "L1"}) {  // a horizontal ruler is no vertical anchor
-    champ->Accrochage_V(missing);
-    EXPECT_TRUE(champ->Accrochage_V() == missing && champ->oRegleV() == v) << missing;
-  }
+  champ->Accrochage_V("L1");  // a horizontal ruler is no vertical anchor: the ruler stays
+  EXPECT_TRUE(champ->Accrochage_V() == "L1" && champ->oRegleV() == v);
   auto orphan = std::make_shared<CChamp>();
   orphan->Accrochage_V("PU");
   EXPECT_TRUE(orphan->Accrochage_V() == "PU" && orphan->oRegleV() == nullptr);
 
   // Accrochage_H prefers the ruler of the page at position Page, although
-  // this page's key names page 5.
+  // this page's key names page 5; no match keeps the ruler; no page at
+  // position 5: the document's ruler.
   auto page = AddPage("page_5");
   auto page_ruler = AddRegle(page->Regles_H, "L1");
-  auto page_only = AddRegle(page->Regles_H, "L2");
-  // No page at position 5 or 0: the document ruler; no match keeps the ruler.
-  auto other = NewField();
-  const struct {
-    std::shared_ptr<CChamp> champ;
-    int16_t page;
-    const char* name;
-    std::shared_ptr<CRegle> ruler;
-  } cases[] = {
-      {champ, 1, "L1", page_ruler}, {champ, 1, "L2", page_only}, {champ, 1, "nowhere", page_only},
-      {other, 5, "L1", doc_ruler},  {other, 0, "L2", doc_ruler}};
-  for (const auto& c : cases) {
-    c.champ->Page = c.page;
-    c.champ->Accrochage_H(c.name);
-    EXPECT_TRUE(c.champ->Accrochage_H() == c.name && c.champ->oRegleH() == c.ruler) << c.page << c.name;
-  }
-  EXPECT_EQ(other->oRegleV(), nullptr);
+  champ->Page = 1;
+  champ->Accrochage_H("L1");
+  EXPECT_EQ(champ->oRegleH(), page_ruler);
+  champ->Accrochage_H("nowhere");
+  EXPECT_TRUE(champ->Accrochage_H() == "nowhere" && champ->oRegleH() == page_ruler);
+  champ->Page = 5;
+  champ->Accrochage_H("L1");
+  EXPECT_EQ(champ->oRegleH(), doc_ruler);
 }
 
 TEST_F(ChampTest, FontPropertiesDelegateToTheFieldFont) {

@@ -5,9 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "mandor/fields/champ.h"
 #include "mandor/util/memory_platform.h"
-#include "mandor/xml/marquage.h"
 #include "tests/test_util.h"
 
 namespace mandor {
@@ -54,31 +52,6 @@ TEST_F(MandorTest, LookUpsReturnNullInsteadOfFailing) {
   EXPECT_EQ(doc_->PageCourante(), page);
   doc_->numero_page = 1;
   EXPECT_EQ(doc_->PageCourante(), nullptr);
-}
-
-TEST_F(MandorTest, NumberPicturesAndReadingOrder) {
-  auto field = std::make_shared<CChamp>();
-  EXPECT_EQ(doc_->FormatNombre(field) + " " + doc_->FormatNombreSortie(field), "#,##0 ###########0.");
-  field->Décimales(2);
-  EXPECT_EQ(doc_->FormatNombreSortie(field), "###########0.00");
-  field->Décimales(-3);
-  EXPECT_EQ(doc_->FormatNombre(field), "#,##0.000");
-
-  // InsérerChamp orders by bottom then right; a tie goes after the existing one.
-  const struct { const char* nom; float bottom, right; } fields[] = {
-      {"a", 100, 10}, {"b", 50, 20}, {"c", 100, 5}, {"d", 100, 5}, {"e", 200, 0}, {"A", 1, 1}};
-  Collection<CChamp> sorted;
-  for (const auto& f : fields) {
-    auto c = std::make_shared<CChamp>();
-    c->Nom(f.nom);
-    c->Position_pixel_Bottom = f.bottom;
-    c->Position_pixel_Right = f.right;
-    EXPECT_EQ(ErrorNumberOf([&] { doc_->InsérerChamp(sorted, c); }), f.nom[0] == 'A' ? kDuplicateKey : 0);
-  }
-  std::string order;
-  for (const auto& f : sorted) order += f->Nom();
-  EXPECT_EQ(order, "bcdae");
-  EXPECT_EQ(sorted.Item("C")->Nom(), "c");
 }
 
 }  // namespace
