@@ -106,16 +106,6 @@ TEST(NumberTest, PlainNumbersReadAsTheGeneralConversion) {
   for (const char* not_plain : {"+", "-,", ",", "1,2,3", "1.5", "12a"}) {
     EXPECT_EQ(ParseNumber(not_plain, kComma), std::nullopt) << not_plain;
   }
-  // The whole-number shortcut gives what ParseNumber gives, sign of zero
-  // included, and leaves every other text to it.
-  for (const char* whole : {"0", "-0", "7", "-123456789", "000000042", "999999999"}) {
-    ASSERT_TRUE(WholeNumber(whole)) << whole;
-    EXPECT_EQ(*WholeNumber(whole), *ParseNumber(whole, kComma)) << whole;
-    EXPECT_EQ(std::signbit(*WholeNumber(whole)), std::signbit(*ParseNumber(whole, kPoint))) << whole;
-  }
-  for (const char* other : {"", "-", "+1", " 1", "1 ", "1234567890", "1,5", "1e3", "&H1"}) {
-    EXPECT_EQ(WholeNumber(other), std::nullopt) << other;
-  }
 }
 
 TEST(NumberTest, ValReadsTheLeadingNumber) {
