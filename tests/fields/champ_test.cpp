@@ -205,50 +205,39 @@ TEST_F(ChampTest, PositionsInPoints) {
   EXPECT_EQ(champ->Position_point_Left(), 0.0f);
 }
 
-// A master "M", its copies M_1 and M_2, and a copy N_1 whose master is missing.
-class RecurrentTest : public ChampTest {
- protected:
-  RecurrentTest() {
-    master_ = NewField("M");
-    master_->Recurrent(true);
-    doc_->Champs.Add(master_, "M");
-    copy1_ = AddCopy("M_1", "M");
-    copy2_ = AddCopy("M_2", "M");
-    other_ = AddCopy("N_1", "N");
-  }
-
-  std::shared_ptr<CChamp> AddCopy(const std::string& nom, const std::string& ref) {
+TEST_F(ChampTest, TheRecurrentMasterPushesToCopiesNamingItExactly) {
+  // A master "M", its copies M_1 and M_2, and a copy N_1 whose master is missing.
+  const auto add_copy = [&](const std::string& nom, const std::string& ref) {
     auto copy = NewField(nom);
     copy->ChampRecurrentDeRef(ref);
     doc_->champsContenantReference.Add(copy, nom);
     return copy;
-  }
-
+  };
+  auto master = NewField("M");
+  master->Recurrent(true);
+  doc_->Champs.Add(master, "M");
+  auto copy1 = add_copy("M_1", "M"), copy2 = add_copy("M_2", "M"), other = add_copy("N_1", "N");
   // Formule, Type_Champ, Accrochage_V_Type and Décimales, "|"-separated.
-  static std::string Settings(const CChamp& c) {
+  const auto settings = [](const CChamp& c) {
     return c.Formule() + "|" + std::to_string(c.Type_Champ()) + "|" + std::to_string(c.Accrochage_V_Type()) +
            "|" + std::to_string(c.Décimales());
-  }
+  };
 
-  std::shared_ptr<CChamp> master_, copy1_, copy2_, other_;
-};
-
-TEST_F(RecurrentTest, TheMasterPushesToCopiesNamingItExactly) {
-  master_->Formule("X+Y");
-  EXPECT_EQ(Settings(*copy1_), "X+Y|0|0|0");
-  master_->Type_Champ(21);
-  EXPECT_EQ(Settings(*copy2_), "X+Y|21|0|0");
-  EXPECT_EQ(Settings(*other_), "|0|0|0");
+  master->Formule("X+Y");
+  EXPECT_EQ(settings(*copy1), "X+Y|0|0|0");
+  master->Type_Champ(21);
+  EXPECT_EQ(settings(*copy2), "X+Y|21|0|0");
+  EXPECT_EQ(settings(*other), "|0|0|0");
 
   // A copy naming "m" is left alone, although Champs finds the master under "m".
-  auto lower = AddCopy("m_3", "m");
-  master_->Décimales(4);
-  EXPECT_EQ(copy1_->Décimales() * 10 + lower->Décimales(), 40);
+  auto lower = add_copy("m_3", "m");
+  master->Décimales(4);
+  EXPECT_EQ(copy1->Décimales() * 10 + lower->Décimales(), 40);
   lower->Décimales(1);
-  EXPECT_EQ(master_->Décimales() * 10 + copy1_->Décimales(), 14);
+  EXPECT_EQ(master->Décimales() * 10 + copy1->Décimales(), 14);
   // A copy whose master is missing: the value is stored, then the look-up fails.
-  EXPECT_EQ(ErrorNumberOf([&] { other_->Formule("lost"); }), 5);
-  EXPECT_EQ(other_->Formule(), "lost");
+  EXPECT_EQ(ErrorNumberOf([&] { other->Formule("lost"); }), 5);
+  EXPECT_EQ(other->Formule(), "lost");
 }
 
 TEST_F(ChampTest, NumericPredicatesInBothLocales) {
