@@ -99,7 +99,7 @@ TEST_F(XmlWriterTest, RowsGoToTheMarkingWorksheetAndKeepItValid) {
   ExpectSaved("second_sheet.xml");
 }
 
-TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnAndLeaveAlone) {
+TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnOrGoUnderTheirPage) {
   // Row 2.1 has cells in columns 1 to 4 and 6: a PU cell goes between them.
   // In row 1.2, whose cells carry no index, the cell of a column is found by
   // counting; no cell is added. A deleted field loses only its own element.
@@ -110,19 +110,10 @@ TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnAndLeaveAlone) {
   designation->Nom = "Désignation";
   AddField(dqe, "1.2_Désignation", Ruler(dqe->Regles_H, "1.2"), designation, 1);
   dqe->Champs.Item("1.2_PU")->SupprimerDuDocument("1.2_PU");
-  ASSERT_TRUE(Save(dqe));
-  ExpectSaved("cells.xml");
-  auto reread = Read();
-  EXPECT_FALSE(reread->Item("mn1")->Champs.Contains("1.2_PU"));
-  EXPECT_TRUE(reread->Item("mn2")->Champs.Contains("1.2_PU"));
-}
-
-TEST_F(XmlWriterTest, PageLevelFieldsGoUnderTheirPage) {
-  // No rulers: every position written; TA1 rebuilt, not doubled; a recurrent
-  // one with the recurrent fields; one with rulers in the worksheet; a
-  // lower-case name with no place in the worksheet stays page-level.
-  auto catalogue = Read();
-  auto dqe = catalogue->Item("mn1");
+  // Fields without rulers go under their page, every position written; TA1
+  // is rebuilt, not doubled; a recurrent one goes with the recurrent fields;
+  // one with rulers goes to the worksheet; a lower-case name with no place in
+  // the worksheet stays page-level.
   const auto add = [&](const std::string& nom, int16_t page, bool recurrent) {
     auto champ = AddField(dqe, nom, nullptr, nullptr, page);
     std::tie(champ->Position_pixel_Left, champ->Position_pixel_Right, champ->Position_pixel_Top,
@@ -138,7 +129,10 @@ TEST_F(XmlWriterTest, PageLevelFieldsGoUnderTheirPage) {
   worksheet_field->oRegleV(Ruler(dqe->Regles_V, "Montant"));
   add("ta3", 1, false);
   ASSERT_TRUE(Save(dqe)) << LastMessage();
-  ExpectSaved("page_fields.xml");
+  ExpectSaved("cells.xml");
+  auto reread = Read();
+  EXPECT_FALSE(reread->Item("mn1")->Champs.Contains("1.2_PU"));
+  EXPECT_TRUE(reread->Item("mn2")->Champs.Contains("1.2_PU"));
 }
 
 TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
