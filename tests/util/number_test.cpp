@@ -95,9 +95,6 @@ TEST(NumberTest, PlainNumbersReadAsTheGeneralConversion) {
   EXPECT_EQ(ParseNumber("+5,", kComma), 5.0);
   EXPECT_EQ(ParseNumber("0000000000000001,5", kComma), 1.5);  // 17 digits: the general way
   EXPECT_EQ(ParseNumber("9007199254740993", kPoint), 9007199254740992.0);
-  for (const char* not_plain : {"+", "-,", ",", "1,2,3", "1.5", "12a"}) {
-    EXPECT_EQ(ParseNumber(not_plain, kComma), std::nullopt) << not_plain;
-  }
 }
 
 TEST(NumberTest, ValReadsTheLeadingNumber) {
