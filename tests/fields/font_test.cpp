@@ -84,10 +84,8 @@ TEST_F(FontTest, LetEqualToInheritedValueResetsToUnset) {
   // Different from the inherited value: stored; equal again: dropped.
   const std::vector<std::pair<std::function<void()>, std::function<void()>>> lets = {
       {[&] { font->Name("Courier"); }, [&] { font->Name(""); }},  // an empty name is no override
-      {[&] { font->Name("Courier"); }, [&] { font->Name("Times"); }},
       {[&] { font->Size(20); }, [&] { font->Size(9); }},
       {[&] { font->BackColor(5); }, [&] { font->BackColor(1); }},  // 1 is stored as 0
-      {[&] { font->Transparent(true); }, [&] { font->Transparent(false); }},
       {[&] { font->Bold(false); }, [&] { font->Bold(true); }},
   };
   for (size_t i = 0; i < lets.size(); ++i) {
@@ -109,56 +107,6 @@ TEST_F(FontTest, LetEqualToInheritedValueResetsToUnset) {
   font->Size(9);  // now differs from the inherited 12
   EXPECT_EQ(font->Size(), 9);
   EXPECT_EQ(font->DefaultSize(), 12);
-}
-
-TEST_F(FontTest, ParentOverridesTakePrecedenceOverInheritedValues) {
-  auto grand = NewFont();
-  auto parent1 = NewFont(grand);
-  auto parent2 = NewFont();
-  auto child = NewFont(parent1, parent2);
-  // What parent 1 inherits; parent 2's override beats it; parent 1's beats all.
-  const std::pair<std::shared_ptr<CFont>, const char*> names[] = {
-      {grand, "Times"}, {parent2, "Courier"}, {parent1, "Verdana"}};
-  for (const auto& [font, name] : names) EXPECT_EQ((font->Name(name), child->Name()), name);
-  EXPECT_EQ(child->DefaultName(), "Verdana");
-
-  // Parent 1 inherits bold, parent 2 (inheriting it too) sets it false.
-  grand->Bold(true);
-  parent2->ParentFont1 = grand;
-  parent2->Bold(false);
-  EXPECT_TRUE(parent2->HasBold() && !child->Bold() && parent1->Bold());
-
-  // Changes show at once in descendants; what parent 2 only inherits is ignored.
-  auto grandchild = NewFont(child);
-  grand->Size(14);
-  grand->Italic(true);
-  EXPECT_TRUE(grandchild->Size() == 14 && !grandchild->HasSize());
-  parent1->Size(20);
-  EXPECT_EQ(grandchild->Size(), 20);
-  auto only_parent2 = NewFont(nullptr, NewFont(grand));
-  EXPECT_FALSE(only_parent2->Italic());
-}
-
-TEST_F(FontTest, SpecialPacksStyleBits) {
-  // Bits: 1 bold, 2 italic, 4 underline, 8 strike-through, 16 left, 32 centre,
-  // 64 right; the last alignment bit wins, only the low byte counts and
-  // without an alignment bit the alignment is kept.
-  const struct { int16_t let; int16_t get; const char* effective; const char* overrides; } cases[] = {
-      {1 + 4 + 16 + 64, 1 + 4 + 64, "Arial 9 0 16777215 TBU 1", "BUa"},
-      {2 + 8 + 32, 2 + 8 + 32, "Arial 9 0 16777215 TIS 2", "ISa"},
-      {0, 32, "Arial 9 0 16777215 T 2", "a"},
-      {16, 16, "Arial 9 0 16777215 T 0", ""},
-      {0x100 + 8, 8 + 16, "Arial 9 0 16777215 TS 0", "S"},
-      {-1, 1 + 2 + 4 + 8 + 64, "Arial 9 0 16777215 TBIUS 1", "BIUSa"}};
-  auto font = NewFont();
-  EXPECT_EQ(font->Special(), 16);
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.let);
-    font->Special(c.let);
-    EXPECT_EQ(font->Special(), c.get);
-    EXPECT_EQ(Effective(*font), c.effective);
-    EXPECT_EQ(Overrides(*font), c.overrides);
-  }
 }
 
 TEST_F(FontTest, SetMeCopiesOverridesOrEverythingWhenForced) {

@@ -5,9 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "mandor/fields/champ.h"
 #include "mandor/util/memory_platform.h"
-#include "mandor/xml/marquage.h"
 #include "tests/test_util.h"
 
 namespace mandor {
@@ -54,98 +52,6 @@ TEST_F(MandorTest, LookUpsReturnNullInsteadOfFailing) {
   EXPECT_EQ(doc_->PageCourante(), page);
   doc_->numero_page = 1;
   EXPECT_EQ(doc_->PageCourante(), nullptr);
-}
-
-TEST_F(MandorTest, MarquageRAZKeepsHorizontalRulersAndDataContract) {
-  doc_->Pages.Add(std::make_shared<CPage>(), "page_1");
-  doc_->Regles_V.Add(Ruler("V"), "V");
-  doc_->Regles_H.Add(Ruler("H"), "H");
-  auto field = std::make_shared<CChamp>();
-  doc_->Champs.Add(field, "f");
-  doc_->champsDataContrat.Add(field, "f");
-  doc_->Docs.Add(std::make_shared<Doc>());
-  doc_->feuille_cm_largeur = 21;
-  doc_->image_OrigineX_cm = 1;
-  doc_->X1_cm = 3;
-  doc_->TVA = 19.6f;
-  doc_->FonteName("Courier");
-  doc_->MarquageRAZ();
-  EXPECT_EQ(doc_->Pages.Count() + doc_->Regles_V.Count() + doc_->Champs.Count() + doc_->Docs.Count(), 0);
-  EXPECT_EQ(doc_->Regles_H.Count() + doc_->champsDataContrat.Count(), 2);
-  EXPECT_EQ(doc_->feuille_cm_largeur + doc_->image_OrigineX_cm, 0);
-  EXPECT_TRUE(doc_->X1_cm == 3 && doc_->TVA == 19.6f);
-  EXPECT_EQ(doc_->FonteName(), "Arial") << "a new, empty font";
-}
-
-TEST_F(MandorTest, FontsInheritFromTheCatalogue) {
-  auto catalogue = std::make_shared<cMarquage>();
-  catalogue->Font = std::make_shared<CFont>();
-  catalogue->Font->Name("Times");
-  doc_->oOwnerMarquage(catalogue);
-  EXPECT_EQ(doc_->FonteName(), "Times");
-  doc_->FonteName("Courier");
-  doc_->Font(nullptr);  // a new font under the catalogue's: the override goes
-  EXPECT_EQ(doc_->Font()->ParentFont1, catalogue->Font);
-  EXPECT_EQ(doc_->FonteName(), "Times");
-  catalogue->Font->Name("Verdana");
-  EXPECT_EQ(doc_->FonteName(), "Verdana") << "a change in the catalogue shows at once";
-}
-
-TEST_F(MandorTest, IDeviseResolvesThroughTheCatalogueIgnoringErrors) {
-  doc_->iDevise(3);
-  EXPECT_EQ(std::to_string(doc_->iDevise()) + doc_->Devise(), "3") << "no catalogue: nothing resolved, no error";
-  auto catalogue = std::make_shared<cMarquage>();
-  catalogue->oDevises = std::make_shared<Devises>();
-  catalogue->oDevises->AddDevise("USD", "DOLLAR", "CENT");
-  doc_->oOwnerMarquage(catalogue);
-  // Position Count fails: the code of entry 0 stays.
-  for (const auto& [index, code] : {std::pair{1, "USD"}, {2, "EUR"}}) {
-    EXPECT_EQ((doc_->iDevise(index), doc_->Devise()), code);
-  }
-  doc_->Devise("CHF");
-  EXPECT_EQ(doc_->iDevise(), 2) << "Devise let leaves the index alone";
-}
-
-TEST_F(MandorTest, NumberPicturesAndReadingOrder) {
-  auto field = std::make_shared<CChamp>();
-  EXPECT_EQ(doc_->FormatNombre(field) + " " + doc_->FormatNombreSortie(field), "#,##0 ###########0.");
-  field->Décimales(2);
-  EXPECT_EQ(doc_->FormatNombreSortie(field), "###########0.00");
-  field->Décimales(-3);
-  EXPECT_EQ(doc_->FormatNombre(field), "#,##0.000");
-
-  // InsérerChamp orders by bottom then right; a tie goes after the existing one.
-  const struct { const char* nom; float bottom, right; } fields[] = {
-      {"a", 100, 10}, {"b", 50, 20}, {"c", 100, 5}, {"d", 100, 5}, {"e", 200, 0}, {"A", 1, 1}};
-  Collection<CChamp> sorted;
-  for (const auto& f : fields) {
-    auto c = std::make_shared<CChamp>();
-    c->Nom(f.nom);
-    c->Position_pixel_Bottom = f.bottom;
-    c->Position_pixel_Right = f.right;
-    EXPECT_EQ(ErrorNumberOf([&] { doc_->InsérerChamp(sorted, c); }), f.nom[0] == 'A' ? kDuplicateKey : 0);
-  }
-  std::string order;
-  for (const auto& f : sorted) order += f->Nom();
-  EXPECT_EQ(order, "bcdae");
-  EXPECT_EQ(sorted.Item("C")->Nom(), "c");
-}
-
-// LireValeurParamètre is internal to the readers; a subclass reaches it.
-class ParamReader : public Mandor {
- public:
-  using Mandor::LireValeurParamètre;
-};
-
-// The messages of a wrong key and of a line without "=" are pinned word for
-// word by the readers' failure transcript (tests/textfile/reader_test.cpp).
-TEST_F(MandorTest, ParameterKeysIgnoreCaseAndTheEndOfFileIsSilent) {
-  platform_->SetFileText("p.cnf", "Nb_Pages = 3\r\n");
-  auto file = platform_->OpenTextFile("p.cnf", OpenMode::kInput);
-  ParamReader reader;
-  EXPECT_EQ(reader.LireValeurParamètre(*file, "nb_pages"), "3");
-  EXPECT_EQ(reader.LireValeurParamètre(*file, "Cle"), "");
-  EXPECT_TRUE(platform_->messages().empty());
 }
 
 }  // namespace

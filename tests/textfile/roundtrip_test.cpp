@@ -31,15 +31,20 @@ class RoundTripTest : public TextFileTest, public ::testing::WithParamInterface<
     return doc;
   }
 
+  // Saves in `layout` (the extended save also generates the identifiers).
+  static void Save(Mandor& doc, Layout layout) {
+    bool with_qte = true;
+    if (layout == Layout::kExtended) {
+      ASSERT_EQ(doc.SauvegarderMarquageEx(false, with_qte), 0);
+    } else {
+      ASSERT_EQ(doc.SauvegarderMarquageStd(), -1);
+    }
+  }
+
   // Saves in `layout`, reads back and compares the reading with the described
   // data file `name` of the test's locale.
   void ExpectRoundTrip(const std::shared_ptr<Mandor>& written, Layout layout, const std::string& name) {
-    bool with_qte = true;
-    if (layout == Layout::kExtended) {
-      ASSERT_EQ(written->SauvegarderMarquageEx(false, with_qte), 0);  // also generates the identifiers
-    } else {
-      ASSERT_EQ(written->SauvegarderMarquageStd(), -1);
-    }
+    ASSERT_NO_FATAL_FAILURE(Save(*written, layout));
     test_util::ExpectDescribedAs(test_util::Describe(*Restore(written->Répertoire_Document, written->Nom_Document())),
                                  "textfile/" + name + (GetParam() ? ".comma" : ".point") + ".described.txt");
   }
@@ -79,46 +84,28 @@ TEST_P(RoundTripTest, WriteThenReadGivesTheSameModel) {
   ExpectRoundTrip(standard, Layout::kStandard, "price_schedule_sheet.cnf");
 }
 
-// Read, save, read, save: the same bytes, from a
-// hand-written file or from a file of the writer.
+// Read, save, read, save: the same bytes, from the hand-written files (the
+// writer's own files read back are pinned by WriteThenReadGivesTheSameModel).
 TEST_P(RoundTripTest, ReadWriteIsStable) {
   for (const Layout layout : {Layout::kExtended, Layout::kStandard}) {
     const bool extended = layout == Layout::kExtended;
     const std::string data = extended ? "bordereau.bpx.xnf" : "bordereau.bpx.cnf";
-    for (const bool hand_written : {true, false}) {
-      SCOPED_TRACE(data + (hand_written ? " hand-written" : " written model"));
-      const std::string folder = (extended ? "xnf/" : "cnf/") + std::string(hand_written ? "lot/" : "modèle/");
-      const std::string path = folder + data;
-      auto catalogue = std::make_shared<cMarquage>();
+    SCOPED_TRACE(data);
+    const std::string folder = extended ? "xnf/" : "cnf/";
+    platform_->SetFileBytes(folder + data, DataFile(data));
+    std::shared_ptr<cMarquage> catalogue;
+    if (extended) {
+      catalogue = std::make_shared<cMarquage>();
       catalogue->Font = std::make_shared<CFont>();
       catalogue->oDevises = std::make_shared<Devises>();
-      if (!extended) catalogue = nullptr;
-      const auto save = [&](Mandor& doc) {
-        bool with_qte = true;
-        if (extended) {
-          ASSERT_EQ(doc.SauvegarderMarquageEx(false, with_qte), 0);
-        } else {
-          ASSERT_EQ(doc.SauvegarderMarquageStd(), -1);
-        }
-      };
-      if (hand_written) {
-        platform_->SetFileBytes(path, DataFile(data));
-      } else {
-        auto model = BuildPriceSchedule(extended ? "1 250,00" : "");
-        model->Répertoire_Document = folder;
-        model->Nom_Document("bordereau.bpx");
-        save(*model);
-      }
-      auto first = Restore(folder, "bordereau.bpx", catalogue);
-      save(*first);
-      const std::string once = Bytes(path);
-      // Field numbers and carried quantities follow the reading order, so the
-      // second reading is compared through what it saves.
-      auto second = Restore(folder, "bordereau.bpx", catalogue);
-      save(*second);
-      EXPECT_EQ(Bytes(path), once);
-      EXPECT_EQ(Bytes(folder + "bordereau.bpx.xak"), extended ? once : "<missing>");
     }
+    Save(*Restore(folder, "bordereau.bpx", catalogue), layout);
+    const std::string once = Bytes(folder + data);
+    // Field numbers and carried quantities follow the reading order, so the
+    // second reading is compared through what it saves.
+    Save(*Restore(folder, "bordereau.bpx", catalogue), layout);
+    EXPECT_EQ(Bytes(folder + data), once);
+    EXPECT_EQ(Bytes(folder + "bordereau.bpx.xak"), extended ? once : "<missing>");
   }
 }
 

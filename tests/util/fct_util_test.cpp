@@ -30,17 +30,6 @@ TEST_F(FctUtilTest, DécomposerChaîneTrimsAndKeepsEmptyParts) {
   }
 }
 
-TEST_F(FctUtilTest, SeparateStringAppendsAndRunsOnIntoTheLastSlot) {
-  StringArray p(3);
-  EXPECT_TRUE(SeparateString("a;b;c;d", p, ";"));
-  EXPECT_EQ(p, (StringArray{"", "a", "bcd"}));
-  StringArray q{"", "x", ""};
-  EXPECT_FALSE(SeparateString("yz", q, ";"));
-  EXPECT_EQ(q[1], "xyz") << "elements are appended to, not cleared";
-  StringArray none(1);
-  EXPECT_THROW(SeparateString("a", none, ";"), Error);
-}
-
 TEST_F(FctUtilTest, EscapesAreOrderedAndAsymmetric) {
   const std::string plain = "a=b|c\r\nd";
   const std::string escaped = ChangeCarSpec(plain, 1);
@@ -48,24 +37,9 @@ TEST_F(FctUtilTest, EscapesAreOrderedAndAsymmetric) {
   EXPECT_EQ(ChangeCarSpec(escaped), plain) << "an omitted type unescapes";
   EXPECT_EQ(ChangeCarSpec(ChangeCarSpec("n° #3", 1), 2), "n° =3");
   EXPECT_EQ(ChangeCrLF("a\nb\rc", 1), "a\nb\rc") << "lone line ends are not escaped";
-  EXPECT_EQ(ChangeSepMarquage("||", 1), "\x7F\x7F");
-  std::string n = "1 234 567";
-  EXPECT_EQ(EnleveCar(n, " "), "1234567");
-  EXPECT_EQ(n, "1234567") << "EnleveCar works in place";
-  EXPECT_EQ(EnleveCar(n = "1.5.6", ".", ","), "1,5,6");
-}
-
-TEST_F(FctUtilTest, NumberTextsFollowTheLocale) {
-  EXPECT_TRUE(EstVirguleDecimale());
-  EXPECT_EQ(EnlèveSéparateurs("1 234,56") + " " + EnlèveSéparateurs("1,234.56") + " " +
-                EnlèveSéparateurs("1\xC2\xA0" "234.5") + " " + NombreVersLocal("2.5") + " " + NombreVersFichier("2,5"),
-            "1234,56 1234,56 1234,5 2,5 2,5");
-  platform_->SetLocale(Locale::Point());
-  EXPECT_FALSE(EstVirguleDecimale());
-  // A lone comma is left for the caller.
-  EXPECT_EQ(EnlèveSéparateurs("1,234.56") + " " + EnlèveSéparateurs("1 234,56") + " " + NombreVersLocal("2,5") +
-                " " + NombreVersFichier("2.5"),
-            "1234.56 1234,56 2.5 2,5");
+  std::string n = "1.5.6";
+  EXPECT_EQ(EnleveCar(n, ".", ","), "1,5,6");
+  EXPECT_EQ(n, "1,5,6") << "EnleveCar works in place";
 }
 
 TEST_F(FctUtilTest, ReadSectionAndFindValue) {

@@ -6,11 +6,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <iostream>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -143,37 +141,6 @@ TEST(SystemPlatformTest, FilesMessagesAndRandom) {
   EXPECT_NE(captured.str().find("Mandor: Écraser ?"), std::string::npos);
 }
 
-TEST(PlatformTest, LocaleFollowsEnvironmentAndCanBeSwitched) {
-  const char* old = std::getenv("LC_ALL");
-  const std::optional<std::string> saved = old ? std::optional<std::string>(old) : std::nullopt;
-  ::setenv("LC_ALL", "fr_FR.UTF-8", 1);
-  SystemPlatform french;
-  ::setenv("LC_ALL", "C", 1);
-  SystemPlatform plain;
-  saved ? ::setenv("LC_ALL", saved->c_str(), 1) : ::unsetenv("LC_ALL");
-  EXPECT_EQ(french.locale().decimal_separator + french.locale().true_text, ",Vrai");
-  EXPECT_EQ(plain.locale().decimal_separator, ".");
-  // The in-memory platform does not follow the environment.
-  EXPECT_EQ(MemoryPlatform().locale().decimal_separator, ".");
-}
-
-TEST(PlatformTest, CurrentPlatformIsSwitchedAndRestored) {
-  const std::shared_ptr<Platform> original = CurrentPlatformPtr();
-  ASSERT_NE(original, nullptr);
-  auto outer = std::make_shared<MemoryPlatform>();
-  {
-    ScopedPlatform a(outer);
-    {
-      ScopedPlatform b(std::make_shared<MemoryPlatform>());
-      EXPECT_NE(CurrentPlatformPtr(), outer);
-    }
-    EXPECT_EQ(&CurrentPlatform(), outer.get());
-    ScopedPlatform c(nullptr);  // a fresh system platform
-    EXPECT_NE(dynamic_cast<SystemPlatform*>(&CurrentPlatform()), nullptr);
-  }
-  EXPECT_EQ(CurrentPlatformPtr(), original);
-}
-
 TEST(MemoryPlatformTest, FilesAsOnDisk) {
   MemoryPlatform p;
   p.CreateFolder("d/sub");
@@ -194,55 +161,12 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
   EXPECT_EQ(p.OpenFileCount(), 0u);
   EXPECT_EQ(ErrorNumberOf([&] { in->ReadLine(); }), kBadFileNameOrNumber);
 
-  // Output is visible before Close; destroying closes.
-  auto out = p.OpenTextFile("out.xnf", OpenMode::kOutput);
-  out->WriteLine("Œil=é");
-  EXPECT_EQ(p.FileBytes("out.xnf"), "\x8Cil=\xE9\r\n");
-  out->Close();
-  { auto dropped = p.OpenTextFile("new.txt", OpenMode::kOutput); }
-  EXPECT_EQ(p.OpenFileCount(), 0u);
-  // An open output file keeps its content when renamed, as on POSIX.
-  auto moving = p.OpenTextFile("a.tmp", OpenMode::kOutput);
-  p.RenameFile("a.tmp", "a.xnf");
-  moving->WriteLine("x");
-  moving->Close();
-  EXPECT_EQ(p.FileBytes("a.xnf"), "x\r\n");
-  EXPECT_FALSE(p.FileExists("a.tmp"));
-
-  // Copying onto itself fails; read-only files refuse copies and writes,
-  // and are deleted too.
-  p.SetFileBytes("e/c", "C");
-  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("d/t", "d/t"); }), kPathFileAccessError);
+  // Read-only files refuse writes and are deleted too; a prefix is no folder.
   p.SetReadOnly("d/t");
-  EXPECT_EQ(ErrorNumberOf([&] { p.CopyFile("e/c", "d/t"); }), kPathFileAccessError);
   EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/t", OpenMode::kOutput); }), kPathFileAccessError);
   p.DeleteFile("d/t");
   EXPECT_EQ(ErrorNumberOf([&] { p.SetReadOnly("d/t"); }), kFileNotFound);
-  p.RenameFile("e/c", "e/c");
-  EXPECT_EQ(p.FileBytes("e/c"), "C");
-  // Listing: sub-folders and the top level; a prefix is no folder.
-  EXPECT_EQ(p.ListFolder("d/sub").at(0).path, "d/sub/inner");
-  EXPECT_EQ(p.ListFolder("").at(0).name, "a.xnf");
   EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d/su"); }), kPathNotFound);
-  p.CreateFolder("deep/er");
-  EXPECT_TRUE(p.ListFolder("deep").empty());
-}
-
-TEST(MemoryPlatformTest, InjectedFailuresMatchOperationAndPath) {
-  // (Failing copies, renames, opens and writes is used by the reader and
-  // writer tests, with the default and with another error number.)
-  MemoryPlatform p;
-  p.SetFileBytes("d/a.xnf", "x\r\n");
-  p.SetFileBytes("d/b.txt", "y\r\n");
-  p.FailOn(Op::kDelete, "a.xnf", 70);
-  p.FailOn(Op::kList, "d");
-  EXPECT_EQ(ErrorNumberOf([&] { p.DeleteFile("d/a.xnf"); }), 70);
-  EXPECT_TRUE(p.FileExists("d/a.xnf"));
-  p.DeleteFile("d/b.txt");             // another path
-  p.RenameFile("d/a.xnf", "d/c.xnf");  // another operation
-  EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d"); }), kPathFileAccessError);
-  p.ClearFailures();
-  EXPECT_EQ(p.ListFolder("d").size(), 1u);
 }
 
 TEST(MemoryPlatformTest, WriteAndCloseFailures) {
@@ -262,20 +186,6 @@ TEST(MemoryPlatformTest, WriteAndCloseFailures) {
   EXPECT_EQ(ErrorNumberOf([&] { out->Close(); }), 0);  // closed despite the failure
   other->Close();
   EXPECT_EQ(p.OpenFileCount(), 0u);
-}
-
-TEST(MemoryPlatformTest, RecordsMessagesAndRandom) {
-  // (Scripted answers and queued or seeded random values are used by the
-  // writer tests.)
-  MemoryPlatform p, b;
-  p.Message("Fichier introuvable", "Mandor", MessageStyle::kCritical);
-  EXPECT_FALSE(p.AskYesNo("Écraser ?", "Mandor"));  // No by default
-  EXPECT_EQ(p.messages().size(), 1u);               // questions are kept apart
-  EXPECT_EQ(p.questions().size(), 1u);
-  p.ClearMessages();
-  EXPECT_TRUE(p.messages().empty() && p.questions().empty());
-  // Random is deterministic (its range is checked with the files).
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(p.Random(), b.Random()) << i;
 }
 
 }  // namespace

@@ -73,19 +73,6 @@ TEST_F(EngagementTest, FirstActTakesTheFirstFreeNumberAndIsWritten) {
   ExpectSaved("first_act.xml");
 }
 
-TEST_F(EngagementTest, NewActReplacesTheFormerOne) {
-  // An act mn2 is replaced by a new mn2, last in the file and in the catalogue.
-  auto catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn2:AE", "mn3:BPU"}));
-  auto former = catalogue->Item("mn2");
-  auto act = NewAct();
-  ASSERT_EQ(catalogue->XML_AddNewAE(act, pdf_), act);
-  EXPECT_EQ(act->Id, "mn2");
-  EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn3", "mn2"}));
-  EXPECT_NE(act, former);
-  // The former act's worksheet elements stay.
-  ExpectSaved("replaced_act.xml");
-}
-
 TEST_F(EngagementTest, NumberingCountsUpFromTheFormerAct) {
   // The act is replaced under its own number ("PC" is an act too); without a
   // former act, the first number from 1 that no image uses. An act without currency gets index 0 and an empty "mn:Devise".
@@ -119,24 +106,8 @@ TEST_F(EngagementTest, Failures) {
   EXPECT_TRUE(catalogue->Count() == 2 && act->Id.empty());
   EXPECT_EQ(platform_->FileBytes(kPath).value(), "not xml <");
 
-  // A former act whose image ID holds no number fails before anything is removed.
-  platform_->SetFileBytes(kPath, original);
-  catalogue->Item("mn2")->Id = "mnX";
-  EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, pdf_); }), 13);
-  EXPECT_EQ(catalogue->Count(), 2);
-  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
-  catalogue->Item("mn2")->Id = "mn2";
-
-  // An error of the image object reaches the caller; the file is not written.
-  FixedImagePdf empty_pages("AE.pdf", {});
-  struct Broken : FixedImagePdf {
-    using FixedImagePdf::FixedImagePdf;
-    int32_t PageCount() const override { return 2; }  // claims more pages than it has
-  } broken("AE.pdf", {{1653, 2339, 200, 200}});
-  EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, broken); }), 9);
-  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
-
   // An image without pages gives an act without pages.
+  FixedImagePdf empty_pages("AE.pdf", {});
   auto act3 = NewAct();
   auto catalogue3 = ReadCatalogue(original);
   ASSERT_NE(catalogue3->XML_AddNewAE(act3, empty_pages), nullptr);

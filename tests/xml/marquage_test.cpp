@@ -32,15 +32,6 @@ class MarquageTest : public test_util::MemoryPlatformTest {
   }
 };
 
-TEST_F(MarquageTest, FullPathDerivesFolderFileAndName) {
-  // Without a separator only the full path changes.
-  const std::pair<const char*, const char*> cases[] = {
-      {"C:\\Lots\\Lot 12.final.cnf", "C:\\Lots\\Lot 12.final.cnf|C:\\Lots\\|Lot 12.final.cnf|Lot 12.final"},
-      {"other.xml", "other.xml|C:\\Lots\\|Lot 12.final.cnf|Lot 12.final"},
-      {"/srv/lots/catalogue", "/srv/lots/catalogue|/srv/lots/|catalogue|catalogue"}};
-  for (const auto& [path, where] : cases) EXPECT_EQ((catalogue_->FullPath(path), Where()), where);
-}
-
 TEST_F(MarquageTest, FolderScanListsTextMarkings) {
   for (const char* path : {"lots/A.CNF", "lots/B.xnf", "lots/C.xml", "lots/D", "lots/sub/E.cnf", "lots/F.old.Xnf"}) {
     platform_->SetFileBytes(path, "");
@@ -68,7 +59,7 @@ TEST_F(MarquageTest, AddRestoresTextMarkings) {
   EXPECT_EQ(catalogue_->Item(2), missing);
 }
 
-TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElement) {
+TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElementAndClearEmpties) {
   pugi::xml_document doc;
   // Images of types PC, dqe, none, a name too short, mn1 again.
   ASSERT_TRUE(doc.load_string(xml_test::DataFile("images.xml").c_str()));
@@ -87,20 +78,13 @@ TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElement) {
 
   EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[3]); }), kInvalidArgument);
   EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[4]); }), kDuplicateKey);
-}
 
-TEST_F(MarquageTest, ClearEmptiesAndDocumentsOutliveTheCatalogue) {
-  // Item, Remove and iteration hand over to Collection; Clear walks it backwards.
-  pugi::xml_document doc;
-  ASSERT_TRUE(doc.load_string("<m><mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\"/>"
-                              "<mn:Image mn:ID=\"mn2\" mn:Name=\"Lot2.pdf\"/></m>"));
-  for (const pugi::xml_node& image : doc.first_child().children()) catalogue_->AddItemWithNode(image);
+  // Clear empties the catalogue (walking it backwards); documents the host
+  // still holds outlive it, without it.
   catalogue_->Clear();
   EXPECT_EQ(catalogue_->Count(), 0);
-  // Documents the host still holds outlive the catalogue, without it.
-  const auto kept = catalogue_->AddItemWithNode(doc.first_child().first_child());
   catalogue_.reset();
-  EXPECT_EQ(kept->oOwnerMarquage(), nullptr);
+  EXPECT_EQ(ae->oOwnerMarquage(), nullptr);
 }
 
 }  // namespace
