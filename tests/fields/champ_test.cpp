@@ -238,6 +238,19 @@ TEST_F(ChampTest, TheRecurrentMasterPushesToCopiesNamingItExactly) {
   // A copy whose master is missing: the value is stored, then the look-up fails.
   EXPECT_EQ(ErrorNumberOf([&] { other->Formule("lost"); }), 5);
   EXPECT_EQ(other->Formule(), "lost");
+
+  // A copy with bPropage off changes alone; a copy that pushes re-arms every
+  // field it reaches, whatever their flag was.
+  const std::string before = settings(*master) + " " + settings(*copy2);
+  copy1->bPropage = false;
+  copy1->Type_Champ(5);
+  EXPECT_FALSE(copy1->bPropage);
+  EXPECT_EQ(settings(*master) + " " + settings(*copy2), before);
+  copy1->bPropage = true;
+  copy2->bPropage = false;
+  copy1->Accrochage_V_Type(3);
+  EXPECT_EQ(settings(*master) + " " + settings(*copy2), "X+Y|5|3|4 X+Y|5|3|4");
+  EXPECT_TRUE(master->bPropage && copy1->bPropage && copy2->bPropage);
 }
 
 TEST_F(ChampTest, NumericPredicatesInBothLocales) {

@@ -106,6 +106,22 @@ TEST_F(EngagementTest, Failures) {
   EXPECT_TRUE(catalogue->Count() == 2 && act->Id.empty());
   EXPECT_EQ(platform_->FileBytes(kPath).value(), "not xml <");
 
+  // A former act whose image ID holds no number fails before anything is removed.
+  platform_->SetFileBytes(kPath, original);
+  catalogue->Item("mn2")->Id = "mnX";
+  EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, pdf_); }), 13);
+  EXPECT_EQ(catalogue->Count(), 2);
+  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
+  catalogue->Item("mn2")->Id = "mn2";
+
+  // An error of the image object reaches the caller; the file is not written.
+  struct Broken : FixedImagePdf {
+    using FixedImagePdf::FixedImagePdf;
+    int32_t PageCount() const override { return 2; }  // claims more pages than it has
+  } broken("AE.pdf", {{1653, 2339, 200, 200}});
+  EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, broken); }), 9);
+  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
+
   // An image without pages gives an act without pages.
   FixedImagePdf empty_pages("AE.pdf", {});
   auto act3 = NewAct();
