@@ -38,15 +38,6 @@ void WhenNumeric(std::string_view text, Apply apply) {
   }
 }
 
-// A new font on the parents given, with the attributes' texts applied ("" for
-// a missing attribute).
-std::shared_ptr<CFont> NewFont(std::shared_ptr<CFont> parent1, std::shared_ptr<CFont> parent2) {
-  auto font = std::make_shared<CFont>();
-  if (parent1) font->ParentFont1 = std::move(parent1);
-  if (parent2) font->ParentFont2 = std::move(parent2);
-  return font;
-}
-
 void Apply(CFont& font, const FontTexts& text) {
   if (!text[kName].empty()) font.Name(std::string(text[kName]));
   WhenNumeric(text[kSize], [&](double v) { font.Size(ToInt16(v)); });
@@ -65,28 +56,37 @@ void Apply(CFont& font, const FontTexts& text) {
   WhenNumeric(text[kAlignment], [&](double v) { font.Alignment(std::to_string(ToByte(v))); });
 }
 
-}  // namespace
-
-std::shared_ptr<CFont> CFont::GetFontFromXmlNode(const pugi::xml_node& XmlFont, std::shared_ptr<CFont> oParentFont1,
-                                                 std::shared_ptr<CFont> oParentFont2) {
-  std::shared_ptr<CFont> font = NewFont(std::move(oParentFont1), std::move(oParentFont2));
-  if (!XmlFont) return font;
+// A new font on the parents given, with the texts of the element's
+// attributes applied; `text_of(i)` is the text of kFontAttributeNames[i]
+// ("" for a missing attribute).
+template <class TextOf>
+std::shared_ptr<CFont> FontFromElement(const pugi::xml_node& element, std::shared_ptr<CFont> parent1,
+                                       std::shared_ptr<CFont> parent2, TextOf text_of) {
+  auto font = std::make_shared<CFont>();
+  if (parent1) font->ParentFont1 = std::move(parent1);
+  if (parent2) font->ParentFont2 = std::move(parent2);
+  if (!element) return font;
   FontTexts text;
-  for (size_t i = 0; i < kFontAttributeCount; ++i) text[i] = XmlGetAttribute(XmlFont, kFontAttributeNames[i]).value();
+  for (size_t i = 0; i < kFontAttributeCount; ++i) text[i] = text_of(i);
   Apply(*font, text);
   return font;
 }
 
+}  // namespace
+
+std::shared_ptr<CFont> CFont::GetFontFromXmlNode(const pugi::xml_node& XmlFont, std::shared_ptr<CFont> oParentFont1,
+                                                 std::shared_ptr<CFont> oParentFont2) {
+  return FontFromElement(XmlFont, std::move(oParentFont1), std::move(oParentFont2), [&](size_t i) {
+    return std::string_view(XmlGetAttribute(XmlFont, kFontAttributeNames[i]).value());
+  });
+}
+
 std::shared_ptr<CFont> CFont::ReadXmlFont(const pugi::xml_node& XmlFont, std::shared_ptr<CFont> oParentFont1,
                                           std::shared_ptr<CFont> oParentFont2) {
-  std::shared_ptr<CFont> font = NewFont(std::move(oParentFont1), std::move(oParentFont2));
-  if (!XmlFont) return font;
   static const AttributeNames names(kFontAttributeNames, kFontAttributeCount);
-  const ElementAttributes attributes(XmlFont, names);
-  FontTexts text;
-  for (size_t i = 0; i < kFontAttributeCount; ++i) text[i] = attributes[i];
-  Apply(*font, text);
-  return font;
+  const ElementAttributes attributes(XmlFont, names);  // all "" for a null element
+  return FontFromElement(XmlFont, std::move(oParentFont1), std::move(oParentFont2),
+                         [&](size_t i) { return attributes[i]; });
 }
 
 pugi::xml_node CFont::GetXmlFontFromFontClass(pugi::xml_node oXmlParent) const {

@@ -1,8 +1,7 @@
 #include "mandor/util/key_index.h"
 
-#include <cstring>
-
 #include "mandor/util/text.h"
+#include "mandor/util/word.h"
 
 namespace mandor {
 
@@ -24,20 +23,6 @@ uint64_t Mix(uint64_t h, uint64_t w) {
   return h ^ (h >> 29);
 }
 
-// The `n` (< 8) bytes at p as one word, without a call: two overlapping
-// halves from four bytes on, the first, middle and last byte below.
-uint64_t ShortWord(const char* p, size_t n) {
-  if (n >= 4) {
-    uint32_t first = 0, last = 0;
-    std::memcpy(&first, p, 4);
-    std::memcpy(&last, p + n - 4, 4);
-    return first | uint64_t{last} << 32;
-  }
-  if (n == 0) return 0;
-  const auto byte = [p](size_t i) { return uint64_t{static_cast<unsigned char>(p[i])}; };
-  return byte(0) | byte(n / 2) << 8 | byte(n - 1) << 16;
-}
-
 // Hashes text eight bytes at a time, upper-casing the words that are all
 // ASCII; gives up (returns false) at the first other word when `ascii_only`.
 // Every word is made of the text's bytes alone, so that texts that fold
@@ -45,12 +30,7 @@ uint64_t ShortWord(const char* p, size_t n) {
 bool HashWords(std::string_view text, bool ascii_only, uint32_t& hash) {
   uint64_t h = 0x243f6a8885a308d3ULL ^ text.size();
   for (size_t at = 0; at < text.size(); at += 8) {
-    uint64_t w = 0;
-    if (text.size() - at >= 8) {
-      std::memcpy(&w, text.data() + at, 8);
-    } else {
-      w = ShortWord(text.data() + at, text.size() - at);
-    }
+    uint64_t w = text.size() - at >= 8 ? Word(text.data() + at) : ShortWord(text.data() + at, text.size() - at);
     if ((w & kHighBits) == 0) {
       w = UpperAscii(w);
     } else if (ascii_only) {

@@ -27,6 +27,8 @@
 
 #include <pugixml.hpp>
 
+#include "mandor/util/word.h"
+
 namespace mandor {
 
 // The 2003 spreadsheet namespace: the default namespace of the workbook and
@@ -84,9 +86,9 @@ class AttributeNames {
   size_t Find(const char* name) const;
 
  private:
-  // A name's length and two words of it: its first and last eight bytes
-  // (four below eight, zero-padded below four). Up to sixteen bytes they
-  // cover the whole name, so that names of equal words are equal.
+  // A name's length and two words of it: its first and last eight bytes, or
+  // its ShortWord below eight. Up to sixteen bytes they cover the whole
+  // name, so that names of equal words are equal.
   struct Words {
     uint64_t first = 0;
     uint64_t last = 0;
@@ -133,18 +135,11 @@ class ElementAttributes {
 inline AttributeNames::Words AttributeNames::WordsOf(const char* name) {
   Words words;
   words.length = std::strlen(name);
-  const size_t n = words.length;
-  if (n >= 8) {
-    std::memcpy(&words.first, name, 8);
-    std::memcpy(&words.last, name + n - 8, 8);
-  } else if (n >= 4) {
-    uint32_t first = 0, last = 0;
-    std::memcpy(&first, name, 4);
-    std::memcpy(&last, name + n - 4, 4);
-    words.first = first;
-    words.last = last;
+  if (words.length >= 8) {
+    words.first = Word(name);
+    words.last = Word(name + words.length - 8);
   } else {
-    std::memcpy(&words.first, name, n);
+    words.first = ShortWord(name, words.length);
   }
   return words;
 }
