@@ -85,76 +85,77 @@ std::shared_ptr<CChamp> CChamp::Self() {
 // --- name and anchoring ---
 
 void CChamp::Nom(const std::string& value) {
-  nom_ = value;
-  if (nom_.find('_') != std::string::npos) {
+  texts_.Set(kNom, value);
+  if (const size_t first = value.find('_'); first != std::string::npos) {
     // Split at every "_": the first part names the horizontal ruler, the
     // second the vertical one; further parts are ignored.
-    size_t first = nom_.find('_');
-    nom_regle_h_.assign(nom_, 0, first);
-    size_t second = nom_.find('_', first + 1);
-    nom_regle_v_.assign(nom_, first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
+    const std::string_view name = value;
+    texts_.Set(kNomRegleH, name.substr(0, first));
+    const size_t second = name.find('_', first + 1);
+    texts_.Set(kNomRegleV, name.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1));
   }
   // Both loops compare with the first part and set oRegleV: the readers and
   // the files depend on this anchoring, so it stays as it is. Every match
   // overrides the previous one; Regles_V comes last.
   std::shared_ptr<Mandor> doc = owner_.lock();
   if (!doc) return;
+  const std::string_view regle_h = TextView(kNomRegleH);
   for (const auto& regle : doc->Regles_H) {
-    if (regle && regle->Nom == nom_regle_h_) regle_v_ = regle;
+    if (regle && regle->Nom == regle_h) regle_v_ = regle;
   }
   for (const auto& regle : doc->Regles_V) {
-    if (regle && regle->Nom == nom_regle_h_) regle_v_ = regle;
+    if (regle && regle->Nom == regle_h) regle_v_ = regle;
   }
 }
 
 void CChamp::Accrochage_V(const std::string& value) {
-  accrochage_v_ = value;
+  texts_.Set(kAccrochageV, value);
   std::shared_ptr<Mandor> doc = owner_.lock();
   if (!doc) return;
   // Names that are not keys are the common case: look up without throwing.
-  if (const auto* regle = doc->Regles_V.Find(accrochage_v_)) regle_v_ = *regle;
+  if (const auto* regle = doc->Regles_V.Find(value)) regle_v_ = *regle;
 }
 
 void CChamp::HangOn(const std::shared_ptr<CRegle>& regle_v, const std::shared_ptr<CRegle>& regle_h) {
-  if (regle_v) accrochage_v_ = regle_v->Nom;
-  if (regle_h) accrochage_h_ = regle_h->Nom;
+  if (regle_v) texts_.Set(kAccrochageV, regle_v->Nom);
+  if (regle_h) texts_.Set(kAccrochageH, regle_h->Nom);
   regle_v_ = regle_v;
   regle_h_ = regle_h;
 }
 
 void CChamp::Accrochage_H(const std::string& value) {
-  accrochage_h_ = value;
+  texts_.Set(kAccrochageH, value);
   std::shared_ptr<Mandor> doc = owner_.lock();
   if (!doc) return;
-  if (const auto* regle = doc->Regles_H.Find(accrochage_h_)) regle_h_ = *regle;
+  if (const auto* regle = doc->Regles_H.Find(value)) regle_h_ = *regle;
   // A ruler of the field's page (taken by position, not by key) replaces a
   // document ruler of the same name.
   if (Page < 1 || Page > doc->Pages.Count()) return;
   const std::shared_ptr<CPage>& page = doc->Pages.Item(static_cast<long>(Page));
   if (!page) return;
-  if (const auto* regle = page->Regles_H.Find(accrochage_h_)) regle_h_ = *regle;
+  if (const auto* regle = page->Regles_H.Find(value)) regle_h_ = *regle;
 }
 
 // --- values ---
 
 void CChamp::InitialValue(const std::string& value) {
   if (initial_value_fixed_) return;
-  initial_value_ = value;
+  texts_.Set(kInitialValue, value);
   valeur(false, value);
   initial_value_fixed_ = true;
 }
 
-std::string CChamp::valeur(bool /*bInitial*/) const { return valeur_; }
+std::string CChamp::valeur(bool /*bInitial*/) const { return Text(kValeur); }
 
 void CChamp::valeur(bool bInitial, const std::string& value) {
   if (bInitial) InitialValue(value);
-  valeur_ = value;
+  texts_.Set(kValeur, value);
 }
 
 // --- formula settings ---
 
 void CChamp::Formule(const std::string& value) {
-  formule_ = value;
+  texts_.Set(kFormule, value);
   PropagateIfRecurrent();
 }
 
@@ -208,7 +209,7 @@ void CChamp::PropagerParametresFormule() {
 // --- value predicates ---
 
 std::optional<bool> CChamp::IsZero() const {
-  std::optional<double> number = ParseNumber(valeur_, CurrentPlatform().locale());
+  std::optional<double> number = ParseNumber(TextView(kValeur), CurrentPlatform().locale());
   if (number && *number == 0) return true;
   return std::nullopt;
 }
@@ -227,23 +228,23 @@ bool CChamp::DiffWithInitial() const {
   std::shared_ptr<CChamp> champ = self ? std::const_pointer_cast<CChamp>(self)
                                        : std::shared_ptr<CChamp>(const_cast<CChamp*>(this), [](CChamp*) {});
   const std::string initial_text = FormatText(initial, doc->FormatNombre(champ), locale);
-  const std::string value_text = FormatText(valeur_, doc->FormatNombre(champ), locale);
+  const std::string value_text = FormatText(Text(kValeur), doc->FormatNombre(champ), locale);
   return initial_text != value_text;
 }
 
-bool CChamp::HasInPU() const { return PartAfterUnderscoreStartsWith(nom_, "PU"); }
+bool CChamp::HasInPU() const { return PartAfterUnderscoreStartsWith(Text(kNom), "PU"); }
 
-bool CChamp::HasInMT() const { return PartAfterUnderscoreStartsWith(nom_, "MT"); }
+bool CChamp::HasInMT() const { return PartAfterUnderscoreStartsWith(Text(kNom), "MT"); }
 
 std::optional<bool> CChamp::IsUnderOne() const {
   const Locale& locale = CurrentPlatform().locale();
-  std::optional<double> number = ParseNumber(valeur_, locale);
+  std::optional<double> number = ParseNumber(TextView(kValeur), locale);
   if (!number) return std::nullopt;
   // Both sides go through the locale-independent Val on purpose: in a comma
   // locale "0,5" reads as 0 and is not reported as under one.
   try {
     const double a = Val(DoubleToText(std::fabs(*number), locale));
-    const double b = Val(valeur_);
+    const double b = Val(TextView(kValeur));
     return b != 0 && a < 1;
   } catch (const Error&) {
     // Near the largest double its 15-digit text reads back as an overflow:
@@ -253,13 +254,12 @@ std::optional<bool> CChamp::IsUnderOne() const {
 }
 
 bool CChamp::FormuleHasPourcent() const {
-  if (formule_.empty()) return false;
-  return InStr(formule_, "/100") > 0;
+  return TextView(kFormule).find("/100") != std::string_view::npos;
 }
 
 bool CChamp::ValueChanged() const {
-  if (initial_value_.empty()) return false;
-  return valeur_ != initial_value_;
+  if (TextView(kInitialValue).empty()) return false;
+  return TextView(kValeur) != TextView(kInitialValue);
 }
 
 // --- font delegation ---
@@ -332,7 +332,7 @@ float CChamp::Position_point_Right() const {
 void CChamp::RendreRecurrent() {
   std::shared_ptr<CChamp> self = Self();
   std::shared_ptr<Mandor> doc = Document();
-  const std::string key = nom_;
+  const std::string key = Text(kNom);
   doc->ChampsRecurrents.Add(self, key);
   if (doc->numero_page > 0 && doc->Pages.Count() > 0) {
     std::shared_ptr<CPage> page = doc->Pages.Item(static_cast<long>(doc->numero_page));

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "mandor/fields/font.h"
+#include "mandor/util/packed_texts.h"
 
 namespace pugi {
 class xml_node;
@@ -78,8 +79,8 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   void Recurrent(bool v) { recurrent_ = v; }
   std::string ChampRecurrentDeRef() const { return RareText(&RareTexts::champ_recurrent_de_ref); }
   void ChampRecurrentDeRef(const std::string& v) { SetRareText(&RareTexts::champ_recurrent_de_ref, v); }
-  std::string NomRegleH() const { return nom_regle_h_; }
-  std::string NomRegleV() const { return nom_regle_v_; }
+  std::string NomRegleH() const { return Text(kNomRegleH); }
+  std::string NomRegleV() const { return Text(kNomRegleV); }
 
   std::shared_ptr<CRegle> oRegleH() const { return regle_h_; }
   void oRegleH(const std::shared_ptr<CRegle>& r) { regle_h_ = r; }
@@ -98,18 +99,18 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   void ToggleVersion(bool& bNew) { new_version_ = bNew; }
 
   // --- name and anchoring ---
-  std::string Nom() const { return nom_; }
+  std::string Nom() const { return Text(kNom); }
   // Stores the name, splits "H_V" into NomRegleH / NomRegleV, then (on
   // purpose) looks the first part up in Regles_H and Regles_V and assigns
   // the last match to oRegleV. Look-up failures are ignored.
   void Nom(const std::string& value);
-  std::string Accrochage_V() const { return accrochage_v_; }
+  std::string Accrochage_V() const { return Text(kAccrochageV); }
   void Accrochage_V(const std::string& value);
-  std::string Accrochage_H() const { return accrochage_h_; }
+  std::string Accrochage_H() const { return Text(kAccrochageH); }
   void Accrochage_H(const std::string& value);
 
   // --- values ---
-  std::string InitialValue() const { return initial_value_; }
+  std::string InitialValue() const { return Text(kInitialValue); }
   // The first assignment fixes the initial and the current value; later ones are ignored.
   void InitialValue(const std::string& value);
   std::string valeur(bool bInitial = false) const;
@@ -118,7 +119,7 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   void valeur(const char* value) { valeur(false, std::string(value)); }
 
   // --- formula settings, propagated between recurrent copies ---
-  std::string Formule() const { return formule_; }
+  std::string Formule() const { return Text(kFormule); }
   void Formule(const std::string& value);
   int16_t Accrochage_V_Type() const { return accrochage_v_type_; }
   void Accrochage_V_Type(int16_t value);
@@ -192,16 +193,24 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   // This field as a shared pointer; Error 5 when it is not held by one.
   std::shared_ptr<CChamp> Self();
 
-  std::string nom_;
-  std::string nom_regle_h_;
-  std::string nom_regle_v_;
+  // The field's own texts, packed in one block (most fields have eight
+  // short texts: as many std::strings would take 256 bytes).
+  enum TextIndex : size_t {
+    kNom,
+    kNomRegleH,
+    kNomRegleV,
+    kAccrochageV,
+    kAccrochageH,
+    kInitialValue,
+    kValeur,
+    kFormule,
+    kTextCount
+  };
+  std::string_view TextView(TextIndex i) const { return texts_.Get(i); }
+  std::string Text(TextIndex i) const { return std::string(texts_.Get(i)); }
+  PackedTexts<kTextCount> texts_;
   std::weak_ptr<Mandor> owner_;
   std::shared_ptr<CFont> font_;
-  std::string initial_value_;
-  std::string accrochage_v_;
-  std::string accrochage_h_;
-  std::string formule_;
-  std::string valeur_;
   // Texts only data-contract fields and recurrent copies have, kept apart
   // (shared until changed) so that the many fields without them stay small:
   // a large marking holds hundreds of thousands of fields.

@@ -82,7 +82,7 @@ void CChamp::MajXmlNodeFromChampProperties(pugi::xml_node& node) {
     // spelling too, it survives a read and a save.
     Set(node, "mn:subName", SubName);
   }
-  if (!formule_.empty()) Set(node, "mn:Formula", formule_);
+  if (!TextView(kFormule).empty()) Set(node, "mn:Formula", Text(kFormule));
   if (type_champ_ == 3) {
     Set(node, "mn:SubType", std::to_string(accrochage_v_type_));
   } else if (accrochage_v_type_ >= 1) {
@@ -148,10 +148,11 @@ void CChamp::MajXmlNodeDataContratFromChampProperties(pugi::xml_node& node) {
   // The formula is rewritten only while the value is one a formula can have
   // given (empty or a number); a text typed over it leaves the formula of
   // the file as it stands. A cleared formula is removed.
-  if (formule_.empty()) {
+  const std::string valeur = Text(kValeur);
+  if (TextView(kFormule).empty()) {
     node.remove_attribute("mn:Formula");
-  } else if (valeur_.empty() || IsNumericText(valeur_, CurrentPlatform().locale())) {
-    Set(node, "mn:Formula", formule_);
+  } else if (valeur.empty() || IsNumericText(valeur, CurrentPlatform().locale())) {
+    Set(node, "mn:Formula", Text(kFormule));
   }
   set_or_remove("mn:V_Type", accrochage_v_type_ > 0, std::to_string(accrochage_v_type_));
 
@@ -162,8 +163,8 @@ void CChamp::MajXmlNodeDataContratFromChampProperties(pugi::xml_node& node) {
   // A field that never received a value (one read from a file that keeps
   // its value only here) leaves the stored value alone instead of blanking it;
   // a value given and then cleared is written empty.
-  if (!valeur_.empty() || !initial_value_.empty()) {
-    Set(node, "mn:Value", valeur_);
+  if (!valeur.empty() || !TextView(kInitialValue).empty()) {
+    Set(node, "mn:Value", valeur);
   } else {
     XmlGetAttribute(node, "mn:Value");
   }
