@@ -68,9 +68,14 @@ class PackedTexts {
       std::memcpy(copy, text.data(), text.size());
       text = std::string_view(copy, text.size());
     }
-    std::memmove(inline_ + begin + text.size(), inline_ + end, total - end);
+    const size_t old_size = end - begin;
+    // Texts are mostly set once, in order, on an empty block: nothing after
+    // them to move, no end to change when the size is the same.
+    if (end != total && text.size() != old_size) std::memmove(inline_ + begin + text.size(), inline_ + end, total - end);
     if (!text.empty()) std::memcpy(inline_ + begin, text.data(), text.size());
-    for (size_t j = i; j < N; ++j) ends_[j] = static_cast<uint8_t>(ends_[j] + text.size() - (end - begin));
+    if (text.size() != old_size) {
+      for (size_t j = i; j < N; ++j) ends_[j] = static_cast<uint8_t>(ends_[j] + text.size() - old_size);
+    }
   }
 
  private:
