@@ -47,50 +47,54 @@ void CChamp::MajXmlNodeFromChampProperties(pugi::xml_node& node) {
   const std::shared_ptr<Mandor> doc = Document();
 
   // The element is rebuilt from scratch on every save: an attribute that is
-  // not written below is absent.
+  // not written below is absent. Each name below is written once, so each is
+  // appended without looking for it among those already written.
   parent.remove_child(node);
   node = XmlCreateElement(parent, "mn:iCell");
   RequireElement(node);
+  const auto append = [&node](const char* name, const std::string& value) {
+    node.append_attribute(name).set_value(value.c_str());
+  };
 
-  Set(node, "mn:Name", Nom());
-  Set(node, "mn:ID", doc->Id);
-  Set(node, "mn:Page", std::to_string(Page));
+  append("mn:Name", Nom());
+  append("mn:ID", doc->Id);
+  append("mn:Page", std::to_string(Page));
 
   const double width = static_cast<double>(Position_pixel_Right) - static_cast<double>(Position_pixel_Left);
   const double height = static_cast<double>(Position_pixel_Bottom) - static_cast<double>(Position_pixel_Top);
   if (regle_v_) {
-    if (Position_pixel_Left != regle_v_->Position_pixel_X) Set(node, "mn:X", SingleText(Position_pixel_Left));
-    if (width != static_cast<double>(regle_v_->WidthChamp())) Set(node, "mn:W", DoubleText(width));
+    if (Position_pixel_Left != regle_v_->Position_pixel_X) append("mn:X", SingleText(Position_pixel_Left));
+    if (width != static_cast<double>(regle_v_->WidthChamp())) append("mn:W", DoubleText(width));
   } else {
-    Set(node, "mn:X", SingleText(Position_pixel_Left));
-    Set(node, "mn:W", DoubleText(width));
+    append("mn:X", SingleText(Position_pixel_Left));
+    append("mn:W", DoubleText(width));
   }
   if (regle_h_) {
-    if (Position_pixel_Top != regle_h_->Position_pixel_Y) Set(node, "mn:Y", SingleText(Position_pixel_Top));
-    if (height != static_cast<double>(regle_h_->hauteur_pixel)) Set(node, "mn:H", DoubleText(height));
+    if (Position_pixel_Top != regle_h_->Position_pixel_Y) append("mn:Y", SingleText(Position_pixel_Top));
+    if (height != static_cast<double>(regle_h_->hauteur_pixel)) append("mn:H", DoubleText(height));
   } else {
-    Set(node, "mn:Y", SingleText(Position_pixel_Top));
-    Set(node, "mn:H", DoubleText(height));
+    append("mn:Y", SingleText(Position_pixel_Top));
+    append("mn:H", DoubleText(height));
   }
 
-  Set(node, "mn:iPrint", imprimable_ == -1 ? "1" : "0");
-  Set(node, "mn:Type", std::to_string(type_champ_));
-  if (décimales_ != doc->Decimales) Set(node, "mn:Dec", std::to_string(décimales_));
+  append("mn:iPrint", imprimable_ == -1 ? "1" : "0");
+  append("mn:Type", std::to_string(type_champ_));
+  if (décimales_ != doc->Decimales) append("mn:Dec", std::to_string(décimales_));
   if (!SubName.empty()) {
-    Set(node, "mn:SubName", SubName);
+    append("mn:SubName", SubName);
     // Readers look the secondary name up as "mn:subName"; written under that
     // spelling too, it survives a read and a save.
-    Set(node, "mn:subName", SubName);
+    append("mn:subName", SubName);
   }
-  if (!TextView(kFormule).empty()) Set(node, "mn:Formula", Text(kFormule));
+  if (!TextView(kFormule).empty()) append("mn:Formula", Text(kFormule));
   if (type_champ_ == 3) {
-    Set(node, "mn:SubType", std::to_string(accrochage_v_type_));
+    append("mn:SubType", std::to_string(accrochage_v_type_));
   } else if (accrochage_v_type_ >= 1) {
-    Set(node, "mn:V_Type", std::to_string(accrochage_v_type_));
+    append("mn:V_Type", std::to_string(accrochage_v_type_));
   }
-  if (Accrochage_H_Type > 0) Set(node, "mn:H_Type", std::to_string(Accrochage_H_Type));
+  if (Accrochage_H_Type > 0) append("mn:H_Type", std::to_string(Accrochage_H_Type));
   if (const std::string& referant = RareText(&RareTexts::champ_recurrent_de_ref); !referant.empty()) {
-    Set(node, "mn:Referant", referant);
+    append("mn:Referant", referant);
   }
 
   if (const std::shared_ptr<CFont> font = GetFontClassFromFontProperties()) font->GetXmlFontFromFontClass(node);
