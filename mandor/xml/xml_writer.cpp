@@ -9,12 +9,13 @@
 // that a save costs a few passes over the workbook whatever the number of
 // fields and rows.
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <exception>
 #include <optional>
-#include <regex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -47,9 +48,9 @@ void Set(pugi::xml_node element, const char* name, const std::string& value) {
 std::string Peek(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
 
 // Page-level fields: a "T", then "A", "B" or "D", then digits only.
-bool IsPageLevelName(const std::string& name) {
-  static const std::regex pattern("^T[ABD][0-9]*$");
-  return std::regex_match(name, pattern);
+bool IsPageLevelName(std::string_view name) {
+  if (name.size() < 2 || name[0] != 'T' || (name[1] != 'A' && name[1] != 'B' && name[1] != 'D')) return false;
+  return std::all_of(name.begin() + 2, name.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 // The document's mn:Image under Workbook/mn:MANDOR; null when absent.
