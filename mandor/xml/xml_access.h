@@ -48,6 +48,17 @@ pugi::xml_node XmlSelectNode(const pugi::xml_node& node, std::string_view query)
 // error or when nothing is found.
 std::vector<pugi::xml_node> XmlSelectNodes(const pugi::xml_node& node, std::string_view query);
 
+// Calls visit(child) for each child element of parent called name, in
+// order: what XmlSelectNodes(parent, name) gives for a plain name, without
+// evaluating a query and collecting its nodes (a save walks every row and
+// cell of a worksheet this way).
+template <class Visit>
+void ForEachChildElement(const pugi::xml_node& parent, const char* name, Visit&& visit) {
+  for (pugi::xml_node child = parent.child(name); child; child = child.next_sibling(name)) {
+    if (child.type() == pugi::node_element) visit(child);
+  }
+}
+
 // The attribute called name (qualified, e.g. "mn:ID") of element. When the
 // element has no such attribute it is appended with an empty value and that
 // new attribute is returned. A null element gives a null attribute.

@@ -157,16 +157,16 @@ WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id
   // The elements first, then the maps sized for them at once: a large
   // worksheet's maps would otherwise be rehashed many times over.
   std::vector<std::pair<pugi::xml_node, pugi::xml_node>> irows;  // (mn:iRow, its row)
-  for (const pugi::xml_node& row : XmlSelectNodes(table, "Row")) {
-    for (const pugi::xml_node& irow : XmlSelectNodes(row, "mn:iRow")) {
-      if (Peek(irow, "mn:ID") == id) irows.emplace_back(irow, row);
-    }
-    for (const pugi::xml_node& cell : XmlSelectNodes(row, "Cell")) {
-      for (const pugi::xml_node& icell : XmlSelectNodes(cell, "mn:iCell")) {
-        if (Peek(icell, "mn:ID") == id) index.all_cells.push_back(icell);
-      }
-    }
-  }
+  ForEachChildElement(table, "Row", [&](const pugi::xml_node& row) {
+    ForEachChildElement(row, "mn:iRow", [&](const pugi::xml_node& irow) {
+      if (id == irow.attribute("mn:ID").value()) irows.emplace_back(irow, row);
+    });
+    ForEachChildElement(row, "Cell", [&](const pugi::xml_node& cell) {
+      ForEachChildElement(cell, "mn:iCell", [&](const pugi::xml_node& icell) {
+        if (id == icell.attribute("mn:ID").value()) index.all_cells.push_back(icell);
+      });
+    });
+  });
   index.rows.reserve(irows.size());
   for (const auto& [irow, row] : irows) index.rows.emplace(Peek(irow, "mn:Name"), row);
   index.cells.reserve(index.all_cells.size());
@@ -268,16 +268,17 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
   std::unordered_map<std::string, pugi::xml_node> rows_by_line;
   std::unordered_map<std::string, pugi::xml_node> rows_by_ruler;
   long last_row = 0;
-  for (const pugi::xml_node& row : XmlSelectNodes(oTable, "Row")) {
+  ForEachChildElement(oTable, "Row", [&](const pugi::xml_node& row) {
     const long explicit_index = ExplicitIndex(row);
     last_row = explicit_index > 0 ? explicit_index : last_row + 1;
     const std::string span = Peek(row, "ss:Span");
     if (!span.empty()) last_row += ToInt32(ToDouble(span, Locale::Point()));
-    for (const pugi::xml_node& line : XmlSelectNodes(row, "mn:ILM")) rows_by_line.emplace(Peek(line, "mn:Name"), row);
-    for (const pugi::xml_node& irow : XmlSelectNodes(row, "mn:iRow")) {
-      if (Peek(irow, "mn:ID") == id) rows_by_ruler.emplace(Peek(irow, "mn:Name"), row);
-    }
-  }
+    ForEachChildElement(row, "mn:ILM",
+                        [&](const pugi::xml_node& line) { rows_by_line.emplace(Peek(line, "mn:Name"), row); });
+    ForEachChildElement(row, "mn:iRow", [&](const pugi::xml_node& irow) {
+      if (id == irow.attribute("mn:ID").value()) rows_by_ruler.emplace(Peek(irow, "mn:Name"), row);
+    });
+  });
   const pugi::xml_node worksheet = oTable.parent();
   std::unordered_map<std::string, pugi::xml_node> ranges;
   bool ranges_indexed = false;
@@ -349,12 +350,11 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
       }
 
       pugi::xml_node irow;
-      for (const pugi::xml_node& candidate : XmlSelectNodes(row, "mn:iRow")) {
-        if (Peek(candidate, "mn:ID") == id && Peek(candidate, "mn:Name") == nom) {
+      ForEachChildElement(row, "mn:iRow", [&](const pugi::xml_node& candidate) {
+        if (!irow && id == candidate.attribute("mn:ID").value() && nom == candidate.attribute("mn:Name").value()) {
           irow = candidate;
-          break;
         }
-      }
+      });
       if (!irow) {
         irow = XmlCreateElement(row, "mn:iRow");
         Set(irow, "mn:ID", id);
