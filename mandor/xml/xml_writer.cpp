@@ -147,9 +147,9 @@ pugi::xml_node CellOfColumn(pugi::xml_node row, long column, const std::string& 
 // The worksheet fields of a document whose mn:iCell the save rewrites, and
 // the nodes that locate new ones, indexed once for the whole pass.
 struct WorksheetIndex {
-  std::unordered_map<std::string, pugi::xml_node> cells;  // this document's mn:iCell by "mn:Name"
-  std::unordered_map<std::string, pugi::xml_node> rows;   // row by this document's mn:iRow "mn:Name"
-  std::vector<pugi::xml_node> all_cells;                  // this document's mn:iCell, in order
+  std::unordered_map<std::string, size_t> cells;         // place in all_cells of each "mn:Name" (its first)
+  std::unordered_map<std::string, pugi::xml_node> rows;  // row by this document's mn:iRow "mn:Name"
+  std::vector<pugi::xml_node> all_cells;                 // this document's mn:iCell, in order
 };
 
 WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id) {
@@ -170,7 +170,7 @@ WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id
   index.rows.reserve(irows.size());
   for (const auto& [irow, row] : irows) index.rows.emplace(Peek(irow, "mn:Name"), row);
   index.cells.reserve(index.all_cells.size());
-  for (const pugi::xml_node& icell : index.all_cells) index.cells.emplace(Peek(icell, "mn:Name"), icell);
+  for (size_t i = 0; i < index.all_cells.size(); ++i) index.cells.emplace(Peek(index.all_cells[i], "mn:Name"), i);
   return index;
 }
 
@@ -383,8 +383,12 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
   const std::unordered_map<std::string, pugi::xml_node> pages = IndexPages(image);
   std::unordered_map<std::string, pugi::xml_node> ranges;
   bool ranges_indexed = false;
-  std::unordered_set<size_t> written;  // the worksheet mn:iCell elements of this save
-  written.reserve(static_cast<size_t>(oMandor->Champs.Count()));
+  // Each name's element now: first the document's elements as read, then
+  // those this save adds. Writing a field rebuilds its element, so the one
+  // read is gone: `rewritten` tells which, and only the others are touched
+  // at the end.
+  std::vector<pugi::xml_node> current = index.all_cells;
+  std::vector<bool> rewritten(index.all_cells.size(), false);
 
   const auto page_of = [&pages](const CChamp& champ) {
     const auto found = pages.find(std::to_string(champ.Page));
@@ -412,7 +416,7 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
 
     pugi::xml_node node;
     const auto known = index.cells.find(nom);
-    if (known != index.cells.end()) node = known->second;
+    if (known != index.cells.end()) node = current[known->second];
     if (!node) {
       // A new field: the cell at the crossing of its rulers' row and column.
       pugi::xml_node row;
@@ -442,11 +446,12 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
     champ->MajXmlNodeFromChampProperties(node);
     // Nothing above changes the map, so the place found for the name still holds.
     if (known != index.cells.end()) {
-      known->second = node;
+      current[known->second] = node;
+      if (known->second < rewritten.size()) rewritten[known->second] = true;
     } else {
-      index.cells.emplace(nom, node);
+      index.cells.emplace(nom, current.size());
+      current.push_back(node);
     }
-    written.insert(node.hash_value());
   }
 
   // The worksheet keeps exactly the mn:iCell elements just written for this
@@ -454,9 +459,9 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
   // of fields now written elsewhere (page-level, recurrent, data contract) or
   // a second element of the same name, which reading back would find twice.
   // Other documents' elements stay.
-  for (pugi::xml_node icell : index.all_cells) {
-    if (written.count(icell.hash_value()) != 0) continue;
-    if (pugi::xml_node cell = icell.parent()) cell.remove_child(icell);
+  for (size_t i = 0; i < index.all_cells.size(); ++i) {
+    if (rewritten[i]) continue;
+    if (pugi::xml_node cell = index.all_cells[i].parent()) cell.remove_child(index.all_cells[i]);
   }
 }
 

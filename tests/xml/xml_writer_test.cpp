@@ -171,6 +171,37 @@ TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   ExpectSaved("no_recurrent.xml");
 }
 
+TEST_F(XmlWriterTest, ManyFieldsInOneCellAreRebuiltOnceEach) {
+  // Hundreds of fields in one cell, with no text between their elements:
+  // each is rebuilt once, none is lost or written twice, and the elements
+  // read, destroyed as their fields are rebuilt, are not looked at again.
+  constexpr int kFields = 600;
+  std::string cell;
+  for (int i = 1; i <= kFields; ++i) {
+    cell += "<mn:iCell mn:ID=\"mn1\" mn:Name=\"L1_F" + std::to_string(i) + "\" mn:Page=\"1\" mn:X=\"" +
+            std::to_string(i) + "\"/>";
+  }
+  const std::string workbook =
+      "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\" "
+      "xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">"
+      "<mn:MANDOR mn:Name=\"Lot\"><mn:Image mn:ID=\"mn1\" mn:Name=\"DQE.pdf\" mn:Type=\"DQE\" mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image></mn:MANDOR>"
+      "<Worksheet ss:Name=\"Lot\"><Table><Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Page=\"1\"/><Cell>" +
+      cell + "</Cell></Row></Table></Worksheet></Workbook>";
+  platform_->SetFileBytes(kPath, workbook);
+  auto catalogue = Read();
+  auto doc = catalogue->Item("mn1");
+  ASSERT_EQ(doc->Champs.Count(), kFields);
+  ASSERT_TRUE(Save(doc));
+  auto catalogue_again = Read();
+  auto again = catalogue_again->Item("mn1");
+  ASSERT_EQ(again->Champs.Count(), kFields);
+  EXPECT_EQ(again->Champs.Item(static_cast<long>(kFields))->Position_pixel_Left, static_cast<float>(kFields));
+  // Each field's element once: saved again, the bytes do not change.
+  const std::string saved = Bytes();
+  ASSERT_TRUE(Save(again));
+  EXPECT_EQ(Bytes(), saved);
+}
+
 TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
   auto catalogue = Read();
   auto dqe = catalogue->Item("mn1");
