@@ -99,21 +99,23 @@ pugi::xml_node CFont::GetXmlFontFromFontClass(pugi::xml_node oXmlParent) const {
 
   pugi::xml_node font = place ? oXmlParent.insert_child_before("mn:iFont", place) : oXmlParent.append_child("mn:iFont");
   const auto flag = [](bool v) { return v ? "1" : "0"; };
-  if (Name() != DefaultName()) font.append_attribute("mn:Name") = Name().c_str();
-  if (Size() != DefaultSize()) font.append_attribute("mn:Size") = std::to_string(Size()).c_str();
-  if (Color() != DefaultColor()) font.append_attribute("mn:Color") = std::to_string(Color()).c_str();
-  const bool transparent_differs = Transparent() != DefaultTransparent();
-  const bool back_differs = BackColor() != DefaultBackColor();
+  // An attribute differs from the inherited one only when the font sets it:
+  // Has* first spares the walk up the parents for all the others.
+  if (HasName() && Name() != DefaultName()) font.append_attribute("mn:Name") = Name().c_str();
+  if (HasSize() && Size() != DefaultSize()) font.append_attribute("mn:Size") = std::to_string(Size()).c_str();
+  if (HasColor() && Color() != DefaultColor()) font.append_attribute("mn:Color") = std::to_string(Color()).c_str();
+  const bool transparent_differs = HasTransparent() && Transparent() != DefaultTransparent();
+  const bool back_differs = HasBackColor() && BackColor() != DefaultBackColor();
   if (back_differs) {
     font.append_attribute("mn:BackColor") = ((Transparent() ? "-" : "") + std::to_string(BackColor())).c_str();
   } else if (transparent_differs) {
     font.append_attribute("mn:BackColor") = Transparent() ? "-1" : "";
   }
-  if (Bold() != DefaultBold()) font.append_attribute("mn:B") = flag(Bold());
-  if (Italic() != DefaultItalic()) font.append_attribute("mn:I") = flag(Italic());
-  if (Underline() != DefaultUnderline()) font.append_attribute("mn:U") = flag(Underline());
-  if (StrikeThrough() != DefaultStrikeThrough()) font.append_attribute("mn:S") = flag(StrikeThrough());
-  if (Alignment() != DefaultAlignment()) font.append_attribute("mn:Alignment") = Alignment().c_str();
+  if (HasBold() && Bold() != DefaultBold()) font.append_attribute("mn:B") = flag(Bold());
+  if (HasItalic() && Italic() != DefaultItalic()) font.append_attribute("mn:I") = flag(Italic());
+  if (HasUnderline() && Underline() != DefaultUnderline()) font.append_attribute("mn:U") = flag(Underline());
+  if (HasStrikeThrough() && StrikeThrough() != DefaultStrikeThrough()) font.append_attribute("mn:S") = flag(StrikeThrough());
+  if (HasAlignment() && Alignment() != DefaultAlignment()) font.append_attribute("mn:Alignment") = Alignment().c_str();
 
   if (!font.first_attribute()) {
     oXmlParent.remove_child(font);
