@@ -30,6 +30,7 @@ using FontTexts = std::array<std::string_view, kFontAttributeCount>;
 // the target's range is skipped like a non-numeric one.
 template <class Apply>
 void WhenNumeric(std::string_view text, Apply apply) {
+  if (text.empty()) return;  // most attributes are absent: no need to ask for the locale
   const std::optional<double> value = ParseNumber(text, CurrentPlatform().locale());
   if (!value) return;
   try {
