@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <cstdint>
 #include <exception>
 #include <limits>
@@ -35,6 +34,7 @@
 #include "mandor/util/number.h"
 #include "mandor/util/platform.h"
 #include "mandor/util/text.h"
+#include "mandor/util/word.h"
 #include "mandor/xml/marquage.h"
 
 namespace mandor {
@@ -197,9 +197,7 @@ bool SplitRecord(std::string_view value, int columns, RecordColumns& cols) {
     constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7FULL;
     const uint64_t pattern = 0x0101010101010101ULL * static_cast<unsigned char>(separator);
     for (; end - p >= 8; p += 8) {
-      uint64_t word;
-      std::memcpy(&word, p, sizeof word);
-      const uint64_t x = word ^ pattern;
+      const uint64_t x = Word(p) ^ pattern;
       uint64_t found = ~(((x & kLow7) + kLow7) | x | kLow7);
       for (; found != 0; found &= found - 1) {
         if (!cut(p + std::countr_zero(found) / 8)) return false;

@@ -1,6 +1,6 @@
-// Reading a text's bytes as 64-bit words, for the code that hashes and
-// compares short names a word at a time (the key index of collections, the
-// attribute names of the catalogue reader).
+// Reading a text's bytes as 64-bit words, for the code that works on text a
+// word at a time (the key index of collections, the attribute names of the
+// catalogue reader, the text reader's record splitter).
 #ifndef MANDOR_UTIL_WORD_H_
 #define MANDOR_UTIL_WORD_H_
 

@@ -385,8 +385,8 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
   bool ranges_indexed = false;
   // Each name's element now: first the document's elements as read, then
   // those this save adds. Writing a field rebuilds its element, so the one
-  // read is gone: `rewritten` tells which, and only the others are touched
-  // at the end.
+  // read is gone: `rewritten` tells which, and only the elements read that
+  // were not are touched at the end.
   std::vector<pugi::xml_node> current = index.all_cells;
   std::vector<bool> rewritten(index.all_cells.size(), false);
 
@@ -447,10 +447,11 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
     // Nothing above changes the map, so the place found for the name still holds.
     if (known != index.cells.end()) {
       current[known->second] = node;
-      if (known->second < rewritten.size()) rewritten[known->second] = true;
+      rewritten[known->second] = true;
     } else {
       index.cells.emplace(nom, current.size());
       current.push_back(node);
+      rewritten.push_back(true);
     }
   }
 
