@@ -72,6 +72,7 @@ void KeyIndex::MakeRoom() {
 }
 
 void KeyIndex::Reserve(size_t count) {
+  if (count == 0) return;  // an empty collection keeps no table
   size_t size = slots_.empty() ? 8 : slots_.size();
   while (size < 2 * count) size *= 2;
   if (size > slots_.size()) Rehash(size);
