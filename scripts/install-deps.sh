@@ -6,7 +6,9 @@ if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
 $SUDO apt-get update -q
 $SUDO apt-get install -y -q --no-install-recommends \
-  build-essential g++ clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-dev libpugixml-dev libreoffice-calc-nogui libcli11-dev nlohmann-json3-dev libcairo2-dev
+  build-essential g++ clang libclang-rt-14-dev cmake ninja-build pkg-config libgtest-dev libpugixml-dev libreoffice-calc-nogui libcli11-dev nlohmann-json3-dev libcairo2-dev \
+  libpoppler-glib-dev poppler-utils libtiff-dev libpango1.0-dev libnumbertext-dev help2man \
+  fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea
 
 # The Windows automation server (MandorDLL.dll): MinGW-w64 cross compilers and Wine to register
 # and test it. Debian ships no MinGW build of pugixml, so the DLL compiles Debian's own pugixml
