@@ -202,8 +202,9 @@ void CheckStoredSizes(const unsigned char* file, size_t size, int pointer, const
     int16_t vft = 0;
     if (at + 80 <= size) std::memcpy(&vft, file + at + 78, 2);
     const int32_t funcs = word(at + 24) & 0xffff;
+    // A dispatch interface's table: IDispatch's seven entries, then its own members.
     const bool ok = word(at + 80) == pointer && ((kind >> 11) & 0x1f) == pointer &&
-                    ((kind & 0xf) != TKIND_DISPATCH || vft == funcs * pointer);
+                    ((kind & 0xf) != TKIND_DISPATCH || vft == (funcs + 7) * pointer);
     if (!ok) Fail(std::wstring(label) + L": type " + std::to_wstring(i) + L" stores sizes for another system");
   }
 }
