@@ -10,7 +10,7 @@
 // deduce the parameter list from the lambda and convert VARIANTs both ways:
 //   T                    required argument of type T
 //   std::optional<T>     optional argument (empty when the host omitted it)
-//   Ref<T>&              by-reference argument, written back after the call
+//   Ref<T>&              by-reference argument, written back when the call changed it
 //   Variant              an argument of any type (a position or a key)
 // Results: void, a value type, std::optional<T> (empty gives an empty
 // variant) or a std::shared_ptr to a model object (Nothing for null).
