@@ -48,6 +48,7 @@ endif()
 
 if(MANDOR_BUILD_TESTS AND MANDOR_BUILD_COM)
   add_test(NAME com_vbscript
-    COMMAND bash ${PROJECT_SOURCE_DIR}/tests/server/run_com_tests.sh ${MANDOR_DLL64} ${PROJECT_BINARY_DIR}/com-tests)
+    COMMAND bash ${PROJECT_SOURCE_DIR}/tests/server/run_com_tests.sh ${MANDOR_DLL64} ${PROJECT_BINARY_DIR}/com-tests
+            $<$<TARGET_EXISTS:mandor_dll32>:${PROJECT_BINARY_DIR}/mingw32/MandorDLL.dll>)
   set_tests_properties(com_vbscript PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600)
 endif()

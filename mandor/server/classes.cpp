@@ -26,7 +26,24 @@ template <> const ClassInfo& ClassOf<Collection<CRegle>>();
 
 namespace {
 
-constexpr GUID kCollectionIid = {0xbccf20c1, 0x8759, 0x571b, {0xb6, 0xbf, 0xae, 0x47, 0x7d, 0x46, 0x06, 0x8f}};
+// The collection interfaces, one per item type.
+constexpr GUID kPageCollectionIid = {0xbccf20c1, 0x8759, 0x571b, {0xb6, 0xbf, 0xae, 0x47, 0x7d, 0x46, 0x06, 0x8f}};
+constexpr GUID kChampCollectionIid = {0x5f0c8a12, 0x3d6e, 0x4b71, {0x9a, 0x20, 0x6e, 0x81, 0x4c, 0x2d, 0x90, 0x11}};
+constexpr GUID kRegleCollectionIid = {0x5f0c8a12, 0x3d6e, 0x4b71, {0x9a, 0x20, 0x6e, 0x81, 0x4c, 0x2d, 0x90, 0x12}};
+constexpr GUID kDocCollectionIid = {0x5f0c8a12, 0x3d6e, 0x4b71, {0x9a, 0x20, 0x6e, 0x81, 0x4c, 0x2d, 0x90, 0x13}};
+
+// Parameter and result types of the members the type library declares
+// without a server behind them.
+ParamSpec In(const char* name, VARTYPE vt, bool optional = false) { return {name, {vt}, optional, false}; }
+ParamSpec ByRef(const char* name, VARTYPE vt, bool optional = false) { return {name, {vt}, optional, true}; }
+template <class T>
+ParamSpec InObject(const char* name, bool optional = false) {
+  return {name, {VT_DISPATCH, &ClassOf<T>}, optional, false};
+}
+template <class T>
+ParamSpec ByRefObject(const char* name) {
+  return {name, {VT_DISPATCH, &ClassOf<T>}, false, true};
+}
 
 // Members taking XML nodes have no MSXML object to receive from a host.
 constexpr const char* kXmlNode =
@@ -59,15 +76,18 @@ auto ItemAt(const Coll& c, const Variant& index) {
   return index.IsNumber() ? c.Item(index.AsLong()) : c.Item(index.AsString());
 }
 
+// A keyed collection of items of class T, under the interface "_" + name.
 template <class T>
-ClassInfo CollectionClass() {
+ClassInfo CollectionClass(const char* name, GUID iid) {
   using C = Collection<T>;
   ClassInfo info;
-  info.name = "Collection";
-  info.iid = kCollectionIid;
+  info.name = name;
+  info.iid = iid;
   Builder<C> b(info);
   b.Method("Add", [](C& c, std::shared_ptr<T> item, std::optional<std::string> key, Variant before, Variant after) {
      const std::string k = key.value_or("");
+     // As the hosts' own collections: a place before and after at once is an invalid call.
+     if (!before.Missing() && !after.Missing()) ThrowError(kInvalidArgument, "Add takes Before or After, not both");
      if (!before.Missing()) {
        before.IsNumber() ? c.AddBefore(item, k, before.AsLong()) : c.AddBefore(item, k, before.AsString());
      } else if (!after.Missing()) {
@@ -105,6 +125,14 @@ ClassInfo CollectionClass() {
   ACTION(isNewVersion)                                                                                \
   .Method("ToggleVersion", [](C& o, Ref<bool>& bNew) { o.ToggleVersion(bNew.value); }, "bNew")
 
+// The owners of a ruler or a field: its document and page.
+#define OWNERS_DOCUMENT_AND_PAGE(page)                                          \
+  info.owners = [](const void* object, std::vector<Owned>& out) {               \
+    const auto& o = *static_cast<const C*>(object);                             \
+    out.push_back({o.oOwnerMandor(), &ClassOf<Mandor>()});                      \
+    out.push_back({page, &ClassOf<CPage>()});                                   \
+  };
+
 ClassInfo MandorClass() {
   using C = Mandor;
   ClassInfo info = NewClass<C>("Mandor", {0x3b5dac2f, 0x9542, 0x5de2, {0xb8, 0x12, 0x8d, 0xa8, 0x12, 0x28, 0x96, 0xba}},
@@ -141,7 +169,7 @@ ClassInfo MandorClass() {
       .Method("ExtractChampsRecurrents", [](C& o, Ref<StringArray>& l) { o.ExtractChampsRecurrents(l.value); },
               "cLignes")
       .Method("ExtractRegles_V", [](C& o, Ref<StringArray>& l) { o.ExtractRegles_V(l.value); }, "cLignes")
-      .Unavailable("ExtractPages", kFileNumber)
+      .Unavailable("ExtractPages", kFileNumber, {ByRef("cLignes", VT_VARIANT), ByRef("fich", VT_I2)}, {VT_BOOL})
       .Method("ExtractPage", [](C& o, Ref<StringArray>& l, Ref<int16_t>& iPage) { o.ExtractPage(l.value, iPage.value); },
               "cLignes, iPage")
       // the text marking writer
@@ -150,10 +178,14 @@ ClassInfo MandorClass() {
                                : o.SauvegarderMarquageEx(Confirmation);
       }, "Confirmation, WithQte")
       ACTION(SauvegarderMarquageStd)
-      .Unavailable("OpenFileWrite", kFileNumber).Unavailable("WriteCalage", kFileNumber)
-      .Unavailable("WritePresentation", kFileNumber).Unavailable("WriteConstante", kFileNumber)
-      .Unavailable("WriteSource", kFileNumber).Unavailable("WriteChampsRecurrents", kFileNumber)
-      .Unavailable("WriteRegle_V", kFileNumber).Unavailable("WritePage", kFileNumber)
+      .Unavailable("OpenFileWrite", kFileNumber, {ByRef("cFileName", VT_BSTR)}, {VT_I2})
+      .Unavailable("WriteCalage", kFileNumber, {ByRef("fich", VT_I2)}, {VT_BOOL})
+      .Unavailable("WritePresentation", kFileNumber, {ByRef("fich", VT_I2)}, {VT_BOOL})
+      .Unavailable("WriteConstante", kFileNumber, {ByRef("fich", VT_I2)}, {VT_BOOL})
+      .Unavailable("WriteSource", kFileNumber, {ByRef("fich", VT_I2)}, {VT_BOOL})
+      .Unavailable("WriteChampsRecurrents", kFileNumber, {ByRef("fich", VT_I2)}, {VT_BOOL})
+      .Unavailable("WriteRegle_V", kFileNumber, {ByRef("fich", VT_I2)}, {VT_BOOL})
+      .Unavailable("WritePage", kFileNumber, {ByRef("fich", VT_I2), In("WithQte", VT_BOOL, true)}, {VT_BOOL})
       // calibration and the XML catalogue
       ACTION(CalculerParamètresCalage)
       .Method("SauvegarderMarquageXml", [](C& o, std::shared_ptr<Mandor> oMandor) {
@@ -181,7 +213,7 @@ ClassInfo MandorClass() {
       }, "Nombre, Car, CarReplace")
       .Method("FormatNombre", [](C& o, std::shared_ptr<CChamp> ch) { return o.FormatNombre(ch); }, "Champ")
       .Method("FormatNombreSortie", [](C& o, std::shared_ptr<CChamp> ch) { return o.FormatNombreSortie(ch); }, "Champ")
-      .Unavailable("ReadSection", kFileNumber)
+      .Unavailable("ReadSection", kFileNumber, {In("fich", VT_I2), In("cSection", VT_BSTR)}, {VT_VARIANT})
       .Method("FindValue", [](C& o, StringArray l, std::string v) { return o.FindValue(l, v); }, "cLignes, cValue")
       .Method("InsérerChamp", [](C& o, std::shared_ptr<Collection<CChamp>> col, std::shared_ptr<CChamp> ch) {
         if (!col) ThrowError(kObjectNotSet);
@@ -190,6 +222,9 @@ ClassInfo MandorClass() {
       // A host has no file of the component's to pass: the message is shown and the name cleared.
       .Method("CloseFileError", [](C& o, Variant, std::string msg) { return o.CloseFileError(nullptr, msg); },
               "fich, cMsg");
+  info.owners = [](const void* object, std::vector<Owned>& out) {
+    out.push_back({static_cast<const C*>(object)->oOwnerMarquage(), &ClassOf<cMarquage>()});
+  };
   return info;
 }
 
@@ -204,6 +239,9 @@ ClassInfo PageClass() {
         o.SetSize(iVRes, iHres, fWidth, fHeight);
       }, "iVRes, iHres, fWidth, fHeight")
       PROP(hResolution) PROP(vResolution) GET(Height_Point) GET(Width_Point);
+  info.owners = [](const void* object, std::vector<Owned>& out) {
+    out.push_back({static_cast<const C*>(object)->oOwnerMandor.lock(), &ClassOf<Mandor>()});
+  };
   return info;
 }
 
@@ -223,6 +261,7 @@ ClassInfo RegleClass() {
               "oFont")
       ACTION(GetFontClassFromProperties)
       OWNER_AND_FONT;
+  OWNERS_DOCUMENT_AND_PAGE(o.Page())
   return info;
 }
 
@@ -254,8 +293,12 @@ ClassInfo ChampClass() {
       .Method("SetFontPropertiesFromFontClass",
               [](C& o, std::shared_ptr<CFont> f) { o.SetFontPropertiesFromFontClass(f); }, "oFont")
       GET(Position_point_Left) GET(Position_point_Top) GET(Position_point_Bottom) GET(Position_point_Right)
-      .Unavailable("MajXmlNodeFromChampProperties", kXmlNode)
-      .Unavailable("MajXmlNodeDataContratFromChampProperties", kXmlNode);
+      .Unavailable("MajXmlNodeFromChampProperties", kXmlNode,
+                   {ByRef("oNoeudParent", VT_DISPATCH), ByRef("oNoeud", VT_DISPATCH), ByRefObject<Mandor>("oMandor")},
+                   {VT_DISPATCH})
+      .Unavailable("MajXmlNodeDataContratFromChampProperties", kXmlNode,
+                   {ByRef("oNoeud", VT_DISPATCH), ByRefObject<Mandor>("oMandor")}, {VT_DISPATCH});
+  OWNERS_DOCUMENT_AND_PAGE(o.oOwnerPage.lock())
   return info;
 }
 
@@ -271,8 +314,11 @@ ClassInfo FontClass() {
       FONT_ATTRIBUTE(Transparent) FONT_ATTRIBUTE(Bold) FONT_ATTRIBUTE(Italic) FONT_ATTRIBUTE(Underline)
       FONT_ATTRIBUTE(StrikeThrough) FONT_ATTRIBUTE(Alignment)
       GET(Id) GET(ALIGN_LEFT) GET(ALIGN_RIGHT) GET(ALIGN_CENTER) PROP(Special)
-      .Unavailable("GetFontFromXmlNode", kXmlNode)
-      .Unavailable("GetXmlFontFromFontClass", kXmlNode)
+      .Unavailable("GetFontFromXmlNode", kXmlNode,
+                   {In("XmlFont", VT_DISPATCH), InObject<CFont>("oParentFont1", true),
+                    InObject<CFont>("oParentFont2", true)},
+                   {VT_DISPATCH, &ClassOf<CFont>})
+      .Unavailable("GetXmlFontFromFontClass", kXmlNode, {In("oXmlParent", VT_DISPATCH)}, {VT_DISPATCH})
       .Method("SetMe", [](C& o, std::shared_ptr<CFont> f, std::optional<bool> force) { o.SetMe(f, force.value_or(false)); },
               "Font, force")
       GET(HasSet);
@@ -331,7 +377,8 @@ ClassInfo MarquageClass() {
       PROP(FullPath) GET(Path) GET(File) PROP(Name)
       .Method("Add", [](C& o, std::string sKey, std::string Name, std::string Path) { return o.Add(sKey, Name, Path); },
               "sKey, Name, Path")
-      .Unavailable("AddItemWithNode", kXmlNode)
+      .Unavailable("AddItemWithNode", kXmlNode, {In("oNode", VT_DISPATCH), In("sPath", VT_BSTR, true)},
+                   {VT_DISPATCH, &ClassOf<Mandor>})
       .Get("Item", [](C& o, Variant vntIndexKey) { return ItemAt(o, vntIndexKey); }, "vntIndexKey")
       GET(Count)
       .Method("Remove", [](C& o, Variant vntIndexKey) {
@@ -360,21 +407,28 @@ template <> const ClassInfo& ClassOf<CFont>() { static const ClassInfo info = Fo
 template <> const ClassInfo& ClassOf<Devise>() { static const ClassInfo info = DeviseClass(); return info; }
 template <> const ClassInfo& ClassOf<Devises>() { static const ClassInfo info = DevisesClass(); return info; }
 template <> const ClassInfo& ClassOf<Doc>() { static const ClassInfo info = DocClass(); return info; }
-template <> const ClassInfo& ClassOf<Collection<Doc>>() { static const ClassInfo info = CollectionClass<Doc>(); return info; }
+template <> const ClassInfo& ClassOf<Collection<Doc>>() {
+  static const ClassInfo info = CollectionClass<Doc>("DocCollection", kDocCollectionIid);
+  return info;
+}
 template <> const ClassInfo& ClassOf<Collection<CPage>>() {
-  static const ClassInfo info = CollectionClass<CPage>();
+  static const ClassInfo info = CollectionClass<CPage>("CPageCollection", kPageCollectionIid);
   return info;
 }
 template <> const ClassInfo& ClassOf<Collection<CChamp>>() {
-  static const ClassInfo info = CollectionClass<CChamp>();
+  static const ClassInfo info = CollectionClass<CChamp>("CChampCollection", kChampCollectionIid);
   return info;
 }
 template <> const ClassInfo& ClassOf<Collection<CRegle>>() {
-  static const ClassInfo info = CollectionClass<CRegle>();
+  static const ClassInfo info = CollectionClass<CRegle>("CRegleCollection", kRegleCollectionIid);
   return info;
 }
 
-const ClassInfo& CollectionInterface() { return ClassOf<Collection<CChamp>>(); }
+const std::vector<const ClassInfo*>& CollectionClasses() {
+  static const std::vector<const ClassInfo*> classes = {&ClassOf<Collection<CPage>>(), &ClassOf<Collection<CChamp>>(),
+                                                        &ClassOf<Collection<CRegle>>(), &ClassOf<Collection<Doc>>()};
+  return classes;
+}
 
 const std::vector<const ClassInfo*>& CreatableClasses() {
   static const std::vector<const ClassInfo*> classes = {

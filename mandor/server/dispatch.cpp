@@ -76,12 +76,10 @@ void SetMemberId(ClassInfo& info, std::string_view name, DISPID id) {
   info.by_id[id] = static_cast<size_t>(&m - info.members.data());
 }
 
-Accessor UnavailableAccessor(std::string name, std::string why) {
+Accessor UnavailableAccessor(std::string name, std::string why, std::vector<ParamSpec> params, TypeSpec result) {
   Accessor acc;
-  acc.params.push_back({"arg1", {VT_VARIANT}, true, false});
-  acc.params.push_back({"arg2", {VT_VARIANT}, true, false});
-  acc.params.push_back({"arg3", {VT_VARIANT}, true, false});
-  acc.result = {VT_VARIANT};
+  acc.params = std::move(params);
+  acc.result = result;
   const std::string message = name + " is not available through automation: " + why;
   acc.call = [message](const std::shared_ptr<void>&, Args&, VARIANT*) { ThrowError(kInvalidArgument, message); };
   return acc;
@@ -136,21 +134,39 @@ void WriteBackVariant(VARIANT* target, VARIANT* value) {
 }
 
 void GetBoxed(const std::shared_ptr<void>& slot, VARIANT* result) {
-  if (!slot) return;  // empty
-  const HRESULT hr = VariantCopy(result, &static_cast<VariantBox*>(slot.get())->v);
-  if (FAILED(hr)) throw DispatchFailure{hr};
+  result->vt = VT_DISPATCH;
+  result->pdispVal = nullptr;  // Nothing
+  if (!slot) return;
+  result->pdispVal = static_cast<DispatchBox*>(slot.get())->object;
+  result->pdispVal->AddRef();
 }
 
 void SetBoxed(std::shared_ptr<void>& slot, const VARIANT* value) {
   if (value == nullptr) throw DispatchFailure{DISP_E_PARAMNOTFOUND};
-  auto box = std::make_shared<VariantBox>();
-  const HRESULT hr = VariantCopyInd(&box->v, const_cast<VARIANT*>(value));
-  if (FAILED(hr)) throw DispatchFailure{hr};
-  // Nothing clears the slot.
-  if ((box->v.vt == VT_DISPATCH && box->v.pdispVal == nullptr) || box->v.vt == VT_EMPTY) {
+  IUnknown* unknown = nullptr;
+  switch (value->vt) {
+    case VT_DISPATCH: unknown = value->pdispVal; break;
+    case VT_UNKNOWN: unknown = value->punkVal; break;
+    case VT_DISPATCH | VT_BYREF: unknown = value->ppdispVal != nullptr ? *value->ppdispVal : nullptr; break;
+    case VT_UNKNOWN | VT_BYREF: unknown = value->ppunkVal != nullptr ? *value->ppunkVal : nullptr; break;
+    case VT_NULL: case VT_EMPTY: break;  // a script's null or an unset variable: Nothing
+    default: ThrowError(kTypeMismatch);  // a value, not an object
+  }
+  if (unknown == nullptr) {  // Nothing clears the slot
     slot.reset();
-  } else {
+    return;
+  }
+  IDispatch* disp = nullptr;
+  if (FAILED(unknown->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&disp))) || disp == nullptr) {
+    ThrowError(kTypeMismatch);
+  }
+  try {
+    auto box = std::make_shared<DispatchBox>(disp);
+    disp->Release();
     slot = std::move(box);
+  } catch (...) {
+    disp->Release();
+    throw;
   }
 }
 
@@ -314,7 +330,9 @@ Registry& TheRegistry() {
 
 class NativeObject final : public IDispatch {
  public:
-  NativeObject(std::shared_ptr<void> object, const ClassInfo& cls) : object_(std::move(object)), cls_(cls) {
+  NativeObject(std::shared_ptr<void> object, const ClassInfo& cls, Owned anchor)
+      : object_(std::move(object)), cls_(cls), anchor_(std::move(anchor)) {
+    RefreshOwners();
     InterlockedIncrement(&LiveObjects());
   }
   ~NativeObject() { InterlockedDecrement(&LiveObjects()); }
@@ -324,6 +342,22 @@ class NativeObject final : public IDispatch {
   const std::shared_ptr<void>& object() const { return object_; }
   const ClassInfo& cls() const { return cls_; }
   LONG refs() const { return refs_; }
+
+  // Takes counted references to the current owner chain (see dispatch.h),
+  // dropping those to former owners.
+  // Out of memory, it keeps the references it had.
+  void RefreshOwners() noexcept {
+    try {
+      std::vector<std::shared_ptr<void>> chain;
+      OwnerChain(object_.get(), cls_, chain);
+      if (anchor_.object) {
+        chain.push_back(anchor_.object);
+        OwnerChain(anchor_.object.get(), *anchor_.cls, chain);
+      }
+      owners_.swap(chain);
+    } catch (...) {
+    }
+  }
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override {
     if (out == nullptr) return E_POINTER;
@@ -370,19 +404,25 @@ class NativeObject final : public IDispatch {
     return hr;
   }
 
+  // The member's id, then for named arguments their positions (0 for the
+  // first parameter), as the type library names them.
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
     if (names == nullptr || ids == nullptr) return E_POINTER;
     HRESULT hr = S_OK;
     for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
     if (count == 0) return S_OK;
+    if (names[0] == nullptr) return DISP_E_UNKNOWNNAME;
     const Member* m = cls_.Find(WideToUtf8(names[0], wcslen(names[0])));
-    if (m != nullptr) {
-      ids[0] = m->id;
-    } else {
-      hr = DISP_E_UNKNOWNNAME;
+    if (m == nullptr) return DISP_E_UNKNOWNNAME;
+    ids[0] = m->id;
+    const Accessor& acc = m->method ? m->method : m->get ? m->get : m->let ? m->let : m->set;
+    for (UINT i = 1; i < count; ++i) {
+      const std::string name = names[i] == nullptr ? std::string() : FoldCase(WideToUtf8(names[i], wcslen(names[i])));
+      for (size_t p = 0; p < acc.params.size(); ++p) {
+        if (FoldCase(acc.params[p].name) == name) ids[i] = static_cast<DISPID>(p);
+      }
+      if (ids[i] == DISPID_UNKNOWN) hr = DISP_E_UNKNOWNNAME;
     }
-    // Arguments are positional only.
-    if (count > 1) hr = DISP_E_UNKNOWNNAME;
     return hr;
   }
 
@@ -397,10 +437,6 @@ class NativeObject final : public IDispatch {
       return E_INVALIDARG;
     }
     const bool put = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
-    if (params->cNamedArgs > 0 &&
-        !(put && params->cNamedArgs == 1 && params->rgdispidNamedArgs[0] == DISPID_PROPERTYPUT)) {
-      return DISP_E_NONAMEDARGS;
-    }
     const Accessor* acc = nullptr;
     if ((flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET)) != 0) {
       acc = m->method ? &m->method : m->get ? &m->get : nullptr;
@@ -409,7 +445,21 @@ class NativeObject final : public IDispatch {
     if (acc == nullptr && (flags & DISPATCH_PROPERTYPUT) != 0) acc = m->let ? &m->let : m->set ? &m->set : nullptr;
     if (acc == nullptr) return DISP_E_MEMBERNOTFOUND;
     if (put && params->cArgs == 0) return DISP_E_BADPARAMCOUNT;
+    // Named arguments are put in their positions, the others marked missing.
+    std::vector<VARIANT> ordered;
+    DISPPARAMS positional;
+    DISPID put_id = DISPID_PROPERTYPUT;
+    if (params->cNamedArgs > 0) {
+      const HRESULT hr = OrderNamedArguments(*acc, put, params, ordered, arg_error);
+      if (FAILED(hr)) return hr;
+      positional = {ordered.data(), put ? &put_id : nullptr, static_cast<UINT>(ordered.size()), put ? 1u : 0u};
+      params = &positional;
+    }
     if (result != nullptr) VariantInit(result);
+    struct Refresh {  // the owners may have changed, whatever the outcome
+      NativeObject* self;
+      ~Refresh() { self->RefreshOwners(); }
+    } refresh{this};
     try {
       if (!put && params->cArgs > acc->params.size()) return InvokeDefaultOfResult(*acc, params, result, exception,
                                                                                      arg_error);
@@ -419,6 +469,13 @@ class NativeObject final : public IDispatch {
     } catch (const DispatchFailure& f) {
       if (result != nullptr) VariantClear(result);
       if (arg_error != nullptr) *arg_error = f.arg;
+      // A value that does not convert is the automation error every host
+      // reports alike (JScript numbers the bare failure codes its own way).
+      if (f.hr == DISP_E_TYPEMISMATCH || f.hr == DISP_E_OVERFLOW) {
+        const int number = f.hr == DISP_E_OVERFLOW ? kOverflow : kTypeMismatch;
+        return ExceptionResult(exception, MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, number),
+                               Error::DefaultDescription(number));
+      }
       return f.hr;
     } catch (const Error& e) {
       if (result != nullptr) VariantClear(result);
@@ -436,6 +493,44 @@ class NativeObject final : public IDispatch {
   }
 
  private:
+  // Rewrites params, some of whose arguments are named, into ordered: all in
+  // parameter order (reversed, as DISPPARAMS keeps them), named positions
+  // left empty marked missing, and for a put the assigned value first.
+  static HRESULT OrderNamedArguments(const Accessor& acc, bool put, const DISPPARAMS* params,
+                                     std::vector<VARIANT>& ordered, UINT* arg_error) {
+    const UINT named = params->cNamedArgs;
+    const UINT positional = params->cArgs - named;
+    const VARIANT* value = nullptr;
+    std::vector<const VARIANT*> slots(positional, nullptr);
+    for (UINT i = 0; i < positional; ++i) slots[i] = &params->rgvarg[params->cArgs - 1 - i];
+    for (UINT j = 0; j < named; ++j) {
+      const DISPID id = params->rgdispidNamedArgs[j];
+      if (put && id == DISPID_PROPERTYPUT) {
+        value = &params->rgvarg[j];
+        continue;
+      }
+      const size_t own = acc.params.size() - (put ? 1 : 0);
+      if (id < 0 || static_cast<size_t>(id) >= own) {
+        if (arg_error != nullptr) *arg_error = j;
+        return DISP_E_PARAMNOTFOUND;
+      }
+      if (slots.size() <= static_cast<size_t>(id)) slots.resize(static_cast<size_t>(id) + 1, nullptr);
+      if (slots[static_cast<size_t>(id)] != nullptr) {  // given twice
+        if (arg_error != nullptr) *arg_error = j;
+        return DISP_E_PARAMNOTFOUND;
+      }
+      slots[static_cast<size_t>(id)] = &params->rgvarg[j];
+    }
+    if (put && value == nullptr) return DISP_E_PARAMNOTFOUND;
+    VARIANT missing;
+    VariantInit(&missing);
+    missing.vt = VT_ERROR;
+    missing.scode = DISP_E_PARAMNOTFOUND;
+    if (put) ordered.push_back(*value);
+    for (size_t i = slots.size(); i-- > 0;) ordered.push_back(slots[i] != nullptr ? *slots[i] : missing);
+    return S_OK;
+  }
+
   // obj.Pages(1): a property without arguments called with some hands them
   // to the default member of the object it returns.
   HRESULT InvokeDefaultOfResult(const Accessor& acc, DISPPARAMS* params, VARIANT* result, EXCEPINFO* exception,
@@ -462,6 +557,8 @@ class NativeObject final : public IDispatch {
   LONG refs_ = 0;
   std::shared_ptr<void> object_;
   const ClassInfo& cls_;
+  Owned anchor_;
+  std::vector<std::shared_ptr<void>> owners_;
 };
 
 // IEnumVARIANT over a snapshot of a collection.
@@ -511,23 +608,36 @@ class Enumerator final : public ComObject<IEnumVARIANT, IID_IEnumVARIANT> {
 
 }  // namespace
 
-IDispatch* Wrap(std::shared_ptr<void> object, const ClassInfo& cls) {
+void OwnerChain(const void* object, const ClassInfo& cls, std::vector<std::shared_ptr<void>>& out) {
+  std::vector<Owned> pending;
+  if (cls.owners != nullptr) cls.owners(object, pending);
+  while (!pending.empty()) {
+    Owned next = std::move(pending.back());
+    pending.pop_back();
+    if (!next.object || std::find(out.begin(), out.end(), next.object) != out.end()) continue;
+    if (next.cls->owners != nullptr) next.cls->owners(next.object.get(), pending);
+    out.push_back(std::move(next.object));
+  }
+}
+
+IDispatch* Wrap(std::shared_ptr<void> object, const ClassInfo& cls, Owned anchor) {
   if (!object) return nullptr;
   Registry& r = TheRegistry();
   AcquireSRWLockExclusive(&r.lock);
-  NativeObject*& slot = r.objects[{object.get(), &cls}];
-  // An object whose count reached 0 is on its way out: replace it.
-  if (slot == nullptr || slot->refs() == 0) {
-    try {
-      slot = new NativeObject(std::move(object), cls);
-    } catch (...) {
-      ReleaseSRWLockExclusive(&r.lock);
-      throw;
-    }
+  NativeObject* disp = nullptr;
+  try {
+    NativeObject*& slot = r.objects[{object.get(), &cls}];
+    // An object whose count reached 0 is on its way out: replace it.
+    if (slot == nullptr || slot->refs() == 0) slot = new NativeObject(std::move(object), cls, std::move(anchor));
+    disp = slot;
+    disp->AddRef();
+  } catch (...) {
+    ReleaseSRWLockExclusive(&r.lock);
+    throw;
   }
-  slot->AddRef();
-  IDispatch* disp = slot;
   ReleaseSRWLockExclusive(&r.lock);
+  // Handed out again: its owners may have changed since.
+  disp->RefreshOwners();
   return disp;
 }
 

@@ -10,13 +10,22 @@
 // deduce the parameter list from the lambda and convert VARIANTs both ways:
 //   T                    required argument of type T
 //   std::optional<T>     optional argument (empty when the host omitted it)
-//   Ref<T>&              by-reference argument, written back after the call
+//   Ref<T>&              by-reference argument, written back when the call changed it
 //   Variant              an argument of any type (a position or a key)
 // Results: void, a value type, std::optional<T> (empty gives an empty
 // variant) or a std::shared_ptr to a model object (Nothing for null).
 //
 // The same C++ object always comes back as the same IDispatch while a host
 // holds it, so that `Is` comparisons work.
+//
+// Owners. The C++ model holds its back-links (a field's document and page,
+// a document's catalogue) weakly, so that dropping a root frees its graph.
+// Hosts expect every link counted: a field they keep still has its document.
+// So each dispatch object holds counted references to the owner chain of
+// its object (ClassInfo::owners, followed up to the root), refreshed after
+// every call on it. Model objects never hold dispatch objects (apart from
+// what a host stores in Controle or Etiquette), so this adds no cycle: when
+// the host lets go of its last dispatch object the graph is freed as in C++.
 #ifndef MANDOR_SERVER_DISPATCH_H_
 #define MANDOR_SERVER_DISPATCH_H_
 
@@ -56,6 +65,12 @@ struct DispatchFailure {
 
 struct ClassInfo;
 
+// A model object together with the class it is exposed as.
+struct Owned {
+  std::shared_ptr<void> object;
+  const ClassInfo* cls = nullptr;
+};
+
 // How a parameter or result appears in the type library: a VARTYPE, and for
 // objects the class of the interface.
 struct TypeSpec {
@@ -92,6 +107,9 @@ struct ClassInfo {
   GUID iid{};
   bool creatable = false;
   std::function<std::shared_ptr<void>()> create;
+  // Appends the objects that object (of this class) links back to and that
+  // the model counts but C++ holds weakly; null for a class without owners.
+  void (*owners)(const void* object, std::vector<Owned>& out) = nullptr;
   std::vector<Member> members;
   std::unordered_map<std::string, size_t> by_folded_name;
   std::unordered_map<DISPID, size_t> by_id;
@@ -102,8 +120,8 @@ struct ClassInfo {
 
 // The classes a host can create, in registration order.
 const std::vector<const ClassInfo*>& CreatableClasses();
-// The dispatch class of the keyed collections (one interface for all item types).
-const ClassInfo& CollectionInterface();
+// The dispatch classes of the keyed collections, one per item type.
+const std::vector<const ClassInfo*>& CollectionClasses();
 
 // --- argument access for one Invoke ---
 class Args {
@@ -146,25 +164,36 @@ struct Ref {
 template <class T>
 struct OptRef : Ref<T> {};
 
-// The content of a slot that holds whatever the host attached.
+// An object argument of the host's own (any automation object, or Nothing).
+struct HostObject {
+  const VARIANT* v = nullptr;
+};
+
+// The content of a slot that holds an object the host attached (Controle,
+// Etiquette): Nothing while empty.
 struct Boxed {
   const std::shared_ptr<void>* slot;
 };
 
-// A VARIANT kept in a model slot that holds whatever the host attaches
-// (Controle, Etiquette). Only this server stores into those slots.
-struct VariantBox {
-  VARIANT v;
-  VariantBox() { VariantInit(&v); }
-  ~VariantBox() { VariantClear(&v); }
-  VariantBox(const VariantBox&) = delete;
-  VariantBox& operator=(const VariantBox&) = delete;
+// The host's object kept in such a model slot. Only this server stores into
+// those slots.
+struct DispatchBox {
+  IDispatch* object;
+  explicit DispatchBox(IDispatch* d) : object(d) { object->AddRef(); }
+  ~DispatchBox() { object->Release(); }
+  DispatchBox(const DispatchBox&) = delete;
+  DispatchBox& operator=(const DispatchBox&) = delete;
 };
 
 // --- the COM wrapper ---
 // Returns the (AddRef'ed) dispatch object of object, creating it on first
-// use; null for a null object.
-IDispatch* Wrap(std::shared_ptr<void> object, const ClassInfo& cls);
+// use; null for a null object. anchor, when set, is the object that object
+// belongs to without a link of its own (a collection's document or page):
+// the dispatch object keeps it and its owner chain alive too.
+IDispatch* Wrap(std::shared_ptr<void> object, const ClassInfo& cls, Owned anchor = {});
+// Appends to out the owners of object (class cls), their owners and so on
+// up to the root, each once.
+void OwnerChain(const void* object, const ClassInfo& cls, std::vector<std::shared_ptr<void>>& out);
 // The model object behind a dispatch object of class cls, or null when
 // disp is null; Error 13 when it is another kind of object.
 std::shared_ptr<void> Unwrap(IUnknown* disp, const ClassInfo& cls);
@@ -266,7 +295,7 @@ void SetBoxed(std::shared_ptr<void>& slot, const VARIANT* value);
 
 template <>
 struct Traits<Boxed> {
-  static TypeSpec Spec() { return {VT_VARIANT}; }
+  static TypeSpec Spec() { return {VT_DISPATCH}; }
   static void To(const Boxed& value, VARIANT* out) { detail::GetBoxed(*value.slot, out); }
 };
 
@@ -315,13 +344,24 @@ struct Param {  // a required argument
 
 template <class T>
 struct Param<std::optional<T>> {
-  static ParamSpec Spec() { return {"", {VT_VARIANT}, true, false}; }
+  static ParamSpec Spec() { return {"", Traits<T>::Spec(), true, false}; }
   std::optional<T> value;
   Param(Args& args, size_t i) {
     const VARIANT* v = args.Get(i);
     if (v != nullptr) value = Param<T>::Convert(args, i);
   }
   std::optional<T>& get() { return value; }
+  void WriteBack(Args&, size_t) {}
+};
+
+template <>
+struct Param<HostObject> {
+  static ParamSpec Spec() { return {"", {VT_DISPATCH}, false, false}; }
+  HostObject value;
+  Param(Args& args, size_t i) : value{args.Get(i)} {
+    if (value.v == nullptr) throw DispatchFailure{DISP_E_PARAMNOTFOUND, args.ErrorIndex(i)};
+  }
+  HostObject& get() { return value; }
   void WriteBack(Args&, size_t) {}
 };
 
@@ -336,22 +376,26 @@ struct Param<Variant> {
 
 void WriteBackVariant(VARIANT* target, VARIANT* value);
 
+// A by-reference argument is written back only when the member changed it,
+// so that a host's variable keeps its own type otherwise.
 template <class R, bool kOptional>
 struct RefParam {
   using T = decltype(R::value);
-  static ParamSpec Spec() { return {"", {VT_VARIANT}, kOptional, true}; }
+  static ParamSpec Spec() { return {"", Traits<T>::Spec(), kOptional, true}; }
   R value;
+  T original{};
   RefParam(Args& args, size_t i) {
     if (!kOptional && args.Get(i) == nullptr) throw DispatchFailure{DISP_E_PARAMNOTFOUND, args.ErrorIndex(i)};
     if (args.Get(i) != nullptr) {
       value.value = Param<T>::Convert(args, i);
       value.present = true;
+      original = value.value;
     }
   }
   R& get() { return value; }
   void WriteBack(Args& args, size_t i) {
     VARIANT* target = args.Target(i);
-    if (target == nullptr) return;
+    if (target == nullptr || !value.present || value.value == original) return;
     VARIANT v;
     VariantInit(&v);
     Traits<T>::To(value.value, &v);
@@ -440,10 +484,27 @@ struct IsShared<std::shared_ptr<T>> : std::true_type {};
 
 }  // namespace detail
 
+// A keyed collection member of a document or page, handed out with that
+// owner so that the collection's dispatch object keeps the owner's chain.
+template <class T>
+struct AnchoredCollection {
+  std::shared_ptr<Collection<T>> items;  // shares ownership of the owner
+  Owned owner;
+};
+
+template <class T>
+struct Traits<AnchoredCollection<T>> {
+  static TypeSpec Spec() { return {VT_DISPATCH, &ClassOf<Collection<T>>}; }
+  static void To(const AnchoredCollection<T>& value, VARIANT* out) {
+    out->vt = VT_DISPATCH;
+    out->pdispVal = Wrap(value.items, ClassOf<Collection<T>>(), value.owner);
+  }
+};
+
 // A keyed collection exposed on its own: it keeps its owner alive.
 template <class T>
 struct Traits<std::shared_ptr<Collection<T>>> {
-  static TypeSpec Spec() { return {VT_DISPATCH, &CollectionInterface}; }
+  static TypeSpec Spec() { return {VT_DISPATCH, &ClassOf<Collection<T>>}; }
   static std::shared_ptr<Collection<T>> From(const VARIANT& v);
   static void To(const std::shared_ptr<Collection<T>>& value, VARIANT* out) {
     out->vt = VT_DISPATCH;
@@ -482,8 +543,10 @@ class Builder {
     return Put(&Member::method, name, std::move(f), params);
   }
   // A member the automation interface names but cannot serve (XML nodes,
-  // file numbers of the caller's runtime): calling it raises Error 5.
-  Builder& Unavailable(std::string_view name, std::string_view why);
+  // file numbers of the caller's runtime): calling it raises Error 5. The
+  // type library still declares its parameters and result.
+  Builder& Unavailable(std::string_view name, std::string_view why, std::vector<ParamSpec> params = {},
+                       TypeSpec result = {});
 
   // A property with get and let (set for object references), given the
   // getter and setter as lambdas; the value type is the getter's result.
@@ -505,7 +568,9 @@ class Builder {
   Builder& Field(std::string_view name, M C::*m) {
     if constexpr (detail::IsCollection<M>::value) {
       using Item = typename M::Ptr::element_type;
-      Get(name, [m](const std::shared_ptr<C>& o) { return std::shared_ptr<Collection<Item>>(o, &((*o).*m)); });
+      Get(name, [m](const std::shared_ptr<C>& o) {
+        return AnchoredCollection<Item>{std::shared_ptr<Collection<Item>>(o, &((*o).*m)), Owned{o, &ClassOf<C>()}};
+      });
       Set(name, [m](C& o, std::shared_ptr<Collection<Item>> v) {
         if (!v) ThrowError(kObjectNotSet);
         if (v.get() != &(o.*m)) o.*m = *v;
@@ -515,9 +580,9 @@ class Builder {
       Get(name, [m](C& o) { return (o.*m).lock(); });
       Set(name, [m](C& o, std::shared_ptr<Object> v) { o.*m = v; }, "value");
     } else if constexpr (std::is_same_v<M, std::shared_ptr<void>>) {
+      // An object reference: get and set (a let without Set lands here too).
       Get(name, [m](C& o) { return Boxed{&(o.*m)}; });
-      Let(name, [m](C& o, Variant v) { detail::SetBoxed(o.*m, v.v); }, "value");
-      Set(name, [m](C& o, Variant v) { detail::SetBoxed(o.*m, v.v); }, "value");
+      Set(name, [m](C& o, HostObject v) { detail::SetBoxed(o.*m, v.v); }, "value");
     } else {
       Prop(name, [m](C& o) { return o.*m; }, [m](C& o, M v) { o.*m = std::move(v); });
     }
@@ -541,7 +606,7 @@ class Builder {
 // Slot and Id are the same for every class.
 Member& AddOrFindMember(ClassInfo& info, std::string_view name);
 void SetMemberId(ClassInfo& info, std::string_view name, DISPID id);
-Accessor UnavailableAccessor(std::string name, std::string why);
+Accessor UnavailableAccessor(std::string name, std::string why, std::vector<ParamSpec> params, TypeSpec result);
 
 template <class C>
 Member& Builder<C>::Slot(std::string_view name) {
@@ -553,8 +618,9 @@ Builder<C>& Builder<C>::Id(std::string_view name, DISPID id) {
   return *this;
 }
 template <class C>
-Builder<C>& Builder<C>::Unavailable(std::string_view name, std::string_view why) {
-  Slot(name).method = UnavailableAccessor(std::string(name), std::string(why));
+Builder<C>& Builder<C>::Unavailable(std::string_view name, std::string_view why, std::vector<ParamSpec> params,
+                                    TypeSpec result) {
+  Slot(name).method = UnavailableAccessor(std::string(name), std::string(why), std::move(params), result);
   return *this;
 }
 

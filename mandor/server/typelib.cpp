@@ -168,7 +168,7 @@ HRESULT WriteTypeLib(const std::wstring& path, SYSKIND syskind) {
   RETURN_IF_FAILED(lib->SetLcid(LOCALE_NEUTRAL));
   RETURN_IF_FAILED(lib->SetDocString(const_cast<LPOLESTR>(L"MandorDLL: markings of scanned tender documents")));
   std::vector<const ClassInfo*> classes = CreatableClasses();
-  classes.push_back(&CollectionInterface());
+  for (const ClassInfo* cls : CollectionClasses()) classes.push_back(cls);
   TypeLibWriter writer(lib.p);
   return writer.Write(classes);
 }

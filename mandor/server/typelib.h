@@ -1,7 +1,12 @@
 // The type library "MandorDLL", built from the member tables: one
-// dispatch interface "_X" per class (and "_Collection" for the keyed
-// collections) listing every member under its exact name, accents
-// included, and one creatable coclass "X" per public class. Built with the
+// dispatch interface "_X" per class (and "_CPageCollection",
+// "_CChampCollection", "_CRegleCollection", "_DocCollection" for the keyed
+// collections, each typed by its items) listing every member under its
+// exact name, accents included, with its parameters' names and types, and
+// one creatable coclass "X" per public class. The file stores the sizes of
+// the system asked for (SYS_WIN32: 4-byte pointers), whichever process
+// writes it; Wine's loader reports its own process's sizes whatever the
+// file stores. Built with the
 // type-library creation interfaces, since the IDL compiler takes no
 // accented names. The build embeds it in the DLL as resource TYPELIB 1
 // (typelib_gen.cpp, run under Wine); a DLL built without Wine writes it

@@ -131,11 +131,23 @@ SystemPlatform::SystemPlatform() = default;
 
 bool SystemPlatform::FileExists(const std::string& path) { return IsRegularFile(path); }
 
+#ifdef _WIN32
+// kernel32's copy, declared here rather than through <windows.h>, whose
+// CopyFile and DeleteFile macros would rename this class's members.
+extern "C" __declspec(dllimport) int __stdcall CopyFileW(const wchar_t* from, const wchar_t* to, int fail_if_exists);
+#endif
+
 void SystemPlatform::CopyFile(const std::string& from, const std::string& to) {
   if (!IsRegularFile(from)) ThrowError(kFileNotFound);
+#ifdef _WIN32
+  // MinGW's copy_file cannot replace an existing target (its same-file test
+  // reads st_ino, always 0 there); the system's own copy can.
+  if (CopyFileW(NativePath(from).c_str(), NativePath(to).c_str(), 0) == 0) ThrowError(kPathFileAccessError);
+#else
   std::error_code ec;
   fs::copy_file(NativePath(from), NativePath(to), fs::copy_options::overwrite_existing, ec);
   if (ec) ThrowError(kPathFileAccessError);
+#endif
 }
 
 void SystemPlatform::DeleteFile(const std::string& path) {

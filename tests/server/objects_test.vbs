@@ -37,8 +37,6 @@ Set champ.oRegleV = regle
 Check champ.oRegleV Is regle, "object property set and read back"
 Set champ.oRegleV = Nothing
 Check champ.oRegleV Is Nothing, "set to Nothing"
-regle.Controle = "tag"
-CheckEqual regle.Controle, "tag", "a value in the host's slot"
 Set regle.Etiquette = page
 Check regle.Etiquette Is page, "an object in the host's slot"
 
@@ -223,6 +221,7 @@ CheckEqual shell.RegRead("HKCR\CLSID\{3B5DAC2F-9542-5DE2-B812-8DA8122896BA}\Inpr
 CheckEqual shell.RegRead("HKCR\Interface\{D42AC75C-FF48-5B8F-B0DA-C04F5907F032}\"), "_Mandor", "interface registered"
 CheckEqual shell.RegRead("HKCR\Interface\{33191438-DBFC-5F6A-8A8B-2F4F587BC0C8}\"), "_CChamp", "interface registered"
 CheckEqual TypeName(doc), "_Mandor", "type information of a document"
-CheckEqual TypeName(doc.Pages), "_Collection", "type information of a collection"
+CheckEqual TypeName(doc.Pages), "_CPageCollection", "type information of a collection of pages"
+CheckEqual TypeName(doc.Champs), "_CChampCollection", "type information of a collection of fields"
 
 Finish

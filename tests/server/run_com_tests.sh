@@ -1,12 +1,16 @@
 #!/usr/bin/env bash
-# Runs the VBScript tests of MandorDLL.dll as a Windows host would: a fresh Wine prefix, the
-# 64-bit DLL registered with regsvr32, then each *_test.vbs through cscript with a copy of the
-# samples. Exit status: 0 all passed, 1 a failure, 77 skipped (something missing, said why).
+# Runs the host tests of MandorDLL.dll as Windows hosts would: a fresh Wine prefix, the 64-bit
+# DLL registered with regsvr32, then the compiled checks (typelib_check.exe, host_check.exe) and
+# each *_test.vbs and *_test.js through cscript with a copy of the samples. The 32-bit DLL, which
+# this machine cannot run, is checked statically: PE machine, exports, imports, type library.
+# Exit status: 0 all passed, 1 a failure, 77 skipped (something missing, said why).
 #
-# usage: run_com_tests.sh PATH/TO/MandorDLL.dll WORK_DIR
+# usage: run_com_tests.sh PATH/TO/MandorDLL.dll WORK_DIR [PATH/TO/32-bit/MandorDLL.dll]
+# HOST_CYCLES (default 100000) sets the object create/release cycles of host_check's memory check.
 set -u
-dll="${1:?usage: run_com_tests.sh DLL WORK_DIR}"
-work="${2:?usage: run_com_tests.sh DLL WORK_DIR}"
+dll="${1:?usage: run_com_tests.sh DLL WORK_DIR [DLL32]}"
+work="${2:?usage: run_com_tests.sh DLL WORK_DIR [DLL32]}"
+dll32="${3:-}"
 here="$(cd "$(dirname "$0")" && pwd)"
 root="$(cd "$here/../.." && pwd)"
 
@@ -53,25 +57,74 @@ esac
 
 passed=0
 failed=0
-# The type library as an early-binding host sees it.
-check="$(dirname "$dll")/typelib_check.exe"
-if [ -f "$check" ] && wine "$check"; then
-  echo "PASS typelib_check"
-  passed=$((passed + 1))
-else
-  echo "FAIL typelib_check"
-  failed=$((failed + 1))
+result() {  # result NAME STATUS
+  if [ "$2" -eq 0 ]; then
+    echo "PASS $1"
+    passed=$((passed + 1))
+  else
+    echo "FAIL $1"
+    failed=$((failed + 1))
+  fi
+}
+
+# The 32-bit DLL, statically: an i386 PE image exporting the four entry points and importing
+# system DLLs only (no MinGW runtime).
+if [ -n "$dll32" ]; then
+  objdump32="$(command -v i686-w64-mingw32-objdump || command -v objdump)"
+  status=0
+  if [ ! -f "$dll32" ]; then
+    echo "the 32-bit DLL was not built: $dll32"
+    status=1
+  else
+    headers="$("$objdump32" -p "$dll32")"
+    echo "$headers" | grep -q "file format pei-i386" || { echo "not an i386 PE image"; status=1; }
+    echo "$headers" | grep -q "^Magic.*10b" || { echo "not a PE32 (32-bit) optional header"; status=1; }
+    for entry in DllGetClassObject DllCanUnloadNow DllRegisterServer DllUnregisterServer; do
+      echo "$headers" | grep -Eq "\] $entry\$" || { echo "export $entry missing"; status=1; }
+    done
+    imports="$(echo "$headers" | sed -n 's/^[[:space:]]*DLL Name: //p' | tr 'A-Z' 'a-z' | sort -u)"
+    echo "32-bit imports: $(echo $imports)"
+    for name in $imports; do
+      case "$name" in
+        kernel32.dll | user32.dll | advapi32.dll | ole32.dll | oleaut32.dll | msvcrt.dll | gdi32.dll | shell32.dll) ;;
+        *) echo "imports a non-system DLL: $name"; status=1 ;;
+      esac
+    done
+  fi
+  result dll32_static $status
 fi
 
-for test in "$here"/*_test.vbs; do
-  name="$(basename "$test" .vbs)"
+# The type library as an early-binding host sees it (and the 32-bit DLL's, read back).
+check="$(dirname "$dll")/typelib_check.exe"
+status=1
+if [ -f "$check" ]; then
+  if [ -n "$dll32" ] && [ -f "$dll32" ]; then wine "$check" "$(winepath -w "$dll32")"; else wine "$check"; fi
+  status=$?
+fi
+result typelib_check $status
+
+# A compiled host: named arguments, typed by-reference variables, owners kept, memory, unloading.
+rm -rf "$work/data"
+mkdir -p "$work/data"
+cp "$root/samples/menuiseries.xml" "$root/samples/dqe-menuiseries.det.xnf" "$work/data/"
+host="$(dirname "$dll")/host_check.exe"
+status=1
+if [ -f "$host" ]; then
+  wine "$host" "$(winepath -w "$work/data")\\" "${HOST_CYCLES:-100000}" 2000
+  status=$?
+fi
+result host_check $status
+
+for test in "$here"/*_test.vbs "$here"/*_test.js; do
+  ext="${test##*.}"
+  name="$(basename "$test" ".$ext")"
   rm -rf "$work/data"
   mkdir -p "$work/data"
   cp "$root/samples/menuiseries.xml" "$root/samples/dqe-menuiseries.det.xnf" "$root/samples/dqe-menuiseries.det.cnf" \
     "$work/data/"
-  # cscript reads scripts in the ANSI code page.
-  cat "$here/assert.vbs" "$test" | iconv -f UTF-8 -t CP1252 | sed 's/$/\r/' >"$work/$name.vbs"
-  out="$(wine cscript //nologo "$(winepath -w "$work/$name.vbs")" "$(winepath -w "$work/data")\\" 2>&1)"
+  # cscript reads scripts in the ANSI code page (the JScript tests write other characters as \u escapes).
+  cat "$here/assert.$ext" "$test" | iconv -f UTF-8 -t CP1252 | sed 's/$/\r/' >"$work/$name.$ext"
+  out="$(wine cscript //nologo "$(winepath -w "$work/$name.$ext")" "$(winepath -w "$work/data")\\" 2>&1)"
   rc=$?
   echo "$out" | sed "s/^/[$name] /"
   if [ $rc -eq 0 ] && echo "$out" | grep -q "script completed"; then
