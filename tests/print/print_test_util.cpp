@@ -1,6 +1,9 @@
 #include "tests/print/print_test_util.h"
 
+#include <cairo-pdf.h>
 #include <glib.h>
+#include <gtest/gtest.h>
+#include <tiffio.h>
 #include <poppler.h>
 #include <unistd.h>
 
@@ -10,6 +13,7 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <algorithm>
 
 namespace mandor::print::test {
 
@@ -238,6 +242,99 @@ uint32_t PixelAt(cairo_surface_t* surface, int x, int y) {
   const int stride = cairo_image_surface_get_stride(surface);
   return *reinterpret_cast<const uint32_t*>(data + static_cast<size_t>(y) * stride + static_cast<size_t>(x) * 4) &
          0xFFFFFF;
+}
+
+cairo_status_t Append(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+// A scanned form as a PDF of `pages` A4 pages: on page n, the word "SCANn"
+// at (100 pt, 100 pt) and a black square of 50 pt at (200 pt, 300 pt).
+std::string MakePdfScan(int pages) {
+  std::string bytes;
+  cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(Append, &bytes, 595.2, 841.92);
+  cairo_t* cr = cairo_create(surface);
+  for (int n = 1; n <= pages; ++n) {
+    cairo_set_source_rgb(cr, 0, 0, 0);
+    cairo_select_font_face(cr, "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(cr, 12);
+    cairo_move_to(cr, 100, 100);
+    cairo_show_text(cr, ("SCAN" + std::to_string(n)).c_str());
+    cairo_rectangle(cr, 200, 300, 50, 50);
+    cairo_fill(cr);
+    cairo_show_page(cr);
+  }
+  cairo_destroy(cr);
+  cairo_surface_destroy(surface);
+  return bytes;
+}
+
+// A TIFF of two 600 x 800 RGB pages, white with a black 100-pixel square at
+// (100, 100) on page 1 and at (300, 500) on page 2.
+std::string MakeTiff(const std::string& path) {
+  TIFF* tiff = TIFFOpen(path.c_str(), "w");
+  EXPECT_NE(tiff, nullptr);
+  const uint32_t w = 600, h = 800;
+  for (int page = 0; page < 2; ++page) {
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, w);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, h);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, h);
+    TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
+    TIFFSetField(tiff, TIFFTAG_PAGENUMBER, page, 2);
+    const uint32_t x0 = page == 0 ? 100 : 300, y0 = page == 0 ? 100 : 500;
+    std::vector<unsigned char> row(w * 3);
+    for (uint32_t y = 0; y < h; ++y) {
+      for (uint32_t x = 0; x < w; ++x) {
+        const bool ink = x >= x0 && x < x0 + 100 && y >= y0 && y < y0 + 100;
+        row[x * 3] = row[x * 3 + 1] = row[x * 3 + 2] = ink ? 0 : 255;
+      }
+      TIFFWriteScanline(tiff, row.data(), y, 0);
+    }
+    TIFFWriteDirectory(tiff);
+  }
+  TIFFClose(tiff);
+  return path;
+}
+
+// A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).
+std::string MakePng() {
+  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 300, 400);
+  cairo_t* cr = cairo_create(surface);
+  cairo_set_source_rgb(cr, 1, 1, 1);
+  cairo_paint(cr);
+  cairo_set_source_rgb(cr, 0, 0, 0);
+  cairo_rectangle(cr, 10, 20, 50, 50);
+  cairo_fill(cr);
+  cairo_destroy(cr);
+  std::string bytes;
+  cairo_surface_write_to_png_stream(surface, Append, &bytes);
+  cairo_surface_destroy(surface);
+  return bytes;
+}
+
+// The colour at (x, y) of a PNG.
+uint32_t PngPixel(const std::string& png, int x, int y) {
+  struct Reader {
+    const std::string* bytes;
+    size_t at;
+  } reader{&png, 0};
+  cairo_surface_t* surface = cairo_image_surface_create_from_png_stream(
+      [](void* closure, unsigned char* data, unsigned int length) {
+        auto* r = static_cast<Reader*>(closure);
+        if (r->bytes->size() - r->at < length) return CAIRO_STATUS_READ_ERROR;
+        std::copy_n(r->bytes->data() + r->at, length, data);
+        r->at += length;
+        return CAIRO_STATUS_SUCCESS;
+      },
+      &reader);
+  const uint32_t pixel = cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS ? PixelAt(surface, x, y) : 0x123456;
+  cairo_surface_destroy(surface);
+  return pixel;
 }
 
 }  // namespace mandor::print::test

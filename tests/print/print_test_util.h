@@ -89,6 +89,19 @@ class Pdf {
 // The pixel (x, y) of an RGB24 surface as 0xRRGGBB.
 uint32_t PixelAt(cairo_surface_t* surface, int x, int y);
 
+// A scanned form as a PDF of `pages` A4 pages (595.2 x 841.92 pt): on page
+// n, the word "SCANn" at (100 pt, 100 pt) and a black square of 50 pt at
+// (200 pt, 300 pt).
+std::string MakePdfScan(int pages);
+// Writes at `path` a TIFF of two 600 x 800 RGB pages, white with a black
+// 100-pixel square at (100, 100) on page 1 and at (300, 500) on page 2;
+// returns the path.
+std::string MakeTiff(const std::string& path);
+// A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).
+std::string MakePng();
+// The colour at (x, y) of a PNG as 0xRRGGBB (0x123456 when it does not decode).
+uint32_t PngPixel(const std::string& png, int x, int y);
+
 // Path of a sample file.
 std::string Sample(const std::string& name);
 
