@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "cli/marking.h"
+#include "mandor/print/field_text.h"
 #include "mandor/print/page_fields.h"
 #include "mandor/print/page_image.h"
 #include "mandor/print/sheet.h"
@@ -33,22 +34,13 @@ constexpr double kMaxPngSide = 32000.0;
 // neither overflow the rasteriser nor blow up the SVG.
 constexpr double kMaxCoordinate = 1.0e6;
 
-struct Rgb {
-  double r = 0, g = 0, b = 0;
-};
+using mandor::print::Rgb;
 
 const Rgb kBlack{0, 0, 0};
 const Rgb kWhite{1, 1, 1};
 const Rgb kBorder{0.55, 0.55, 0.55};
 const Rgb kVerticalRuler{0.13, 0.35, 0.85};
 const Rgb kHorizontalRuler{0.05, 0.55, 0.25};
-
-// A Windows colour (0x00BBGGRR); negative values (system colours, unset)
-// give the fallback.
-Rgb FromColorRef(int32_t value, Rgb fallback) {
-  if (value < 0) return fallback;
-  return {(value & 0xFF) / 255.0, ((value >> 8) & 0xFF) / 255.0, ((value >> 16) & 0xFF) / 255.0};
-}
 
 enum class Anchor { kStart, kMiddle, kEnd };
 
@@ -171,24 +163,15 @@ void SizePage(Scene& scene, const Mandor& document, const CPage& page, const std
   }
 }
 
-template <class Getter, class T>
-T Or(Getter getter, T fallback) {
-  try {
-    return getter();
-  } catch (const std::exception&) {
-    return fallback;
-  }
-}
-
 void AddField(Scene& scene, const CChamp& field, bool repeating, const CPage& page, RectItem box) {
   const double u = scene.unit;
-  const Rgb ink = FromColorRef(Or([&] { return field.FontColor(); }, int32_t{0}), kBlack);
-  const bool transparent = Or([&] { return field.Transparent(); }, true);
+  const mandor::print::TextStyle style = mandor::print::StyleOf(field);
+  const Rgb ink = style.color;
   box.stroke = ink;
   box.stroke_width = 1.5 * u;
   box.dashed = repeating;
-  box.filled = !transparent;
-  box.fill = FromColorRef(Or([&] { return field.BackColor(); }, int32_t{-1}), kWhite);
+  box.filled = !style.transparent;
+  box.fill = style.back;
   box.fill_opacity = 0.55;  // the page image stays visible underneath
   scene.items.emplace_back(box);
 
@@ -202,23 +185,28 @@ void AddField(Scene& scene, const CChamp& field, bool repeating, const CPage& pa
   name.opacity = 0.8;
   scene.items.emplace_back(name);
 
-  const std::string value = Or([&] { return field.valeur(); }, std::string());
+  std::string value;
+  try {
+    value = field.valeur();
+  } catch (const std::exception&) {
+    // A value that cannot be read is not drawn.
+  }
   if (value.empty()) return;
   TextItem text;
   text.text = value;
-  text.font = Or([&] { return field.FontName(); }, std::string());
+  text.font = style.family;
   const double resolution = page.vResolution() > 0 ? page.vResolution() : 300;
-  text.size = Or([&] { return static_cast<double>(field.FontSize()); }, 10.0) * resolution / 72.0;
+  text.size = style.size_pt * resolution / 72.0;
   if (box.h > 0) text.size = std::min(text.size, 0.85 * box.h);
   text.size = std::max(text.size, 6 * u);
-  text.bold = Or([&] { return field.Bold(); }, false);
-  text.italic = Or([&] { return field.Italic(); }, false);
-  text.underline = Or([&] { return field.Underligne(); }, false);
-  text.strike = Or([&] { return field.StrikeThrough(); }, false);
+  text.bold = style.bold;
+  text.italic = style.italic;
+  text.underline = style.underline;
+  text.strike = style.strike;
   text.color = ink;
   text.y = box.y + (box.h + 0.7 * text.size) / 2;
   const double pad = std::min(6 * u, box.w / 10);
-  switch (Or([&] { return field.Alignement(); }, uint8_t{0})) {
+  switch (style.alignment) {
     case 1:
       text.anchor = Anchor::kEnd;
       text.x = box.x + box.w - pad;

@@ -5,6 +5,7 @@
 #include <pango/pangocairo.h>
 
 #include <cmath>
+#include <exception>
 #include <utility>
 
 #include "mandor/util/text.h"
@@ -25,7 +26,33 @@ std::string PrintableText(const std::string& text) {
   return out;
 }
 
+template <class Getter, class T>
+T Or(Getter getter, T fallback) {
+  try {
+    return getter();
+  } catch (const std::exception&) {
+    return fallback;
+  }
+}
+
 }  // namespace
+
+TextStyle StyleOf(const mandor::CChamp& field) {
+  TextStyle style;
+  style.family = Or([&] { return field.FontName(); }, std::string("Arial"));
+  if (mandor::Trim(style.family).empty()) style.family = "Arial";
+  style.size_pt = Or([&] { return static_cast<double>(field.FontSize()); }, 9.0);
+  if (!(style.size_pt > 0)) style.size_pt = 9;
+  style.bold = Or([&] { return field.Bold(); }, false);
+  style.italic = Or([&] { return field.Italic(); }, false);
+  style.underline = Or([&] { return field.Underligne(); }, false);
+  style.strike = Or([&] { return field.StrikeThrough(); }, false);
+  style.color = FromColorRef(Or([&] { return field.FontColor(); }, int32_t{0}), Rgb{0, 0, 0});
+  style.transparent = Or([&] { return field.Transparent(); }, true);
+  style.back = FromColorRef(Or([&] { return field.BackColor(); }, int32_t{-1}), Rgb{1, 1, 1});
+  style.alignment = Or([&] { return static_cast<int>(field.Alignement()); }, 0);
+  return style;
+}
 
 Rgb FromColorRef(int32_t value, Rgb fallback) {
   if (value < 0) return fallback;

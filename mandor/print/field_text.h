@@ -20,6 +20,8 @@
 #include <memory>
 #include <string>
 
+#include "mandor/mandor.h"
+
 namespace mandor::print {
 
 // Horizontal room kept between the text and the left or right edge of its
@@ -43,6 +45,10 @@ struct TextStyle {
   Rgb back{1, 1, 1};
   int alignment = 0;  // 0 left, 1 right, 2 centre (the field's Alignement)
 };
+
+// The style of a field's text: its font attributes (inherited as fonts
+// inherit), each falling back on the built-in default when it cannot be read.
+TextStyle StyleOf(const mandor::CChamp& field);
 
 // A rectangle in points, y growing down the page.
 struct BoxPt {

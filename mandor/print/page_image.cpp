@@ -241,13 +241,16 @@ PageImages::Source* PageImages::OpenTiff(const std::string& path) {
   return tiff_.get();
 }
 
+bool PageImages::HasPage(const Source& source, int page_number) {
+  if (page_number <= source.pages) return true;
+  warnings_.push_back(source.path + " has " + std::to_string(source.pages) + " page" + (source.pages == 1 ? "" : "s") +
+                      ": no image for page " + std::to_string(page_number));
+  return false;
+}
+
 PageImage PageImages::PdfPage(Source& source, int page_number) {
   PageImage image;
-  if (page_number > source.pages) {
-    warnings_.push_back(source.path + " has " + std::to_string(source.pages) + " page" +
-                        (source.pages == 1 ? "" : "s") + ": no image for page " + std::to_string(page_number));
-    return image;
-  }
+  if (!HasPage(source, page_number)) return image;
   PopplerPage* page = poppler_document_get_page(source.document, page_number - 1);
   if (page == nullptr) {
     warnings_.push_back("cannot read page " + std::to_string(page_number) + " of " + source.path);
@@ -269,11 +272,7 @@ PageImage PageImages::PdfPage(Source& source, int page_number) {
 
 PageImage PageImages::TiffPage(Source& source, int page_number) {
   PageImage image;
-  if (page_number > source.pages) {
-    warnings_.push_back(source.path + " has " + std::to_string(source.pages) + " page" +
-                        (source.pages == 1 ? "" : "s") + ": no image for page " + std::to_string(page_number));
-    return image;
-  }
+  if (!HasPage(source, page_number)) return image;
   tiff_error.clear();
   uint32_t w = 0, h = 0;
   if (!TIFFSetDirectory(source.tiff, static_cast<tdir_t>(page_number - 1)) ||

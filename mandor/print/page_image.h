@@ -86,6 +86,8 @@ class PageImages {
 
   Source* OpenPdf(const std::string& path);
   Source* OpenTiff(const std::string& path);
+  // False, with a warning, when the source has fewer pages.
+  bool HasPage(const Source& source, int page_number);
   PageImage PdfPage(Source& source, int page_number);
   PageImage TiffPage(Source& source, int page_number);
   PageImage PngFile(const std::string& path);

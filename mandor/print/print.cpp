@@ -34,15 +34,6 @@ const Rgb kGridText{0.35, 0.45, 0.65};
 const Rgb kCrosshair{1, 0, 0};
 const Rgb kFieldOutline{0.1, 0.45, 0.2};
 
-template <class Getter, class T>
-T Or(Getter getter, T fallback) {
-  try {
-    return getter();
-  } catch (const std::exception&) {
-    return fallback;
-  }
-}
-
 std::string Number(double v, int decimals = 2) {
   char text[64];
   std::snprintf(text, sizeof text, "%.*f", decimals, v);
@@ -69,23 +60,6 @@ class Warnings {
 cairo_status_t AppendBytes(void* closure, const unsigned char* data, unsigned int length) {
   static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
   return CAIRO_STATUS_SUCCESS;
-}
-
-TextStyle StyleOf(const CChamp& field) {
-  TextStyle style;
-  style.family = Or([&] { return field.FontName(); }, std::string("Arial"));
-  if (mandor::Trim(style.family).empty()) style.family = "Arial";
-  style.size_pt = Or([&] { return static_cast<double>(field.FontSize()); }, 9.0);
-  if (!(style.size_pt > 0)) style.size_pt = 9;
-  style.bold = Or([&] { return field.Bold(); }, false);
-  style.italic = Or([&] { return field.Italic(); }, false);
-  style.underline = Or([&] { return field.Underligne(); }, false);
-  style.strike = Or([&] { return field.StrikeThrough(); }, false);
-  style.color = FromColorRef(Or([&] { return field.FontColor(); }, int32_t{0}), Rgb{0, 0, 0});
-  style.transparent = Or([&] { return field.Transparent(); }, true);
-  style.back = FromColorRef(Or([&] { return field.BackColor(); }, int32_t{-1}), Rgb{1, 1, 1});
-  style.alignment = Or([&] { return static_cast<int>(field.Alignement()); }, 0);
-  return style;
 }
 
 // The field's rectangle in points on the sheet, or false when its pixel
@@ -143,10 +117,14 @@ struct Printer {
     const auto given = values.find(FoldedKey(field->Nom()));
     if (given != values.end()) return DisplayValue(document, field, given->second);
     if (options.value_of) {
-      std::optional<std::string> text = Or([&] { return options.value_of(*field); }, std::optional<std::string>());
-      if (text) return text;
+      try {
+        std::optional<std::string> text = options.value_of(*field);
+        if (text) return text;
+      } catch (const std::exception&) {
+        // A value that cannot be computed: the model's own is printed.
+      }
     }
-    return DisplayValue(document, field, Or([&] { return field->valeur(); }, std::string()));
+    return DisplayValue(document, field, field->valeur());
   }
 
   void DrawImage(const CPage& page, int number, const PaperMapping& mapping) {
@@ -260,7 +238,7 @@ struct Printer {
         text->DrawLabel(box.x + 1, box.y + 1, field.Nom(), std::clamp(box.h * 0.45, 4.0, 7.0));
         continue;
       }
-      if (Or([&] { return field.Imprimable(); }, int16_t{-1}) == 0) continue;
+      if (field.Imprimable() == 0) continue;
       const std::string value = TextOf(entry.field).value_or("");
       if (value.empty()) continue;
       if (field.NonImprime0 && IsZeroText(value)) continue;

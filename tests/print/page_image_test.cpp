@@ -45,8 +45,7 @@ TEST_F(PageImageTest, PdfPagesAndAPdfShortOfPages) {
 }
 
 TEST_F(PageImageTest, TwoPageTiff) {
-  test::TempDir dir;
-  platform_->WriteFileBytes("/scans/form.tif", test::ReadBytesForTest(MakeTiff(dir.File("form.tif"))));
+  platform_->WriteFileBytes("/scans/form.tif", MakeTiff());
   PageImages images = PageImages::OfFile("/scans/form.tif");
   for (int page = 1; page <= 2; ++page) {
     const PageImage image = images.Page(page);
@@ -156,10 +155,9 @@ TEST_F(PageImageTest, PrintOverAPdfScan) {
 }
 
 TEST_F(PageImageTest, PrintOverATwoPageTiff) {
-  test::TempDir dir;
   auto d = test::MakeDocument(2, 600, 800, 100);  // 6 x 8 inches
   d->Répertoire_Document = "/scans/";
-  platform_->WriteFileBytes("/scans/essai.det.tif", test::ReadBytesForTest(MakeTiff(dir.File("form.tif"))));
+  platform_->WriteFileBytes("/scans/essai.det.tif", MakeTiff());
   test::AddField(*d, 2, "L1_Qté", 300, 400, 500, 450, "Deux");
   PrintOptions options;
   options.mode = PrintMode::kOverImage;

@@ -138,7 +138,7 @@ TEST(CliRender, OverAPdfAndATiffScan) {
   EXPECT_NE(ReadBytes(dir.File("p2.svg")).find("data:image/png;base64,"), std::string::npos);
 
   std::filesystem::remove(dir.File("lot.det.pdf"));
-  mandor::print::test::MakeTiff(dir.File("lot.det.tif"));
+  WriteBytes(dir.File("lot.det.tif"), mandor::print::test::MakeTiff());
   r = RunCli({"render", dir.File("lot.det.xnf"), "--page", "2", "--scale", "0.25", "-o", dir.File("t2.png")});
   ASSERT_EQ(r.status, 0) << r.err;
   EXPECT_NE(r.out.find("over " + dir.File("lot.det.tif")), std::string::npos) << r.out;

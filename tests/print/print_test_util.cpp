@@ -48,17 +48,6 @@ std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& 
   return field;
 }
 
-TempDir::TempDir() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "mandor-print-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  path_ = pattern + "/";
-}
-
-TempDir::~TempDir() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
 void WriteFile(const std::string& path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
@@ -270,9 +259,12 @@ std::string MakePdfScan(int pages) {
   return bytes;
 }
 
-// A TIFF of two 600 x 800 RGB pages, white with a black 100-pixel square at
-// (100, 100) on page 1 and at (300, 500) on page 2.
-std::string MakeTiff(const std::string& path) {
+std::string MakeTiff() {
+  // libtiff writes to a file: a temporary one, read back and removed.
+  std::string path = (std::filesystem::temp_directory_path() / "mandor-print-XXXXXX").string();
+  const int fd = mkstemp(path.data());
+  EXPECT_GE(fd, 0);
+  if (fd >= 0) close(fd);
   TIFF* tiff = TIFFOpen(path.c_str(), "w");
   EXPECT_NE(tiff, nullptr);
   const uint32_t w = 600, h = 800;
@@ -298,7 +290,9 @@ std::string MakeTiff(const std::string& path) {
     TIFFWriteDirectory(tiff);
   }
   TIFFClose(tiff);
-  return path;
+  std::string bytes = ReadBytesForTest(path);
+  std::filesystem::remove(path);
+  return bytes;
 }
 
 // A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).

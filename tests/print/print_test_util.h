@@ -25,20 +25,6 @@ std::shared_ptr<Mandor> MakeDocument(int pages, float w = 2480, float h = 3508, 
 std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& name, float left, float top,
                                  float right, float bottom, const std::string& value);
 
-// A folder under the system's temporary folder, removed with its files.
-class TempDir {
- public:
-  TempDir();
-  ~TempDir();
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  const std::string& path() const { return path_; }  // with a trailing "/"
-  std::string File(const std::string& name) const { return path_ + name; }
-
- private:
-  std::string path_;
-};
-
 void WriteFile(const std::string& path, const std::string& bytes);
 // The bytes of a file on disk, "" when it cannot be read.
 std::string ReadBytesForTest(const std::string& path);
@@ -93,10 +79,9 @@ uint32_t PixelAt(cairo_surface_t* surface, int x, int y);
 // n, the word "SCANn" at (100 pt, 100 pt) and a black square of 50 pt at
 // (200 pt, 300 pt).
 std::string MakePdfScan(int pages);
-// Writes at `path` a TIFF of two 600 x 800 RGB pages, white with a black
-// 100-pixel square at (100, 100) on page 1 and at (300, 500) on page 2;
-// returns the path.
-std::string MakeTiff(const std::string& path);
+// A TIFF of two 600 x 800 RGB pages, white with a black 100-pixel square at
+// (100, 100) on page 1 and at (300, 500) on page 2.
+std::string MakeTiff();
 // A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).
 std::string MakePng();
 // The colour at (x, y) of a PNG as 0xRRGGBB (0x123456 when it does not decode).
