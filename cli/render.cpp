@@ -36,8 +36,6 @@ constexpr double kMaxCoordinate = 1.0e6;
 
 using mandor::print::Rgb;
 
-const Rgb kBlack{0, 0, 0};
-const Rgb kWhite{1, 1, 1};
 const Rgb kBorder{0.55, 0.55, 0.55};
 const Rgb kVerticalRuler{0.13, 0.35, 0.85};
 const Rgb kHorizontalRuler{0.05, 0.55, 0.25};

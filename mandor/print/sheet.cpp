@@ -9,6 +9,8 @@ namespace mandor::print {
 namespace {
 
 constexpr double kDefaultDpi = 300.0;
+// Largest sheet side: a PDF page is at most 200 inches (14 400 points).
+constexpr double kMaxSheetCm = 500.0;
 
 bool Positive(double v) { return std::isfinite(v) && v > 0; }
 
@@ -83,19 +85,21 @@ PaperMapping MappingOf(const Calibration& calibration, const mandor::CPage& page
 Sheet SheetOf(const mandor::Mandor& document, const mandor::CPage& page, std::vector<std::string>& warnings) {
   Sheet sheet;
   const double w = document.feuille_cm_largeur, h = document.feuille_cm_hauteur;
-  if (Positive(w) && Positive(h)) {
+  if (Positive(w) && Positive(h) && w <= kMaxSheetCm && h <= kMaxSheetCm) {
     sheet.width_cm = w;
     sheet.height_cm = h;
     sheet.from = Sheet::From::kMarking;
   } else {
     if (w != 0 || h != 0) {
       warnings.push_back("the sheet size " + Cm(w) + " x " + Cm(h) +
-                         " cm of the marking is not usable: the page's own size is used");
+                         " cm of the marking is not usable: the page's own size, else A4, is used");
     }
     const double dpi_x = page.hResolution(), dpi_y = page.vResolution();
-    if (Positive(page.Width) && Positive(page.Height) && dpi_x > 0 && dpi_y > 0) {
-      sheet.width_cm = page.Width / dpi_x * 2.54;
-      sheet.height_cm = page.Height / dpi_y * 2.54;
+    const double page_w = page.Width / dpi_x * 2.54, page_h = page.Height / dpi_y * 2.54;
+    if (dpi_x > 0 && dpi_y > 0 && Positive(page_w) && Positive(page_h) && page_w <= kMaxSheetCm &&
+        page_h <= kMaxSheetCm) {
+      sheet.width_cm = page_w;
+      sheet.height_cm = page_h;
       sheet.from = Sheet::From::kPage;
       return sheet;  // the page image has its own orientation
     }

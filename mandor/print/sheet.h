@@ -66,10 +66,10 @@ struct Sheet {
 };
 
 // The sheet of one page: the marking's feuille_cm_largeur x feuille_cm_hauteur
-// when both are positive, else the page image's own size at its resolution,
-// else A4. Orientation 1 (portrait) or 2 (landscape) turns a sheet from the
+// when both are positive (and at most 500 cm, the largest PDF page), else the
+// page image's own size at its resolution (likewise), else A4. Orientation 1 (portrait) or 2 (landscape) turns a sheet from the
 // marking or A4 so that its long side runs down or across; a page's own size
-// keeps its shape. A sheet size given but not positive adds a warning.
+// keeps its shape. A sheet size given but not usable adds a warning.
 Sheet SheetOf(const mandor::Mandor& document, const mandor::CPage& page, std::vector<std::string>& warnings);
 
 // The size of a page's image in pixels: the page's own Width x Height, else

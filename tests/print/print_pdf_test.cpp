@@ -7,6 +7,7 @@
 #include <cmath>
 #include <functional>
 #include <map>
+#include <limits>
 #include <set>
 
 #include "mandor/print/field_text.h"
@@ -472,6 +473,45 @@ TEST_F(PrintPdfTest, WritesThroughATemporaryFileAndReportsAFailedWrite) {
     platform_->ClearFailures();
     EXPECT_EQ(platform_->ReadFileBytes("/out/b.pdf"), "what the user had");
     EXPECT_FALSE(platform_->FileExists("/out/b.pdf.tmp-print"));
+  }
+}
+
+}  // namespace
+}  // namespace mandor::print
+
+namespace mandor::print {
+namespace {
+
+// Absurd values in a marking give a PDF and warnings, never a crash or an
+// unusable file.
+TEST(PrintRobustness, AbsurdMarkingsStillPrint) {
+  auto platform = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope(platform);
+  auto d = test::MakeDocument(2, 1e9f, 1e9f, 300);
+  d->Pages.Add(nullptr, "page_3");
+  d->feuille_cm_largeur = 1e30f;
+  d->feuille_cm_hauteur = std::numeric_limits<float>::quiet_NaN();
+  d->imprimante_OrigineX_cm = std::numeric_limits<float>::infinity();
+  d->Type_calage = 2;
+  d->X1_pixel = 1, d->X2_pixel = 1, d->X1_cm = 0, d->X2_cm = 1e-30f;
+  test::AddField(*d, 1, "L1_NaN", std::numeric_limits<float>::quiet_NaN(), 0, 10, 10, "nan");
+  test::AddField(*d, 1, "L2_Loin", 1e30f, 1e30f, -1e30f, 2e30f, "loin");
+  test::AddField(*d, 1, "L3_Texte", 300, 300, 600, 400, std::string("ok \xff\xfe\x01 fin\r\nsuite"));
+  d->Pages.Item(2L)->Champs.Add(nullptr, "");
+  for (const PrintMode mode : {PrintMode::kOnForm, PrintMode::kOverImage, PrintMode::kTestSheet}) {
+    PrintOptions options;
+    options.mode = mode;
+    PrintReport report;
+    const test::Pdf pdf(PrintToPdfBytes(*d, options, report));
+    ASSERT_TRUE(pdf.ok());
+    EXPECT_EQ(pdf.pages(), 2);
+    EXPECT_FALSE(report.warnings.empty());
+    // The sheet falls back to A4.
+    EXPECT_NEAR(pdf.width(1), 21 * kCm, 0.01);
+    if (mode != PrintMode::kTestSheet) {
+      EXPECT_EQ(pdf.Find(1, "nan").size(), 0u);
+      EXPECT_EQ(pdf.Find(1, "fin").size(), 1u) << pdf.text(1);
+    }
   }
 }
 
