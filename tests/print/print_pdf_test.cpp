@@ -238,6 +238,44 @@ TEST_F(PrintPdfTest, EveryValueOfTheSampleMarkingInPlaceForEachCalibrationType) 
   }
 }
 
+// The documents of the sample catalogue (no calibration: type 0), each field
+// with a value of its own, and the values the catalogue holds.
+TEST_F(PrintPdfTest, EveryValueOfTheSampleCatalogueInPlace) {
+  ScopedPlatform real(std::make_shared<SystemPlatform>());
+  CurrentPlatform().SetLocale(Locale::Comma());
+  auto catalogue = std::make_shared<cMarquage>();
+  ASSERT_TRUE(catalogue->XML_ReadCNF(test::Sample("menuiseries.xml")));
+  int documents = 0;
+  for (const std::shared_ptr<Mandor>& d : *catalogue) {
+    SCOPED_TRACE(d->Id);
+    ++documents;
+    PrintOptions options;
+    int n = 0;
+    for (const auto& field : d->Champs) options.values[field->Nom()] = "W" + std::to_string(500 + n++);
+    for (const bool own_values : {true, false}) {
+      const test::Pdf pdf(Print(*d, own_values ? PrintOptions() : options));
+      ASSERT_EQ(pdf.pages(), static_cast<int>(d->Pages.Count()));
+      int checked = 0;
+      for (int page = 1; page <= pdf.pages(); ++page) {
+        const CPage& p = *d->Pages.Item(static_cast<long>(page));
+        for (const PageField& entry : FieldsOfPage(*d, p)) {
+          if (entry.field->Imprimable() == 0) continue;
+          const std::string text = own_values ? DisplayValue(*d, entry.field, entry.field->valeur())
+                                              : options.values[entry.field->Nom()];
+          if (text.empty()) continue;
+          ExpectPlaced(pdf, page, *entry.field, text, ExpectedFor(*d, p.hResolution()));
+          ++checked;
+        }
+      }
+      EXPECT_EQ(checked, report_.fields);
+      if (!own_values) {
+        EXPECT_GT(checked, 0);
+      }
+    }
+  }
+  EXPECT_EQ(documents, 3);
+}
+
 TEST_F(PrintPdfTest, TextStyleFontsAndTitle) {
   auto d = test::MakeDocument(1);
   d->Nom_Document("Détail estimatif.det");
