@@ -33,7 +33,8 @@ int main(int argc, char** argv) {
   for (int page = 1; page <= pages; ++page) {
     for (int row = 0; row < 10; ++row) {
       for (int c = 0; c < 3; ++c) {
-        const std::string name = "P" + std::to_string(page) + "L" + std::to_string(row) + "_" + columns[c];
+        std::string name = "P";  // appended: GCC 12 at -O3 warns falsely on "P" + std::string
+        name += std::to_string(page) + "L" + std::to_string(row) + "_" + columns[c];
         const float left = c == 0 ? 260.0f : c == 1 ? 1520.0f : 1765.0f;
         const float right = c == 0 ? 1370.0f : c == 1 ? 1750.0f : 2065.0f;
         auto field = mandor::print::test::AddField(*d, page, name, left, 900.0f + row * 130, right,
