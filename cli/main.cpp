@@ -12,6 +12,7 @@
 #include "cli/cli_platform.h"
 #include "cli/commands.h"
 #include "cli/marking.h"
+#include "cli/print_cmd.h"
 #include "mandor/mandor.h"
 
 #ifndef MANDOR_VERSION
@@ -22,7 +23,7 @@ namespace {
 
 using mandor_cli::Options;
 
-const std::vector<std::string> kCommands = {"info", "dump", "check", "convert", "save", "render"};
+const std::vector<std::string> kCommands = {"info", "dump", "check", "convert", "save", "render", "print"};
 
 constexpr const char* kPathHelp =
     "A marking ending in .xnf (extended text layout) or .cnf (standard text layout), or a catalogue "
@@ -113,7 +114,7 @@ int Run(int argc, char** argv) {
 
   CLI::App* render = app.add_subcommand(
       "render", "A picture of one page: rulers, fields with their names and values, over the page image "
-                "<name>-<N>.png or <name>.png beside the marking when there is one");
+                "<name>-<N>.png, <name>.png, <name>.pdf or <name>.tif beside the marking when there is one");
   render->add_option("PATH", options.path, kPathHelp)->required();
   render->add_option("--page", options.page, "The page to draw, counted from 1 as `mandor info` lists them")->capture_default_str();
   render->add_option("-o,--output", options.output, "The picture to write: FILE.svg or FILE.png")->required();
@@ -121,11 +122,14 @@ int Run(int argc, char** argv) {
       ->capture_default_str();
   AddDocOption(*render, options, "draw; default: the first");
 
-  for (CLI::App* command : {info, dump, check, convert, save, render}) AddCommonOptions(*command, locale, yes);
+  mandor_cli::PrintCommandOptions print_options;
+  CLI::App* print = mandor_cli::AddPrintCommand(app, print_options);
+
+  for (CLI::App* command : {info, dump, check, convert, save, render, print}) AddCommonOptions(*command, locale, yes);
 
   const std::string word = CommandWord(argc, argv);
   if (!word.empty() && !IsCommand(word)) {
-    std::cerr << "mandor: unknown command \"" << word << "\" (commands: info, dump, check, convert, save, render)\n"
+    std::cerr << "mandor: unknown command \"" << word << "\" (commands: info, dump, check, convert, save, render, print)\n"
               << UsageHint("") << "\n";
     return 2;
   }
@@ -150,6 +154,7 @@ int Run(int argc, char** argv) {
     if (*convert) return mandor_cli::RunConvert(options, std::cout, std::cerr);
     if (*save) return mandor_cli::RunSave(options, std::cout);
     if (*render) return mandor_cli::RunRender(options, std::cout);
+    if (*print) return mandor_cli::RunPrint(print_options, std::cout, std::cerr);
   } catch (const mandor_cli::UsageError& e) {
     std::cerr << "mandor: " << e.what() << "\n" << UsageHint(word) << "\n";
     return 2;

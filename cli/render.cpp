@@ -13,6 +13,10 @@
 #include <vector>
 
 #include "cli/marking.h"
+#include "mandor/print/field_text.h"
+#include "mandor/print/page_fields.h"
+#include "mandor/print/page_image.h"
+#include "mandor/print/sheet.h"
 
 namespace mandor_cli {
 
@@ -30,22 +34,11 @@ constexpr double kMaxPngSide = 32000.0;
 // neither overflow the rasteriser nor blow up the SVG.
 constexpr double kMaxCoordinate = 1.0e6;
 
-struct Rgb {
-  double r = 0, g = 0, b = 0;
-};
+using mandor::print::Rgb;
 
-const Rgb kBlack{0, 0, 0};
-const Rgb kWhite{1, 1, 1};
 const Rgb kBorder{0.55, 0.55, 0.55};
 const Rgb kVerticalRuler{0.13, 0.35, 0.85};
 const Rgb kHorizontalRuler{0.05, 0.55, 0.25};
-
-// A Windows colour (0x00BBGGRR); negative values (system colours, unset)
-// give the fallback.
-Rgb FromColorRef(int32_t value, Rgb fallback) {
-  if (value < 0) return fallback;
-  return {(value & 0xFF) / 255.0, ((value >> 8) & 0xFF) / 255.0, ((value >> 16) & 0xFF) / 255.0};
-}
 
 enum class Anchor { kStart, kMiddle, kEnd };
 
@@ -92,17 +85,12 @@ struct LineItem {
 
 using Item = std::variant<RectItem, LineItem, TextItem>;
 
-struct PageImage {
-  std::string path;
-  std::string png;  // the file's bytes
-  int width = 0, height = 0;
-};
-
 struct Scene {
   double width = 0, height = 0;  // page pixels
   double scale = 1;
   double unit = 1;  // one picture pixel in page pixels
-  PageImage image;
+  mandor::print::PageImage image;
+  std::string image_png;  // the image as a PNG, for the SVG
   std::vector<Item> items;
 };
 
@@ -120,56 +108,9 @@ struct ContextDeleter {
 using Surface = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
 using Context = std::unique_ptr<cairo_t, ContextDeleter>;
 
-struct ByteReader {
-  const std::string* bytes;
-  size_t position;
-};
-
-cairo_status_t ReadBytes(void* closure, unsigned char* data, unsigned int length) {
-  auto* reader = static_cast<ByteReader*>(closure);
-  if (reader->bytes->size() - reader->position < length) return CAIRO_STATUS_READ_ERROR;
-  std::copy_n(reader->bytes->data() + reader->position, length, data);
-  reader->position += length;
-  return CAIRO_STATUS_SUCCESS;
-}
-
 cairo_status_t AppendBytes(void* closure, const unsigned char* data, unsigned int length) {
   static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
   return CAIRO_STATUS_SUCCESS;
-}
-
-// The decoded PNG, or null when the bytes are not a PNG cairo can read.
-Surface DecodePng(const std::string& bytes) {
-  ByteReader reader{&bytes, 0};
-  Surface surface(cairo_image_surface_create_from_png_stream(ReadBytes, &reader));
-  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
-  return surface;
-}
-
-// The page image beside the marking, when there is one we can read: the
-// "<name>-<n>.png" of a page split out of its PDF, or "<name>.png" for the
-// first page. Any other image (".pdf", ".tif") is left out.
-PageImage FindPageImage(const Mandor& document, int page_number) {
-  const std::string base = document.Répertoire_Document + document.Nom_Document();
-  std::vector<std::string> candidates = {base + "-" + std::to_string(page_number) + ".png"};
-  if (page_number == 1) candidates.push_back(base + ".png");
-  mandor::Platform& platform = mandor::CurrentPlatform();
-  for (const std::string& path : candidates) {
-    try {
-      if (!platform.FileExists(path)) continue;
-      PageImage image;
-      image.png = platform.ReadFileBytes(path);
-      Surface surface = DecodePng(image.png);
-      if (!surface) continue;
-      image.path = path;
-      image.width = cairo_image_surface_get_width(surface.get());
-      image.height = cairo_image_surface_get_height(surface.get());
-      if (image.width > 0 && image.height > 0) return image;
-    } catch (const std::exception&) {
-      // An image that cannot be read is simply not drawn.
-    }
-  }
-  return {};
 }
 
 // --- text ---
@@ -210,75 +151,25 @@ std::string FormatNumberForSvg(double v) {
 // else an A4 sheet at the page's resolution, grown to hold every ruler and
 // field (a text marking does not store the page size).
 void SizePage(Scene& scene, const Mandor& document, const CPage& page, const std::vector<RectItem>& boxes) {
-  if (Finite(page.Width) && Finite(page.Height) && page.Width >= 1 && page.Height >= 1) {
-    scene.width = Clamp(page.Width);
-    scene.height = Clamp(page.Height);
-    return;
-  }
-  if (document.image_pixels_largeur > 0 && document.image_pixels_hauteur > 0) {
-    scene.width = document.image_pixels_largeur;
-    scene.height = document.image_pixels_hauteur;
-  } else {
-    const double h_res = page.hResolution() > 0 ? page.hResolution() : 300;
-    const double v_res = page.vResolution() > 0 ? page.vResolution() : 300;
-    scene.width = std::round(21.0 / 2.54 * h_res);
-    scene.height = std::round(29.7 / 2.54 * v_res);
-  }
+  const mandor::print::PagePixels size = mandor::print::PixelSizeOf(document, page);
+  scene.width = Clamp(size.width);
+  scene.height = Clamp(size.height);
+  if (size.from == mandor::print::PagePixels::From::kPage) return;
   for (const RectItem& box : boxes) {
     scene.width = std::max(scene.width, std::ceil(box.x + box.w + 20));
     scene.height = std::max(scene.height, std::ceil(box.y + box.h + 20));
   }
 }
 
-// Fields drawn on a page: the page's own, then the recurrent fields that no
-// page holds a copy of (they repeat on every page).
-std::vector<std::pair<std::shared_ptr<CChamp>, bool>> FieldsOfPage(const Mandor& document, const CPage& page) {
-  std::vector<std::pair<std::shared_ptr<CChamp>, bool>> fields;
-  std::set<std::string> on_pages;
-  std::set<const CChamp*> on_this_page;
-  for (const std::shared_ptr<CPage>& other : document.Pages) {
-    if (!other) continue;
-    for (const std::shared_ptr<CChamp>& field : other->Champs) {
-      if (!field) continue;
-      on_pages.insert(mandor::FoldCase(field->Nom()));
-      if (!field->ChampRecurrentDeRef().empty()) on_pages.insert(mandor::FoldCase(field->ChampRecurrentDeRef()));
-    }
-  }
-  for (const std::shared_ptr<CChamp>& field : page.Champs) {
-    if (field && on_this_page.insert(field.get()).second) fields.emplace_back(field, false);
-  }
-  auto add_repeating = [&](const mandor::Collection<CChamp>& collection) {
-    for (const std::shared_ptr<CChamp>& field : collection) {
-      if (!field || on_this_page.count(field.get()) != 0) continue;
-      const bool recurrent = field->Recurrent() || document.ChampsRecurrents.Contains(field->Nom());
-      if (!recurrent || on_pages.count(mandor::FoldCase(field->Nom())) != 0) continue;
-      on_this_page.insert(field.get());
-      fields.emplace_back(field, true);
-    }
-  };
-  add_repeating(document.ChampsRecurrents);
-  add_repeating(document.Champs);
-  return fields;
-}
-
-template <class Getter, class T>
-T Or(Getter getter, T fallback) {
-  try {
-    return getter();
-  } catch (const std::exception&) {
-    return fallback;
-  }
-}
-
 void AddField(Scene& scene, const CChamp& field, bool repeating, const CPage& page, RectItem box) {
   const double u = scene.unit;
-  const Rgb ink = FromColorRef(Or([&] { return field.FontColor(); }, int32_t{0}), kBlack);
-  const bool transparent = Or([&] { return field.Transparent(); }, true);
+  const mandor::print::TextStyle style = mandor::print::StyleOf(field);
+  const Rgb ink = style.color;
   box.stroke = ink;
   box.stroke_width = 1.5 * u;
   box.dashed = repeating;
-  box.filled = !transparent;
-  box.fill = FromColorRef(Or([&] { return field.BackColor(); }, int32_t{-1}), kWhite);
+  box.filled = !style.transparent;
+  box.fill = style.back;
   box.fill_opacity = 0.55;  // the page image stays visible underneath
   scene.items.emplace_back(box);
 
@@ -292,23 +183,28 @@ void AddField(Scene& scene, const CChamp& field, bool repeating, const CPage& pa
   name.opacity = 0.8;
   scene.items.emplace_back(name);
 
-  const std::string value = Or([&] { return field.valeur(); }, std::string());
+  std::string value;
+  try {
+    value = field.valeur();
+  } catch (const std::exception&) {
+    // A value that cannot be read is not drawn.
+  }
   if (value.empty()) return;
   TextItem text;
   text.text = value;
-  text.font = Or([&] { return field.FontName(); }, std::string());
+  text.font = style.family;
   const double resolution = page.vResolution() > 0 ? page.vResolution() : 300;
-  text.size = Or([&] { return static_cast<double>(field.FontSize()); }, 10.0) * resolution / 72.0;
+  text.size = style.size_pt * resolution / 72.0;
   if (box.h > 0) text.size = std::min(text.size, 0.85 * box.h);
   text.size = std::max(text.size, 6 * u);
-  text.bold = Or([&] { return field.Bold(); }, false);
-  text.italic = Or([&] { return field.Italic(); }, false);
-  text.underline = Or([&] { return field.Underligne(); }, false);
-  text.strike = Or([&] { return field.StrikeThrough(); }, false);
+  text.bold = style.bold;
+  text.italic = style.italic;
+  text.underline = style.underline;
+  text.strike = style.strike;
   text.color = ink;
   text.y = box.y + (box.h + 0.7 * text.size) / 2;
   const double pad = std::min(6 * u, box.w / 10);
-  switch (Or([&] { return field.Alignement(); }, uint8_t{0})) {
+  switch (style.alignment) {
     case 1:
       text.anchor = Anchor::kEnd;
       text.x = box.x + box.w - pad;
@@ -330,9 +226,10 @@ Scene BuildScene(const Mandor& document, const CPage& page, int page_number, dou
   scene.unit = 1.0 / scale;
   const double u = scene.unit;
 
-  std::vector<std::pair<std::shared_ptr<CChamp>, bool>> fields = FieldsOfPage(document, page);
+  const std::vector<mandor::print::PageField> fields = mandor::print::FieldsOfPage(document, page);
   std::vector<RectItem> boxes;
-  for (const auto& [field, repeating] : fields) {
+  for (const mandor::print::PageField& entry : fields) {
+    const std::shared_ptr<CChamp>& field = entry.field;
     const double l = field->Position_pixel_Left, t = field->Position_pixel_Top;
     const double r = field->Position_pixel_Right, b = field->Position_pixel_Bottom;
     RectItem box;
@@ -347,7 +244,9 @@ Scene BuildScene(const Mandor& document, const CPage& page, int page_number, dou
     boxes.push_back(box);
   }
   SizePage(scene, document, page, boxes);
-  scene.image = FindPageImage(document, page_number);
+  // An image that cannot be read is simply not drawn.
+  mandor::print::PageImages images(document);
+  scene.image = images.Page(page_number);
 
   scene.items.emplace_back(RectItem{0, 0, scene.width, scene.height, kBorder, 1 * u, false, false, {}, 1});
 
@@ -369,7 +268,7 @@ Scene BuildScene(const Mandor& document, const CPage& page, int page_number, dou
   }
   for (size_t i = 0; i < fields.size(); ++i) {
     if (boxes[i].w < 0) continue;
-    AddField(scene, *fields[i].first, fields[i].second, page, boxes[i]);
+    AddField(scene, *fields[i].field, fields[i].repeating, page, boxes[i]);
   }
   return scene;
 }
@@ -428,8 +327,8 @@ std::string WriteSvg(const Scene& scene, const std::string& title) {
   svg += "<title>" + XmlEscape(title) + "</title>\n";
   svg += "<rect x=\"0\" y=\"0\" width=\"" + n(scene.width) + "\" height=\"" + n(scene.height) +
          "\" fill=\"#ffffff\"/>\n";
-  if (!scene.image.png.empty()) {
-    const std::string data = "data:image/png;base64," + Base64(scene.image.png);
+  if (!scene.image_png.empty()) {
+    const std::string data = "data:image/png;base64," + Base64(scene.image_png);
     svg += "<image x=\"0\" y=\"0\" width=\"" + n(scene.width) + "\" height=\"" + n(scene.height) +
            "\" preserveAspectRatio=\"none\" href=\"" + data + "\" xlink:href=\"" + data + "\"/>\n";
   }
@@ -518,17 +417,7 @@ std::string WritePng(const Scene& scene, int width, int height) {
   cairo_set_source_rgb(cr, 1, 1, 1);
   cairo_paint(cr);
   cairo_scale(cr, scene.scale, scene.scale);
-  if (!scene.image.png.empty()) {
-    Surface image = DecodePng(scene.image.png);
-    if (image) {
-      cairo_save(cr);
-      cairo_scale(cr, scene.width / scene.image.width, scene.height / scene.image.height);
-      cairo_set_source_surface(cr, image.get(), 0, 0);
-      cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
-      cairo_paint(cr);
-      cairo_restore(cr);
-    }
-  }
+  scene.image.Draw(cr, scene.width, scene.height);
   for (const Item& item : scene.items) {
     if (const auto* rect = std::get_if<RectItem>(&item)) {
       cairo_rectangle(cr, rect->x, rect->y, rect->w, rect->h);
@@ -647,7 +536,7 @@ RenderResult RenderPage(const Mandor& document, int page_number, double scale, R
                         const std::string& output) {
   const std::shared_ptr<CPage>& page = document.Pages.Item(static_cast<long>(page_number));
   if (!page) throw CommandFailure("page " + std::to_string(page_number) + " is missing");
-  const Scene scene = BuildScene(document, *page, page_number, scale);
+  Scene scene = BuildScene(document, *page, page_number, scale);
 
   RenderResult result;
   const double width = std::max(1.0, std::round(scene.width * scale));
@@ -660,6 +549,11 @@ RenderResult RenderPage(const Mandor& document, int page_number, double scale, R
     }
     bytes = WritePng(scene, static_cast<int>(width), static_cast<int>(height));
   } else {
+    // A PNG scan goes in as it is; a PDF or TIFF page as a PNG of the page's pixels.
+    const mandor::print::PageImage& image = scene.image;
+    scene.image_png = image.kind() == mandor::print::ImageKind::kPng
+                          ? image.ToPng(static_cast<int>(image.width()), static_cast<int>(image.height()))
+                          : image.ToPng(static_cast<int>(std::round(scene.width)), static_cast<int>(std::round(scene.height)));
     const std::string name = document.Id.empty() ? document.Nom_Document() : document.Id + " " + document.Nom_Document();
     bytes = WriteSvg(scene, name + ", page " + std::to_string(page_number));
   }
@@ -670,7 +564,7 @@ RenderResult RenderPage(const Mandor& document, int page_number, double scale, R
   }
   result.width = static_cast<int>(std::min(width, 2.0e9));
   result.height = static_cast<int>(std::min(height, 2.0e9));
-  result.image = scene.image.path;
+  result.image = scene.image.path();
   return result;
 }
 

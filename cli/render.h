@@ -3,9 +3,10 @@
 // horizontal rulers as dashed lines with their names, and every field as a
 // rectangle in its font colours with its name above it and its value inside,
 // in its font. The page image beside the marking ("<folder><name>-<page>.png",
-// or "<name>.png" for the first page) is drawn underneath when it can be
-// read; a ".pdf" or ".tif" image is left out. Written as SVG (by hand) or as
-// PNG (through cairo).
+// "<name>.png" for the first page, else page N of "<name>.pdf" or of a
+// multi-page "<name>.tif") is drawn underneath when it can be read
+// (mandor/print/page_image.h). Written as SVG (by hand) or as PNG (through
+// cairo).
 #ifndef MANDOR_CLI_RENDER_H_
 #define MANDOR_CLI_RENDER_H_
 
