@@ -12,6 +12,7 @@
 #include "cli/cli_platform.h"
 #include "cli/commands.h"
 #include "cli/marking.h"
+#include "cli/values_cmd.h"
 #include "mandor/mandor.h"
 
 #ifndef MANDOR_VERSION
@@ -45,6 +46,9 @@ std::string CommandWord(int argc, char** argv) {
 
 bool IsCommand(const std::string& word) {
   for (const std::string& command : kCommands) {
+    if (word == command) return true;
+  }
+  for (const std::string& command : mandor_cli::ValuesCommandNames()) {
     if (word == command) return true;
   }
   return false;
@@ -122,10 +126,12 @@ int Run(int argc, char** argv) {
   AddDocOption(*render, options, "draw; default: the first");
 
   for (CLI::App* command : {info, dump, check, convert, save, render}) AddCommonOptions(*command, locale, yes);
+  mandor_cli::ValuesOptions values_options;
+  for (CLI::App* command : mandor_cli::AddValuesCommands(app, values_options)) AddCommonOptions(*command, locale, yes);
 
   const std::string word = CommandWord(argc, argv);
   if (!word.empty() && !IsCommand(word)) {
-    std::cerr << "mandor: unknown command \"" << word << "\" (commands: info, dump, check, convert, save, render)\n"
+    std::cerr << "mandor: unknown command \"" << word << "\" (commands: info, dump, check, convert, save, render, set, fill, compute)\n"
               << UsageHint("") << "\n";
     return 2;
   }
@@ -150,6 +156,7 @@ int Run(int argc, char** argv) {
     if (*convert) return mandor_cli::RunConvert(options, std::cout, std::cerr);
     if (*save) return mandor_cli::RunSave(options, std::cout);
     if (*render) return mandor_cli::RunRender(options, std::cout);
+    if (int status = mandor_cli::RunValuesCommand(values_options, std::cout, std::cerr); status >= 0) return status;
   } catch (const mandor_cli::UsageError& e) {
     std::cerr << "mandor: " << e.what() << "\n" << UsageHint(word) << "\n";
     return 2;

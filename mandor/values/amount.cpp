@@ -54,6 +54,7 @@ std::optional<double> ReadAmount(std::string_view text) {
     if (s.substr(i, 3) == "\xE2\x80\xAF") skip = 3;    // narrow no-break space
     if (skip) {
       if (body.empty() || !IsDigit(body.back()) || i + skip >= s.size() || !IsDigit(s[i + skip])) return std::nullopt;
+      body += ' ';  // a grouping mark, checked with the others below
       i += skip - 1;
       continue;
     }
@@ -73,22 +74,21 @@ std::optional<double> ReadAmount(std::string_view text) {
   const char grouping = points && commas ? (decimal == '.' ? ',' : '.') : (points > 1 ? '.' : (commas > 1 ? ',' : 0));
   if (decimal && std::count(body.begin(), body.end(), decimal) != 1) return std::nullopt;
 
-  // Grouping marks: every group after the first has 3 digits, all before
-  // the decimal separator.
+  // Grouping marks (blanks and the grouping separator): every group after
+  // the first has 3 digits, all before the decimal separator.
   const size_t decimal_at = decimal ? body.find(decimal) : body.size();
-  if (grouping) {
-    size_t last = std::string::npos;
-    for (size_t k = 0; k < body.size(); ++k) {
-      if (body[k] != grouping) continue;
-      if (k > decimal_at || k == 0) return std::nullopt;
-      if (last != std::string::npos && k - last - 1 != 3) return std::nullopt;
-      last = k;
-    }
-    if (decimal_at - last - 1 != 3) return std::nullopt;
+  const auto is_mark = [grouping](char c) { return c == ' ' || (grouping && c == grouping); };
+  size_t last = std::string::npos;
+  for (size_t k = 0; k < body.size(); ++k) {
+    if (!is_mark(body[k])) continue;
+    if (k > decimal_at || k == 0) return std::nullopt;
+    if (last != std::string::npos && k - last - 1 != 3) return std::nullopt;
+    last = k;
   }
+  if (last != std::string::npos && decimal_at - last - 1 != 3) return std::nullopt;
   for (size_t k = 0; k < body.size(); ++k) {
     const char c = body[k];
-    if (c == grouping) continue;
+    if (is_mark(c)) continue;
     if (c == decimal) {
       if (k == 0 || k + 1 == body.size()) return std::nullopt;
       cleaned += '.';

@@ -153,10 +153,12 @@ class Parser {
     throw ParseError{"unknown name \"" + word + "\""};
   }
 
-  // SOMME(column), #REPORT(column), LETTRES(expr); -1 when no function starts here.
+  // SOMME(column), #REPORT(column), LETTRES(expr); -1 when no function starts
+  // here. "=REPORT" is #REPORT as a text marking gives it back: its files
+  // store "=" as "#", and reading turns every "#" into "=".
   int Call(int depth) {
     static constexpr std::pair<std::string_view, Op> kFunctions[] = {
-        {"SOMME", Op::kSomme}, {"#REPORT", Op::kReport}, {"LETTRES", Op::kWords}};
+        {"SOMME", Op::kSomme}, {"#REPORT", Op::kReport}, {"=REPORT", Op::kReport}, {"LETTRES", Op::kWords}};
     for (const auto& [name, op] : kFunctions) {
       if (s_.size() - p_ < name.size() || FoldCase(s_.substr(p_, name.size())) != name) continue;
       size_t q = p_ + name.size();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "mandor/values/amount.h"
@@ -64,12 +65,30 @@ std::string ColumnOf(const CChamp& field) {
 
 }  // namespace
 
+std::vector<std::shared_ptr<CChamp>> AllFields(const Mandor& document) {
+  std::vector<std::shared_ptr<CChamp>> fields;
+  std::unordered_set<const CChamp*> seen;
+  const auto add = [&](const Collection<CChamp>& collection) {
+    for (const std::shared_ptr<CChamp>& field : collection) {
+      if (field && seen.insert(field.get()).second) fields.push_back(field);
+    }
+  };
+  add(document.Champs);
+  for (const std::shared_ptr<CPage>& page : document.Pages) {
+    if (page) add(page->Champs);
+  }
+  add(document.ChampsRecurrents);
+  add(document.champsDataContrat);
+  return fields;
+}
+
 ValuesError::ValuesError(std::vector<std::string> problems)
     : std::runtime_error(Joined(problems)), problems_(std::move(problems)) {}
 
 struct ValueBook::Slot {
   Place place = Place::kNone;
   pugi::xml_node node;  // the Cell (kCell, kPageCell) or the mn:iCell (kDataContract)
+  bool own_decimals = true;  // the field's mn:iCell has a "mn:Dec"
 };
 
 struct ValueBook::Index {
@@ -107,7 +126,8 @@ std::unique_ptr<ValueBook> ValueBook::ForCatalogue(std::shared_ptr<cMarquage> ca
     }
   }
   const auto add = [&](const pugi::xml_node& i_cell, const char* document_id, Place place, pugi::xml_node node) {
-    index.slots.emplace(SlotKey(document_id, i_cell.attribute("mn:Name").value()), Slot{place, node});
+    const bool own_decimals = !TrimView(i_cell.attribute("mn:Dec").value()).empty();
+    index.slots.emplace(SlotKey(document_id, i_cell.attribute("mn:Name").value()), Slot{place, node, own_decimals});
   };
   for (const pugi::xml_node& sheet : sheets) {
     for (pugi::xml_node row = sheet.child("Table").child("Row"); row; row = row.next_sibling("Row")) {
@@ -159,6 +179,8 @@ FieldValue ValueBook::ValueOf(const std::shared_ptr<Mandor>& document, const std
   if (!document || !field) return value;
   const Slot& slot = *SlotOf(*document, *field);
   value.place = slot.place;
+  value.decimals = field->Décimales();
+  if (!slot.own_decimals && !field->oRegleV()) value.decimals = document->Decimales;
   switch (slot.place) {
     case Place::kCell:
     case Place::kPageCell: {
@@ -195,8 +217,7 @@ FieldValue ValueBook::ValueOf(const std::shared_ptr<Mandor>& document, const std
 std::vector<FieldValue> ValueBook::Values(const std::shared_ptr<Mandor>& document) const {
   std::vector<FieldValue> values;
   if (!document) return values;
-  values.reserve(static_cast<size_t>(document->Champs.Count()));
-  for (const auto& field : document->Champs) values.push_back(ValueOf(document, field));
+  for (const auto& field : AllFields(*document)) values.push_back(ValueOf(document, field));
   return values;
 }
 
@@ -234,7 +255,7 @@ std::vector<std::string> ValueBook::NearestNames(const std::string& name, const 
   std::unordered_map<std::string, bool> seen;
   for (const auto& document : documents_) {
     if (!doc_id.empty() && !EqualsIgnoreCase(document->Id, doc_id)) continue;
-    for (const auto& field : document->Champs) {
+    for (const auto& field : AllFields(*document)) {
       if (!seen.emplace(field->Nom(), true).second) continue;
       scored.emplace_back(Distance(folded, FoldCase(field->Nom())), field->Nom());
     }
@@ -245,7 +266,7 @@ std::vector<std::string> ValueBook::NearestNames(const std::string& name, const 
   return nearest;
 }
 
-void ValueBook::Set(const std::vector<Assignment>& assignments, const std::string& doc_id) {
+std::vector<ComputedField> ValueBook::Set(const std::vector<Assignment>& assignments, const std::string& doc_id) {
   std::vector<std::shared_ptr<Mandor>> selected;
   for (const auto& document : documents_) {
     if (doc_id.empty() || EqualsIgnoreCase(document->Id, doc_id)) selected.push_back(document);
@@ -258,16 +279,25 @@ void ValueBook::Set(const std::vector<Assignment>& assignments, const std::strin
     std::string text;
     std::optional<double> number;
   };
+  // The fields of each selected document by name (a text marking may hold
+  // one name on several pages: each copy gets the value).
+  std::vector<std::unordered_multimap<std::string, std::shared_ptr<CChamp>>> by_name(selected.size());
+  for (size_t d = 0; d < selected.size(); ++d) {
+    for (const auto& field : AllFields(*selected[d])) by_name[d].emplace(FoldCase(field->Nom()), field);
+  }
   std::vector<Change> changes;
   std::vector<std::string> problems;
   for (const Assignment& a : assignments) {
     const std::string where = a.origin.empty() ? "" : a.origin + ": ";
     const std::optional<double> number = ReadAmount(a.value);
     bool known = false;
-    for (const auto& document : selected) {
-      if (!document->Champs.Contains(a.name)) continue;
+    const std::string key = FoldCase(a.name);
+    for (size_t d = 0; d < selected.size(); ++d) {
+     const std::shared_ptr<Mandor>& document = selected[d];
+     const auto [first, last] = by_name[d].equal_range(key);
+     for (auto it = first; it != last; ++it) {
       known = true;
-      const std::shared_ptr<CChamp> field = document->Champs.Item(a.name);
+      const std::shared_ptr<CChamp> field = it->second;
       const std::string who = where + field->Nom() + (index_->text_marking ? "" : " (" + document->Id + ")");
       const FieldValue current = ValueOf(document, field);
       if (!field->Formule().empty()) {
@@ -304,6 +334,7 @@ void ValueBook::Set(const std::vector<Assignment>& assignments, const std::strin
       std::string text = a.value;
       if (current.place == Place::kValeur && number) text = LocaleNumberText(*number, CurrentPlatform().locale());
       changes.push_back(Change{document, field, text, current.place == Place::kDataContract ? std::nullopt : number});
+     }
     }
     if (!known) {
       std::string message = where + "unknown name \"" + a.name + "\"";
@@ -317,7 +348,7 @@ void ValueBook::Set(const std::vector<Assignment>& assignments, const std::strin
   }
   if (!problems.empty()) throw ValuesError(std::move(problems));
   for (const Change& change : changes) Store(change.document, change.field, change.text, change.number);
-  Compute();
+  return Compute();
 }
 
 std::vector<ComputedField> ValueBook::Compute() {
@@ -325,10 +356,9 @@ std::vector<ComputedField> ValueBook::Compute() {
   for (const auto& document : documents_) {
     std::vector<FormulaField> fields;
     std::vector<std::shared_ptr<CChamp>> champs;
-    fields.reserve(static_cast<size_t>(document->Champs.Count()));
-    for (const auto& field : document->Champs) {
+    for (const auto& field : AllFields(*document)) {
       const FieldValue value = ValueOf(document, field);
-      fields.push_back(FormulaField{field->Nom(), field->Formule(), field->Décimales(), field->Page, ColumnOf(*field),
+      fields.push_back(FormulaField{field->Nom(), field->Formule(), value.decimals, field->Page, ColumnOf(*field),
                                     value.text, value.number});
       champs.push_back(field);
     }
@@ -371,7 +401,12 @@ bool ValueBook::Save() {
 std::string DisplayText(const Mandor& document, const std::shared_ptr<CChamp>& field, const FieldValue& value,
                         const Locale& locale) {
   if (!value.number || !field) return value.text;
-  return FormatNumber(*value.number, document.FormatNombre(field), locale);
+  if (value.decimals == field->Décimales()) return FormatNumber(*value.number, document.FormatNombre(field), locale);
+  // The picture for other decimals, from a stand-in field.
+  auto stand_in = std::make_shared<CChamp>();
+  stand_in->bPropage = false;
+  stand_in->Décimales(static_cast<int16_t>(value.decimals));
+  return FormatNumber(*value.number, document.FormatNombre(stand_in), locale);
 }
 
 }  // namespace mandor::values

@@ -49,6 +49,10 @@ struct FieldValue {
   Place place = Place::kNone;
   std::string text;               // as the user sees it in the locale
   std::optional<double> number;   // numeric reading of text
+  // The decimals the field's numbers have: its Décimales, or the document's
+  // Decimales for a catalogue field that has neither decimals of its own
+  // ("mn:Dec") nor a column (page totals such as TA1).
+  int decimals = 0;
 };
 
 struct Assignment {
@@ -64,10 +68,17 @@ struct ComputedField {
 };
 
 // The text a field shows on a page: a number formatted with the document's
-// FormatNombre picture for the field ("1 986,60" in a French locale), any
-// other text as it is. For render and print.
+// FormatNombre picture for value.decimals ("1 986,60" in a French locale),
+// any other text as it is. For render and print:
+//   auto book = ValueBook::ForCatalogue(catalogue);   // once per marking
+//   DisplayText(*document, field, book->ValueOf(document, field), locale);
 std::string DisplayText(const Mandor& document, const std::shared_ptr<CChamp>& field, const FieldValue& value,
                         const Locale& locale);
+
+// Every distinct field of a document, each once: its Champs, then the fields
+// of its pages (where a text marking keeps them), its recurrent and
+// data-contract fields.
+std::vector<std::shared_ptr<CChamp>> AllFields(const Mandor& document);
 
 class ValueBook {
  public:
@@ -84,7 +95,7 @@ class ValueBook {
   const std::vector<std::shared_ptr<Mandor>>& Documents() const { return documents_; }
   bool IsCatalogue() const { return catalogue_ != nullptr; }
 
-  // The values of a document's fields, in the order of its Champs.
+  // The values of a document's fields, in the order of AllFields.
   std::vector<FieldValue> Values(const std::shared_ptr<Mandor>& document) const;
   // The value of one field of a document.
   FieldValue ValueOf(const std::shared_ptr<Mandor>& document, const std::shared_ptr<CChamp>& field) const;
@@ -93,8 +104,9 @@ class ValueBook {
   // assignment is checked first (known name, a place for the value, a value
   // the place can hold, not a computed field); on any problem a ValuesError
   // lists them all and nothing changes. Then the formulas are recomputed and
-  // their results written too. Nothing reaches the file before Save.
-  void Set(const std::vector<Assignment>& assignments, const std::string& doc_id = "");
+  // their results written too (and returned, as Compute returns them).
+  // Nothing reaches the file before Save.
+  std::vector<ComputedField> Set(const std::vector<Assignment>& assignments, const std::string& doc_id = "");
 
   // Computes the formulas of every document and stores the results in their
   // places (an error leaves its field empty). Returns what was computed.

@@ -82,6 +82,12 @@ std::optional<std::string> AmountInWords(double amount, const std::string& curre
     return fail("no French words for the currency \"" + currency + "\"");
   }
   std::string words = TraditionalSpelling(money);
+  // libnumbertext drops the plural "s" of 80 cents ("quatre-vingt
+  // centimes"): "vingt" multiplied and ending the numeral takes it.
+  const std::string singular = "quatre-vingt centime";
+  if (const size_t at = words.find(singular); at != std::string::npos) {
+    words = words.substr(0, at) + "quatre-vingts centime" + words.substr(at + singular.size());
+  }
   if (!words.empty() && words[0] >= 'a' && words[0] <= 'z') words[0] = static_cast<char>(words[0] - 'a' + 'A');
   return words;
 }
