@@ -1,6 +1,6 @@
 #include "cli/json_dump.h"
 
-#include "cli/values_cmd.h"
+#include "cli/values_json.h"
 
 #include <charconv>
 #include <cmath>

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "cli/json_dump.h"
 #include "cli/marking.h"
 #include "mandor/values/csv.h"
 #include "mandor/values/values.h"
@@ -191,33 +192,6 @@ int RunValuesCommand(const ValuesOptions& options, std::ostream& out, std::ostre
   }
   if (options.compute && *options.compute) return RunCompute(options, out, err);
   return -1;
-}
-
-Json DocumentValuesJson(const std::shared_ptr<mandor::cMarquage>& catalogue,
-                        const std::shared_ptr<mandor::Mandor>& document) {
-  // One book per catalogue for the whole dump: the workbook is loaded once.
-  static std::shared_ptr<mandor::cMarquage> book_catalogue;
-  static std::unique_ptr<ValueBook> book;
-  Json json = Json::object();
-  if (!document) return json;
-  try {
-    if (!catalogue) {
-      book = ValueBook::ForTextMarking(document, true);
-      book_catalogue.reset();
-    } else if (!book || book_catalogue != catalogue) {
-      book = ValueBook::ForCatalogue(catalogue);
-      book_catalogue = catalogue;
-    }
-  } catch (const std::exception&) {
-    return json;
-  }
-  for (const mandor::values::FieldValue& value : book->Values(document)) {
-    Json entry = Json::object();
-    entry["texte"] = value.text;
-    entry["nombre"] = value.number ? Json(*value.number) : Json(nullptr);
-    json[value.field->Nom()] = std::move(entry);
-  }
-  return json;
 }
 
 }  // namespace mandor_cli

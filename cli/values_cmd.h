@@ -1,6 +1,6 @@
 // The commands that fill in a tender: `set` (NAME=VALUE pairs), `fill` (a
 // CSV file of names and values) and `compute` (the formulas), on top of
-// mandor/values; and the "Valeurs" member `dump` adds to each document.
+// mandor/values.
 #ifndef MANDOR_CLI_VALUES_CMD_H_
 #define MANDOR_CLI_VALUES_CMD_H_
 
@@ -11,7 +11,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "cli/json_dump.h"
 #include "mandor/mandor.h"
 
 namespace mandor_cli {
@@ -36,12 +35,6 @@ std::vector<CLI::App*> AddValuesCommands(CLI::App& app, ValuesOptions& options);
 // Runs the values command the command line chose; -1 when it chose another.
 // Bad values throw CommandFailure, command-line mistakes UsageError.
 int RunValuesCommand(const ValuesOptions& options, std::ostream& out, std::ostream& err);
-
-// {"<field name>": {"texte": ..., "nombre": ... or null}, ...} for every
-// field of the document, in the order of its Champs; for `dump`. The
-// catalogue (null for a text marking) is the one the document belongs to.
-Json DocumentValuesJson(const std::shared_ptr<mandor::cMarquage>& catalogue,
-                        const std::shared_ptr<mandor::Mandor>& document);
 
 }  // namespace mandor_cli
 
