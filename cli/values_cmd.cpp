@@ -124,24 +124,27 @@ const std::vector<std::string>& ValuesCommandNames() {
 }
 
 std::vector<CLI::App*> AddValuesCommands(CLI::App& app, ValuesOptions& options) {
-  options.set = app.add_subcommand(
-      "set", "Set field values (NAME=VALUE ...), recompute the formulas and write the marking back");
-  options.set->add_option("PATH", options.path, kPathHelp)->required();
+  const auto add_command = [&](const char* name, const char* help, const char* doc_help) {
+    CLI::App* command = app.add_subcommand(name, help);
+    command->add_option("PATH", options.path, kPathHelp)->required();
+    command->add_option("--doc", options.doc_id, std::string("Image ID (mn1, mn2, ...) of the ") + doc_help);
+    return command;
+  };
+  const char* const kDocToSet = "catalogue document; default: all";
+  options.set = add_command(
+      "set", "Set field values (NAME=VALUE ...), recompute the formulas and write the marking back", kDocToSet);
   options.set->add_option("ASSIGNMENTS", options.assignments, "NAME=VALUE: a field's name and its new value")
       ->required();
-  options.set->add_option("--doc", options.doc_id, "Image ID (mn1, mn2, ...) of the catalogue document; default: all");
 
-  options.fill = app.add_subcommand(
-      "fill", "Set field values from a CSV file (name and value, ';' or ',' separated), recompute and write back");
-  options.fill->add_option("PATH", options.path, kPathHelp)->required();
+  options.fill = add_command(
+      "fill", "Set field values from a CSV file (name and value, ';' or ',' separated), recompute and write back",
+      kDocToSet);
   options.fill->add_option("--values", options.values_file, "The CSV file: UTF-8 or Windows-1252, header optional")
       ->required();
-  options.fill->add_option("--doc", options.doc_id, "Image ID (mn1, mn2, ...) of the catalogue document; default: all");
 
-  options.compute = app.add_subcommand(
-      "compute", "Compute the formulas and print their results (nothing is written; see docs/formulas.md)");
-  options.compute->add_option("PATH", options.path, kPathHelp)->required();
-  options.compute->add_option("--doc", options.doc_id, "Image ID (mn1, mn2, ...) of the document to print; default: all");
+  options.compute = add_command(
+      "compute", "Compute the formulas and print their results (nothing is written; see docs/formulas.md)",
+      "document to print; default: all");
   options.compute->add_flag("--json", options.json, "Print the results as JSON");
   return {options.set, options.fill, options.compute};
 }

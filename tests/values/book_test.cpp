@@ -220,14 +220,25 @@ std::shared_ptr<CChamp> FieldNamed(const Mandor& document, const std::string& na
   return std::make_shared<CChamp>();
 }
 
-TEST(TextMarkingBookTest, OnlyQuantitiesAreStoredAndTheyReadBack) {
-  auto platform = std::make_shared<MemoryPlatform>(Locale::Comma());
-  ScopedPlatform scope(platform);
-  platform->SetFileBytes("/t/dqe-menuiseries.det.xnf", SampleBytes("dqe-menuiseries.det.xnf"));
-  auto document = std::make_shared<Mandor>();
-  document->Répertoire_Document = "/t/";
-  document->Nom_Document("dqe-menuiseries.det");
-  ASSERT_NE(document->RestaurerMarquageEx(), 0);
+// The sample detail estimate's text marking, restored in memory (comma locale).
+class TextMarkingBookTest : public ::testing::Test {
+ protected:
+  void SetUp() override { platform_->SetFileBytes("/t/dqe-menuiseries.det.xnf", SampleBytes("dqe-menuiseries.det.xnf")); }
+
+  std::shared_ptr<Mandor> Restore() {
+    auto document = std::make_shared<Mandor>();
+    document->Répertoire_Document = "/t/";
+    document->Nom_Document("dqe-menuiseries.det");
+    EXPECT_NE(document->RestaurerMarquageEx(), 0);
+    return document;
+  }
+
+  std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>(Locale::Comma());
+  ScopedPlatform scope_{platform_};
+};
+
+TEST_F(TextMarkingBookTest, OnlyQuantitiesAreStoredAndTheyReadBack) {
+  const auto document = Restore();
   auto book = ValueBook::ForTextMarking(document, true);
   EXPECT_EQ(book->ValueOf(document, FieldNamed(*document, "L4_Qté")).number, 236.5);
 
@@ -242,10 +253,7 @@ TEST(TextMarkingBookTest, OnlyQuantitiesAreStoredAndTheyReadBack) {
   const auto computed = book->Set({{"L1_Qté", "15", ""}});
   ASSERT_TRUE(book->Save());
 
-  auto again = std::make_shared<Mandor>();
-  again->Répertoire_Document = "/t/";
-  again->Nom_Document("dqe-menuiseries.det");
-  ASSERT_NE(again->RestaurerMarquageEx(), 0);
+  const auto again = Restore();
   EXPECT_EQ(FieldNamed(*again, "L1_Qté")->valeur(), "15,00");
 
   // A standard-layout marking keeps no values at all.
@@ -254,14 +262,8 @@ TEST(TextMarkingBookTest, OnlyQuantitiesAreStoredAndTheyReadBack) {
   EXPECT_FALSE(standard->Save());
 }
 
-TEST(TextMarkingBookTest, FormulasOfATextMarkingUseItsRecapNames) {
-  auto platform = std::make_shared<MemoryPlatform>(Locale::Comma());
-  ScopedPlatform scope(platform);
-  platform->SetFileBytes("/t/dqe-menuiseries.det.xnf", SampleBytes("dqe-menuiseries.det.xnf"));
-  auto document = std::make_shared<Mandor>();
-  document->Répertoire_Document = "/t/";
-  document->Nom_Document("dqe-menuiseries.det");
-  ASSERT_NE(document->RestaurerMarquageEx(), 0);
+TEST_F(TextMarkingBookTest, FormulasOfATextMarkingUseItsRecapNames) {
+  const auto document = Restore();
   auto book = ValueBook::ForTextMarking(document, true);
   // Unit prices are held in memory only (the format keeps quantities).
   for (int n = 1; n <= 8; ++n) FieldNamed(*document, "L" + std::to_string(n) + "_Prix unitaire")->valeur(false, "10");
