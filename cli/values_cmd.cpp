@@ -60,6 +60,14 @@ int RunSet(const ValuesOptions& options, std::vector<Assignment> assignments, st
   } catch (const ValuesError& e) {
     Fail(e, "bad values");
   }
+  // A formula that does not parse (or names what does not exist, or is on a
+  // cycle) is bad input like a bad value: nothing is written.
+  std::string malformed;
+  for (const auto& c : computed) {
+    if (!c.result.malformed) continue;
+    malformed += "\n  " + c.document->Id + (c.document->Id.empty() ? "" : " ") + c.field->Nom() + ": " + c.result.error;
+  }
+  if (!malformed.empty()) throw CommandFailure("formulas that cannot be computed (nothing written):" + malformed);
   const size_t failures = ReportFailures(computed, err);
   WriteBook(*book, options.path);
   out << "set " << assignments.size() << " value" << (assignments.size() == 1 ? "" : "s") << ", computed "

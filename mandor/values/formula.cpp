@@ -288,6 +288,7 @@ struct Outcome {
   std::string error;
   int culprit = -1;  // the field in error this node depends on (for messages)
   bool failed = false;
+  bool malformed = false;  // failed on its own formula (parse error, cycle)
 };
 
 }  // namespace
@@ -413,6 +414,7 @@ std::vector<FormulaResult> ComputeFormulas(const std::vector<FormulaField>& fiel
       Outcome& o = outcome[static_cast<size_t>(node)];
       if (o.failed) continue;
       o.failed = true;
+      o.malformed = true;
       o.error = "cycle: " + path;
       o.culprit = static_cast<size_t>(node) < n ? node : first_field;
     }
@@ -462,6 +464,7 @@ std::vector<FormulaResult> ComputeFormulas(const std::vector<FormulaField>& fiel
     }
     if (!parse_errors[id].empty()) {
       fail(o, parse_errors[id], node_id);
+      o.malformed = true;
       continue;
     }
 
@@ -539,6 +542,7 @@ std::vector<FormulaResult> ComputeFormulas(const std::vector<FormulaField>& fiel
     const Outcome& o = outcome[i];
     if (o.failed) {
       results[i].error = o.error;
+      results[i].malformed = o.malformed;
     } else {
       results[i].number = o.number;
       results[i].text = o.text;

@@ -35,6 +35,9 @@ struct FormulaField {
 struct FormulaResult {
   bool has_formula = false;
   std::string error;              // why the field could not be computed; empty when it was
+  // The error is in the formula itself, whatever the values: it does not
+  // parse, names an unknown field, function or column, or is on a cycle.
+  bool malformed = false;
   std::optional<double> number;   // numeric result, rounded to the field's decimals
   std::string text;               // text result (LETTRES); empty for numbers
 };

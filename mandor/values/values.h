@@ -105,7 +105,9 @@ class ValueBook {
   // the place can hold, not a computed field); on any problem a ValuesError
   // lists them all and nothing changes. Then the formulas are recomputed and
   // their results written too (and returned, as Compute returns them).
-  // Nothing reaches the file before Save.
+  // Nothing reaches the file before Save; a caller that must not write a
+  // marking whose formulas are malformed checks FormulaResult::malformed
+  // before saving (as `mandor set` and `fill` do).
   std::vector<ComputedField> Set(const std::vector<Assignment>& assignments, const std::string& doc_id = "");
 
   // Computes the formulas of every document and stores the results in their

@@ -131,6 +131,9 @@ TEST(FormulaTest, ErrorsNameTheirCauseAndLeaveOtherFieldsComputed) {
   EXPECT_TRUE(r[7].error.empty());
   EXPECT_EQ(r[8].error, "depends on Div, which cannot be computed");
   for (size_t i = 1; i <= 6; ++i) EXPECT_FALSE(r[i].number) << fields[i].name;
+  // Errors of the formula itself, and those of the values.
+  for (size_t i : {2, 3, 4, 5, 6}) EXPECT_TRUE(r[i].malformed) << fields[i].name;
+  for (size_t i : {1, 7, 8}) EXPECT_FALSE(r[i].malformed) << fields[i].name;
 }
 
 TEST(FormulaTest, CyclesAreReportedOnEveryFieldOfTheCycleAndOnWhatDependsOnIt) {
@@ -143,6 +146,8 @@ TEST(FormulaTest, CyclesAreReportedOnEveryFieldOfTheCycleAndOnWhatDependsOnIt) {
     EXPECT_NE(r[i].error.find("C"), std::string::npos);
   }
   EXPECT_EQ(r[3].error, "cycle: Self -> Self");
+  EXPECT_TRUE(r[0].malformed);
+  EXPECT_FALSE(r[4].malformed);  // D's own formula is fine
   EXPECT_EQ(r[4].error.rfind("depends on A", 0), 0u) << r[4].error;
 }
 

@@ -89,6 +89,13 @@ TEST(ValuesCliTest, FormulasThatFailAreReportedAndLeftEmpty) {
       << compute.out;
   EXPECT_NE(compute.out.find("TA1: error: depends on L3_PT"), std::string::npos) << compute.out;
   EXPECT_NE(compute.out.find("  L1_PT = 5\xC2\xA0" "390,00"), std::string::npos) << compute.out;
+
+  // set refuses to write a marking whose formulas do not parse.
+  const CliResult set = RunCli({"set", file, "L1_PU=400"}, kFrench);
+  EXPECT_EQ(set.status, 1);
+  EXPECT_NE(set.err.find("formulas that cannot be computed (nothing written):\n  mn1 L3_PT: formula"), std::string::npos)
+      << set.err;
+  EXPECT_EQ(ReadBytes(file), bytes);
 }
 
 TEST(ValuesCliTest, TextMarkingsKeepOnlyQuantities) {
