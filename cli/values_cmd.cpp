@@ -150,9 +150,9 @@ std::vector<CLI::App*> AddValuesCommands(CLI::App& app, ValuesOptions& options) 
   options.fill->add_option("--values", options.values_file, "The CSV file: UTF-8 or Windows-1252, header optional")
       ->required();
 
-  options.compute = add_command(
-      "compute", "Compute the formulas and print their results (nothing is written; see docs/formulas.md)",
-      "document to print; default: all");
+  options.compute =
+      add_command("compute", "Compute the formulas and print their results (nothing is written; see docs/formulas.md)",
+                  "document to print; default: all");
   options.compute->add_flag("--json", options.json, "Print the results as JSON");
   return {options.set, options.fill, options.compute};
 }

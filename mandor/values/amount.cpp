@@ -31,7 +31,8 @@ std::optional<double> ReadAmount(std::string_view text) {
   // Blanks around, then a currency, then blanks again.
   std::string_view s = text;
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r' || s.back() == '\n')) s.remove_suffix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r' || s.back() == '\n'))
+    s.remove_suffix(1);
   s = WithoutCurrency(s);
   if (s.empty()) return std::nullopt;
 
@@ -50,8 +51,8 @@ std::optional<double> ReadAmount(std::string_view text) {
     const char c = s[i];
     size_t skip = 0;
     if (c == ' ' || c == '\'') skip = 1;
-    if (s.substr(i, 2) == "\xC2\xA0") skip = 2;        // no-break space
-    if (s.substr(i, 3) == "\xE2\x80\xAF") skip = 3;    // narrow no-break space
+    if (s.substr(i, 2) == "\xC2\xA0") skip = 2;      // no-break space
+    if (s.substr(i, 3) == "\xE2\x80\xAF") skip = 3;  // narrow no-break space
     if (skip) {
       if (body.empty() || !IsDigit(body.back()) || i + skip >= s.size() || !IsDigit(s[i + skip])) return std::nullopt;
       body += ' ';  // a grouping mark, checked with the others below

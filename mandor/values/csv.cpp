@@ -39,7 +39,7 @@ bool IsUtf8(std::string_view bytes) {
 std::optional<std::vector<std::string>> SplitLine(std::string_view line, char separator) {
   std::vector<std::string> fields;
   std::string field;
-  bool quoted = false;     // inside quotes
+  bool quoted = false;      // inside quotes
   bool was_quoted = false;  // this field had quotes (kept untrimmed)
   for (size_t i = 0; i < line.size(); ++i) {
     const char c = line[i];

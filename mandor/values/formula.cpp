@@ -40,8 +40,8 @@ struct Names {
 struct ParsedFormula {
   std::vector<Node> nodes;  // nodes[root] is the formula
   int root = -1;
-  bool aggregate = false;   // uses SOMME or #REPORT itself
-  std::vector<int> fields;  // fields referred to
+  bool aggregate = false;                // uses SOMME or #REPORT itself
+  std::vector<int> fields;               // fields referred to
   std::vector<std::pair<Op, int>> sums;  // SOMME / #REPORT with their column
 };
 

@@ -23,28 +23,28 @@ namespace mandor::values {
 // One field as the formulas see it.
 struct FormulaField {
   std::string name;
-  std::string formula;            // empty: the field is an input
-  int decimals = 0;               // results are rounded to this many places
-  int page = 0;                   // page number, for SOMME and #REPORT
-  std::string column;             // vertical ruler name ("" for none)
-  std::string text;               // current value
-  std::optional<double> number;   // numeric reading of text
+  std::string formula;           // empty: the field is an input
+  int decimals = 0;              // results are rounded to this many places
+  int page = 0;                  // page number, for SOMME and #REPORT
+  std::string column;            // vertical ruler name ("" for none)
+  std::string text;              // current value
+  std::optional<double> number;  // numeric reading of text
 };
 
 // The result of one field's formula.
 struct FormulaResult {
   bool has_formula = false;
-  std::string error;              // why the field could not be computed; empty when it was
+  std::string error;  // why the field could not be computed; empty when it was
   // The error is in the formula itself, whatever the values: it does not
   // parse, names an unknown field, function or column, or is on a cycle.
   bool malformed = false;
-  std::optional<double> number;   // numeric result, rounded to the field's decimals
-  std::string text;               // text result (LETTRES); empty for numbers
+  std::optional<double> number;  // numeric result, rounded to the field's decimals
+  std::string text;              // text result (LETTRES); empty for numbers
 };
 
 struct FormulaContext {
-  double tva = 0;                 // the document's VAT rate, in percent
-  std::string currency = "EUR";   // currency code for LETTRES
+  double tva = 0;                // the document's VAT rate, in percent
+  std::string currency = "EUR";  // currency code for LETTRES
 };
 
 // Computes every field that has a formula; results[i] belongs to fields[i].

@@ -87,7 +87,7 @@ ValuesError::ValuesError(std::vector<std::string> problems)
 
 struct ValueBook::Slot {
   Place place = Place::kNone;
-  pugi::xml_node node;  // the Cell (kCell, kPageCell) or the mn:iCell (kDataContract)
+  pugi::xml_node node;       // the Cell (kCell, kPageCell) or the mn:iCell (kDataContract)
   bool own_decimals = true;  // the field's mn:iCell has a "mn:Dec"
 };
 
@@ -293,48 +293,48 @@ std::vector<ComputedField> ValueBook::Set(const std::vector<Assignment>& assignm
     bool known = false;
     const std::string key = FoldCase(a.name);
     for (size_t d = 0; d < selected.size(); ++d) {
-     const std::shared_ptr<Mandor>& document = selected[d];
-     const auto [first, last] = by_name[d].equal_range(key);
-     for (auto it = first; it != last; ++it) {
-      known = true;
-      const std::shared_ptr<CChamp> field = it->second;
-      const std::string who = where + field->Nom() + (index_->text_marking ? "" : " (" + document->Id + ")");
-      const FieldValue current = ValueOf(document, field);
-      if (!field->Formule().empty()) {
-        problems.push_back(who + " is computed by its formula \"" + field->Formule() + "\" and cannot be set");
-        continue;
-      }
-      if (current.place == Place::kNone) {
-        problems.push_back(who + " is a recurrent field: the catalogue has no place for its value");
-        continue;
-      }
-      if (current.place == Place::kValeur) {
-        if (!index_->stores_quantities) {
-          problems.push_back(who + ": a standard (.cnf) text marking has no place for values");
+      const std::shared_ptr<Mandor>& document = selected[d];
+      const auto [first, last] = by_name[d].equal_range(key);
+      for (auto it = first; it != last; ++it) {
+        known = true;
+        const std::shared_ptr<CChamp> field = it->second;
+        const std::string who = where + field->Nom() + (index_->text_marking ? "" : " (" + document->Id + ")");
+        const FieldValue current = ValueOf(document, field);
+        if (!field->Formule().empty()) {
+          problems.push_back(who + " is computed by its formula \"" + field->Formule() + "\" and cannot be set");
           continue;
         }
-        if (field->Nom().find("Qté") == std::string::npos) {
-          problems.push_back(who + ": a text marking stores only quantities (fields whose name holds \"Qté\")");
+        if (current.place == Place::kNone) {
+          problems.push_back(who + " is a recurrent field: the catalogue has no place for its value");
           continue;
         }
-        if (!number && !TrimView(a.value).empty()) {
-          problems.push_back(who + ": \"" + a.value + "\" is not a quantity");
+        if (current.place == Place::kValeur) {
+          if (!index_->stores_quantities) {
+            problems.push_back(who + ": a standard (.cnf) text marking has no place for values");
+            continue;
+          }
+          if (field->Nom().find("Qté") == std::string::npos) {
+            problems.push_back(who + ": a text marking stores only quantities (fields whose name holds \"Qté\")");
+            continue;
+          }
+          if (!number && !TrimView(a.value).empty()) {
+            problems.push_back(who + ": \"" + a.value + "\" is not a quantity");
+            continue;
+          }
+        }
+        if (number && !FitsNumberCell(*number) && current.place != Place::kDataContract) {
+          problems.push_back(who + ": " + a.value + " is too large for a number cell (1E15 or more)");
           continue;
         }
+        if ((current.place == Place::kCell || current.place == Place::kPageCell) && current.number &&
+            !current.text.empty() && !number && !TrimView(a.value).empty()) {
+          problems.push_back(who + " holds a number: \"" + a.value + "\" is not one");
+          continue;
+        }
+        std::string text = a.value;
+        if (current.place == Place::kValeur && number) text = LocaleNumberText(*number, CurrentPlatform().locale());
+        changes.push_back(Change{document, field, text, current.place == Place::kDataContract ? std::nullopt : number});
       }
-      if (number && !FitsNumberCell(*number) && current.place != Place::kDataContract) {
-        problems.push_back(who + ": " + a.value + " is too large for a number cell (1E15 or more)");
-        continue;
-      }
-      if ((current.place == Place::kCell || current.place == Place::kPageCell) && current.number &&
-          !current.text.empty() && !number && !TrimView(a.value).empty()) {
-        problems.push_back(who + " holds a number: \"" + a.value + "\" is not one");
-        continue;
-      }
-      std::string text = a.value;
-      if (current.place == Place::kValeur && number) text = LocaleNumberText(*number, CurrentPlatform().locale());
-      changes.push_back(Change{document, field, text, current.place == Place::kDataContract ? std::nullopt : number});
-     }
     }
     if (!known) {
       std::string message = where + "unknown name \"" + a.name + "\"";
@@ -369,7 +369,8 @@ std::vector<ComputedField> ValueBook::Compute() {
     for (size_t i = 0; i < results.size(); ++i) {
       if (!results[i].has_formula) continue;
       const FormulaResult& result = results[i];
-      const std::string text = result.number ? LocaleNumberText(*result.number, CurrentPlatform().locale()) : result.text;
+      const std::string text =
+          result.number ? LocaleNumberText(*result.number, CurrentPlatform().locale()) : result.text;
       Store(document, champs[i], text, result.number);
       computed.push_back(ComputedField{document, champs[i], result});
     }

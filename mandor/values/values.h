@@ -47,8 +47,8 @@ struct FieldValue {
   std::shared_ptr<Mandor> document;
   std::shared_ptr<CChamp> field;
   Place place = Place::kNone;
-  std::string text;               // as the user sees it in the locale
-  std::optional<double> number;   // numeric reading of text
+  std::string text;              // as the user sees it in the locale
+  std::optional<double> number;  // numeric reading of text
   // The decimals the field's numbers have: its Décimales, or the document's
   // Decimales for a catalogue field that has neither decimals of its own
   // ("mn:Dec") nor a column (page totals such as TA1).

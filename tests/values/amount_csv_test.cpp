@@ -16,8 +16,12 @@ TEST(AmountTest, ReadsEitherSeparatorGroupingAndCurrency) {
   EXPECT_EQ(ReadAmount("1234.5"), 1234.5);
   EXPECT_EQ(ReadAmount("1234,5"), 1234.5);
   EXPECT_EQ(ReadAmount("1 234,50 €"), 1234.5);
-  EXPECT_EQ(ReadAmount("1\xC2\xA0" "234,50"), 1234.5);       // no-break space
-  EXPECT_EQ(ReadAmount("1\xE2\x80\xAF" "234,50"), 1234.5);   // narrow no-break space
+  EXPECT_EQ(ReadAmount("1\xC2\xA0"
+                       "234,50"),
+            1234.5);  // no-break space
+  EXPECT_EQ(ReadAmount("1\xE2\x80\xAF"
+                       "234,50"),
+            1234.5);  // narrow no-break space
   EXPECT_EQ(ReadAmount("1,234.50"), 1234.5);
   EXPECT_EQ(ReadAmount("1.234,50"), 1234.5);
   EXPECT_EQ(ReadAmount("1.234.567"), 1234567);
@@ -31,8 +35,8 @@ TEST(AmountTest, ReadsEitherSeparatorGroupingAndCurrency) {
 }
 
 TEST(AmountTest, RejectsWhatIsNoNumber) {
-  for (const char* text : {"", " ", "abc", "12 ml", "1,2,3", "1.23.4", ",5", "5,", "1 2", "--1", "1..2",
-                           "1,234,5.6", "€", "1e5", "12 34,5", "1.234,5.6"}) {
+  for (const char* text : {"", " ", "abc", "12 ml", "1,2,3", "1.23.4", ",5", "5,", "1 2", "--1", "1..2", "1,234,5.6",
+                           "€", "1e5", "12 34,5", "1.234,5.6"}) {
     EXPECT_FALSE(ReadAmount(text)) << text;
   }
 }

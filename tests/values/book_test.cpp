@@ -74,7 +74,8 @@ TEST_F(BookTest, ReadsCellsDataContractValuesAndFieldsWithoutAPlace) {
   EXPECT_EQ(pu.decimals, 2);
   EXPECT_EQ(DisplayText(*catalogue_->Item("mn1"), catalogue_->Item("mn1")->Champs.Item("L4_PT"),
                         Value(*book, "mn1", "L4_PT"), platform_->locale()),
-            "1\xC2\xA0" "986,60");
+            "1\xC2\xA0"
+            "986,60");
   // The same cell seen from the price schedule.
   EXPECT_EQ(Value(*book, "mn2", "L2_PU").number, 612.5);
   // A string cell.
@@ -93,8 +94,7 @@ TEST_F(BookTest, ReadsCellsDataContractValuesAndFieldsWithoutAPlace) {
   EXPECT_EQ(Value(*book, "mn3", "TB1").decimals, 0);  // its own "mn:Dec" of 0
   // Recurrent fields have no place in a catalogue.
   EXPECT_EQ(Value(*book, "mn1", "Référence_Marché").place, Place::kNone);
-  EXPECT_EQ(book->Values(catalogue_->Item("mn1")).size(),
-            static_cast<size_t>(catalogue_->Item("mn1")->Champs.Count()));
+  EXPECT_EQ(book->Values(catalogue_->Item("mn1")).size(), static_cast<size_t>(catalogue_->Item("mn1")->Champs.Count()));
 }
 
 // The detail estimate filled with samples/prix-menuiseries.csv. Quantities
@@ -108,25 +108,26 @@ TEST_F(BookTest, FillingTheDetailEstimateComputesEveryAmountCheckedByHand) {
   ASSERT_TRUE(csv.errors.empty());
   ASSERT_EQ(csv.pairs.size(), 8u);  // the header line is left out
   std::vector<Assignment> assignments;
-  for (const auto& pair : csv.pairs) assignments.push_back({pair.name, pair.value, "line " + std::to_string(pair.line)});
+  for (const auto& pair : csv.pairs)
+    assignments.push_back({pair.name, pair.value, "line " + std::to_string(pair.line)});
   const auto computed = book->Set(assignments, "mn1");
   for (const auto& c : computed) EXPECT_TRUE(c.result.error.empty()) << c.field->Nom() << ": " << c.result.error;
   book->Save();
 
   // Read back from the saved file, as a new command would.
   book = Open();
-  EXPECT_EQ(Number(*book, "mn1", "L1_PT"), 5530.00);   // 14 x 395.00
-  EXPECT_EQ(Number(*book, "mn1", "L2_PT"), 3893.40);   // 6 x 648.90
-  EXPECT_EQ(Number(*book, "mn1", "L3_PT"), 4611.60);   // 9 x 512.40
-  EXPECT_EQ(Number(*book, "mn1", "L4_PT"), 2163.98);   // 236.5 x 9.15 = 2163.975, rounded up
-  EXPECT_EQ(Number(*book, "mn1", "L5_PT"), 1335.60);   // 42 x 31.80
-  EXPECT_EQ(Number(*book, "mn1", "L6_PT"), 650.00);    // 4 x 162.50
+  EXPECT_EQ(Number(*book, "mn1", "L1_PT"), 5530.00);  // 14 x 395.00
+  EXPECT_EQ(Number(*book, "mn1", "L2_PT"), 3893.40);  // 6 x 648.90
+  EXPECT_EQ(Number(*book, "mn1", "L3_PT"), 4611.60);  // 9 x 512.40
+  EXPECT_EQ(Number(*book, "mn1", "L4_PT"), 2163.98);  // 236.5 x 9.15 = 2163.975, rounded up
+  EXPECT_EQ(Number(*book, "mn1", "L5_PT"), 1335.60);  // 42 x 31.80
+  EXPECT_EQ(Number(*book, "mn1", "L6_PT"), 650.00);   // 4 x 162.50
   // Page 1 total: 5530 + 3893.40 + 4611.60 + 2163.98 + 1335.60 + 650 = 18184.58.
   EXPECT_EQ(Number(*book, "mn1", "TA1"), 18184.58);
   // Carried onto page 2.
   EXPECT_EQ(Number(*book, "mn1", "TD2"), 18184.58);
-  EXPECT_EQ(Number(*book, "mn1", "L7_PT"), 1950.00);   // 18.75 x 104.00
-  EXPECT_EQ(Number(*book, "mn1", "L8_PT"), 287.00);    // 20 x 14.35
+  EXPECT_EQ(Number(*book, "mn1", "L7_PT"), 1950.00);  // 18.75 x 104.00
+  EXPECT_EQ(Number(*book, "mn1", "L8_PT"), 287.00);   // 20 x 14.35
   // Total HT: 18184.58 carried + 1950 + 287 = 20421.58.
   EXPECT_EQ(Number(*book, "mn1", "THT_PT"), 20421.58);
   // VAT: 20421.58 x 20 / 100 = 4084.316, rounded 4084.32.
@@ -189,11 +190,11 @@ TEST_F(BookTest, BadInputIsRefusedWholeWithEveryProblemNamed) {
   auto book = Open();
   const std::string before = *platform_->FileBytes(kCatalogue);
   try {
-    book->Set({{"L1_PU", "410", "line 2"},            // fine, but not applied
-               {"L1_PX", "12", "line 3"},             // unknown
-               {"L2_PU", "douze", "line 4"},          // a number cell
-               {"L3_PU", "1000000000000000", ""},     // too large for a number cell
-               {"L1_PT", "12", ""},                   // computed
+    book->Set({{"L1_PU", "410", "line 2"},              // fine, but not applied
+               {"L1_PX", "12", "line 3"},               // unknown
+               {"L2_PU", "douze", "line 4"},            // a number cell
+               {"L3_PU", "1000000000000000", ""},       // too large for a number cell
+               {"L1_PT", "12", ""},                     // computed
                {"Référence_Marché", "M-2024-17", ""}},  // recurrent: no place
               "mn1");
     FAIL() << "no error";
@@ -223,7 +224,9 @@ std::shared_ptr<CChamp> FieldNamed(const Mandor& document, const std::string& na
 // The sample detail estimate's text marking, restored in memory (comma locale).
 class TextMarkingBookTest : public ::testing::Test {
  protected:
-  void SetUp() override { platform_->SetFileBytes("/t/dqe-menuiseries.det.xnf", SampleBytes("dqe-menuiseries.det.xnf")); }
+  void SetUp() override {
+    platform_->SetFileBytes("/t/dqe-menuiseries.det.xnf", SampleBytes("dqe-menuiseries.det.xnf"));
+  }
 
   std::shared_ptr<Mandor> Restore() {
     auto document = std::make_shared<Mandor>();

@@ -137,7 +137,7 @@ TEST(FormulaTest, ErrorsNameTheirCauseAndLeaveOtherFieldsComputed) {
 }
 
 TEST(FormulaTest, CyclesAreReportedOnEveryFieldOfTheCycleAndOnWhatDependsOnIt) {
-  std::vector<FormulaField> fields = {Computed("A", "B+1"), Computed("B", "C+1"), Computed("C", "A+1"),
+  std::vector<FormulaField> fields = {Computed("A", "B+1"),       Computed("B", "C+1"), Computed("C", "A+1"),
                                       Computed("Self", "Self*2"), Computed("D", "A+1"), Input("E", 3)};
   const auto r = ComputeFormulas(fields, {});
   for (size_t i = 0; i < 3; ++i) {
@@ -164,14 +164,22 @@ TEST(FormulaTest, DeepNestingIsAnErrorNotACrash) {
 // grand total on the last page.
 TEST(FormulaTest, SommeAddsTheCarriedAmountToThePageLinesAndReportCarriesThePreviousPages) {
   std::vector<FormulaField> f = {
-      Input("L1_Qté", 2, 1, "Qté"),    Input("L1_PU", 10, 1, "PU"),     Computed("L1_PT", "L1_Qté*L1_PU", 2, 1, "PT"),
-      Input("L2_Qté", 3, 1, "Qté"),    Input("L2_PU", 5.5, 1, "PU"),    Computed("L2_PT", "L2_Qté*L2_PU", 2, 1, "PT"),
+      Input("L1_Qté", 2, 1, "Qté"),
+      Input("L1_PU", 10, 1, "PU"),
+      Computed("L1_PT", "L1_Qté*L1_PU", 2, 1, "PT"),
+      Input("L2_Qté", 3, 1, "Qté"),
+      Input("L2_PU", 5.5, 1, "PU"),
+      Computed("L2_PT", "L2_Qté*L2_PU", 2, 1, "PT"),
       Computed("TA1", "SOMME(PT)", 2, 1),
       Computed("TD2", "#REPORT(PT)", 2, 2),
-      Input("L3_Qté", 1, 2, "Qté"),    Input("L3_PU", 100, 2, "PU"),    Computed("L3_PT", "L3_Qté*L3_PU", 2, 2, "PT"),
+      Input("L3_Qté", 1, 2, "Qté"),
+      Input("L3_PU", 100, 2, "PU"),
+      Computed("L3_PT", "L3_Qté*L3_PU", 2, 2, "PT"),
       Computed("TA2", "SOMME(pt)", 2, 2),
       Computed("TD3", "TA2", 2, 3),
-      Input("L4_Qté", 4, 3, "Qté"),    Input("L4_PU", 0.25, 3, "PU"),   Computed("L4_PT", "L4_Qté*L4_PU", 2, 3, "PT"),
+      Input("L4_Qté", 4, 3, "Qté"),
+      Input("L4_PU", 0.25, 3, "PU"),
+      Computed("L4_PT", "L4_Qté*L4_PU", 2, 3, "PT"),
       // Totals in the PT column itself are no lines of it.
       Computed("THT_PT", "SOMME(PT)", 2, 3, "PT"),
       Computed("TVA_PT", "THT_PT*TVA/100", 2, 3, "PT"),

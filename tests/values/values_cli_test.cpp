@@ -25,8 +25,14 @@ TEST(ValuesCliTest, FillThenComputePrintsTheFilledEstimate) {
 
   const CliResult compute = RunCli({"compute", file, "--doc", "mn1"}, kFrench);
   ASSERT_EQ(compute.status, 0) << compute.err;
-  EXPECT_NE(compute.out.find("  TA1 = 18\xC2\xA0" "184,58\n"), std::string::npos) << compute.out;
-  EXPECT_NE(compute.out.find("  TTC_PT = 24\xC2\xA0" "505,90\n"), std::string::npos) << compute.out;
+  EXPECT_NE(compute.out.find("  TA1 = 18\xC2\xA0"
+                             "184,58\n"),
+            std::string::npos)
+      << compute.out;
+  EXPECT_NE(compute.out.find("  TTC_PT = 24\xC2\xA0"
+                             "505,90\n"),
+            std::string::npos)
+      << compute.out;
 
   const CliResult json = RunCli({"compute", file, "--json", "--doc", "mn1", "--locale", "en"});
   ASSERT_EQ(json.status, 0) << json.err;
@@ -88,12 +94,16 @@ TEST(ValuesCliTest, FormulasThatFailAreReportedAndLeftEmpty) {
   EXPECT_NE(compute.out.find("L3_PT: error: formula \"L3_Qté*(L3_PU\" does not parse"), std::string::npos)
       << compute.out;
   EXPECT_NE(compute.out.find("TA1: error: depends on L3_PT"), std::string::npos) << compute.out;
-  EXPECT_NE(compute.out.find("  L1_PT = 5\xC2\xA0" "390,00"), std::string::npos) << compute.out;
+  EXPECT_NE(compute.out.find("  L1_PT = 5\xC2\xA0"
+                             "390,00"),
+            std::string::npos)
+      << compute.out;
 
   // set refuses to write a marking whose formulas do not parse.
   const CliResult set = RunCli({"set", file, "L1_PU=400"}, kFrench);
   EXPECT_EQ(set.status, 1);
-  EXPECT_NE(set.err.find("formulas that cannot be computed (nothing written):\n  mn1 L3_PT: formula"), std::string::npos)
+  EXPECT_NE(set.err.find("formulas that cannot be computed (nothing written):\n  mn1 L3_PT: formula"),
+            std::string::npos)
       << set.err;
   EXPECT_EQ(ReadBytes(file), bytes);
 }
@@ -123,8 +133,8 @@ TEST(ValuesCliTest, CalcShowsTheFilledValues) {
   ASSERT_EQ(RunCli({"fill", file, "--values", Sample("prix-menuiseries.csv")}, kFrench).status, 0);
   const std::string command = "timeout 180 soffice -env:UserInstallation=file://" + dir.File("profile") +
                               " --headless --norestore --convert-to 'csv:Text - txt - csv (StarCalc):59,34,76,1,,0,"
-                              "false,true,false,false,false,-1' --outdir '" + dir.File("csv") + "' '" + file +
-                              "' >'" + dir.File("soffice.log") + "' 2>&1";
+                              "false,true,false,false,false,-1' --outdir '" +
+                              dir.File("csv") + "' '" + file + "' >'" + dir.File("soffice.log") + "' 2>&1";
   ASSERT_EQ(std::system(command.c_str()), 0) << ReadBytes(dir.File("soffice.log"));
   std::string sheet = dir.File("csv/lot2-Menuiseries intérieures.csv");
   if (!std::filesystem::exists(sheet)) sheet = dir.File("csv/lot2.csv");

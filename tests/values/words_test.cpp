@@ -44,8 +44,9 @@ TEST(WordsTest, CompoundNumbersKeepHyphensOnlyWithinTheTens) {
   EXPECT_EQ(Euros(200000), "Deux cent mille euros");
   EXPECT_EQ(Euros(21000), "Vingt et un mille euros");
   EXPECT_EQ(Euros(2000000), "Deux millions d’euros");
-  EXPECT_EQ(Euros(123456789), "Cent vingt-trois millions quatre cent cinquante-six mille sept cent "
-                              "quatre-vingt-neuf euros");
+  EXPECT_EQ(Euros(123456789),
+            "Cent vingt-trois millions quatre cent cinquante-six mille sept cent "
+            "quatre-vingt-neuf euros");
 }
 
 TEST(WordsTest, CentsAreRoundedAndNamed) {
