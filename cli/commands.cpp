@@ -9,6 +9,7 @@
 #include "cli/json_dump.h"
 #include "cli/marking.h"
 #include "cli/render.h"
+#include "cli/values_cmd.h"
 #include "mandor/mandor.h"
 #include "mandor/values/values.h"
 
@@ -343,6 +344,7 @@ int RunRender(const Options& options, std::ostream& out) {
                      (document->Id.empty() ? Quoted(document->Nom_Document()) : document->Id) + " has " +
                      std::to_string(count) + " page" + (count == 1 ? "" : "s"));
   }
+  ShowValues(marking, document);
   const RenderResult result = RenderPage(*document, options.page, options.scale, format, options.output);
   out << "wrote " << options.output << " (page " << options.page << " of "
       << (document->Id.empty() ? Quoted(document->Nom_Document()) : document->Id + " " + Quoted(document->Nom_Document()))

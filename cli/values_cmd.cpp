@@ -126,6 +126,15 @@ int RunCompute(const ValuesOptions& options, std::ostream& out, std::ostream& er
 
 }  // namespace
 
+void ShowValues(const Marking& marking, const std::shared_ptr<mandor::Mandor>& document) {
+  try {
+    std::unique_ptr<ValueBook> book = BookOf(marking);
+    book->ShowInModel(document, mandor::CurrentPlatform().locale());
+  } catch (const std::exception&) {
+    // A picture without values is still a picture of the marking.
+  }
+}
+
 const std::vector<std::string>& ValuesCommandNames() {
   static const std::vector<std::string> names = {"set", "fill", "compute"};
   return names;

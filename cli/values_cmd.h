@@ -11,6 +11,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/marking.h"
 #include "mandor/mandor.h"
 
 namespace mandor_cli {
@@ -35,6 +36,12 @@ std::vector<CLI::App*> AddValuesCommands(CLI::App& app, ValuesOptions& options);
 // Runs the values command the command line chose; -1 when it chose another.
 // Bad values throw CommandFailure, command-line mistakes UsageError.
 int RunValuesCommand(const ValuesOptions& options, std::ostream& out, std::ostream& err);
+
+// Gives every field of the document the text its stored value shows as its
+// valeur, so that `render` draws the values the marking holds (computed
+// fields as `set`, `fill` or the program that filled the workbook last
+// stored them). Nothing is written.
+void ShowValues(const Marking& marking, const std::shared_ptr<mandor::Mandor>& document);
 
 }  // namespace mandor_cli
 

@@ -248,6 +248,14 @@ void ValueBook::Store(const std::shared_ptr<Mandor>& document, const std::shared
   }
 }
 
+void ValueBook::ShowInModel(const std::shared_ptr<Mandor>& document, const Locale& locale) const {
+  if (!document) return;
+  for (const FieldValue& value : Values(document)) {
+    if (value.place == Place::kNone || value.text.empty()) continue;
+    value.field->valeur(false, DisplayText(*document, value.field, value, locale));
+  }
+}
+
 std::vector<std::string> ValueBook::NearestNames(const std::string& name, const std::string& doc_id,
                                                  size_t count) const {
   const std::string folded = FoldCase(name);

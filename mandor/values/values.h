@@ -120,6 +120,11 @@ class ValueBook {
   // then unchanged); false when the text marking's writer failed.
   bool Save();
 
+  // Sets the valeur of every field of the document to the text it shows
+  // (DisplayText), for code that draws the model's values (render); the
+  // fields without a value keep theirs. The marking is not written.
+  void ShowInModel(const std::shared_ptr<Mandor>& document, const Locale& locale) const;
+
   // Up to `count` known field names nearest to name (by edit distance,
   // ignoring case), for "did you mean" messages.
   std::vector<std::string> NearestNames(const std::string& name, const std::string& doc_id, size_t count = 3) const;

@@ -177,6 +177,16 @@ TEST_F(BookTest, AFailedWriteLeavesTheCatalogueUnchanged) {
   EXPECT_FALSE(platform_->FileExists(std::string(kCatalogue) + ".tmp"));
 }
 
+TEST_F(BookTest, ShowInModelGivesEveryFieldWithAValueItsDisplayedText) {
+  const auto book = Open();
+  const auto document = catalogue_->Item("mn1");
+  book->ShowInModel(document, platform_->locale());
+  EXPECT_EQ(document->Champs.Item("L4_PT")->valeur(), "1\xC2\xA0" "986,60");
+  EXPECT_EQ(document->Champs.Item("L4_Qté")->valeur(), "236,50");
+  EXPECT_EQ(catalogue_->Item("mn2")->Champs.Item("L2_PULettres")->valeur(), "");  // another document
+  book->ShowInModel(nullptr, platform_->locale());                                 // no crash
+}
+
 TEST_F(BookTest, DataContractValuesGoToMnValue) {
   auto book = Open();
   book->Set({{"Signataire", "Jean Lefèvre, gérant", ""}}, "mn3");

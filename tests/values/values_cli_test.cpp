@@ -108,6 +108,19 @@ TEST(ValuesCliTest, FormulasThatFailAreReportedAndLeftEmpty) {
   EXPECT_EQ(ReadBytes(file), bytes);
 }
 
+TEST(ValuesCliTest, RenderDrawsTheFilledValues) {
+  TempDir dir;
+  const std::string file = dir.File("menuiseries.xml");
+  CopyTo(Sample("menuiseries.xml"), file);
+  ASSERT_EQ(RunCli({"fill", file, "--values", Sample("prix-menuiseries.csv"), "--doc", "mn1"}, kFrench).status, 0);
+  const CliResult render = RunCli({"render", file, "--doc", "mn1", "--page", "2", "-o", dir.File("p2.svg")}, kFrench);
+  ASSERT_EQ(render.status, 0) << render.err;
+  const std::string svg = ReadBytes(dir.File("p2.svg"));
+  EXPECT_NE(svg.find(">18\xC2\xA0" "184,58</text>"), std::string::npos);  // TD2, carried forward
+  EXPECT_NE(svg.find(">24\xC2\xA0" "505,90</text>"), std::string::npos);  // TTC_PT
+  EXPECT_NE(svg.find(">14,35</text>"), std::string::npos);                  // L8_PU
+}
+
 TEST(ValuesCliTest, TextMarkingsKeepOnlyQuantities) {
   TempDir dir;
   const std::string file = dir.File("dqe-menuiseries.det.xnf");
