@@ -279,7 +279,9 @@ TEST_F(TextMarkingBookTest, FormulasOfATextMarkingUseItsRecapNames) {
   const auto document = Restore();
   auto book = ValueBook::ForTextMarking(document, true);
   // Unit prices are held in memory only (the format keeps quantities).
-  for (int n = 1; n <= 8; ++n) FieldNamed(*document, "L" + std::to_string(n) + "_Prix unitaire")->valeur(false, "10");
+  for (const char* line : {"L1", "L2", "L3", "L4", "L5", "L6", "L7", "L8"}) {
+    FieldNamed(*document, std::string(line) + "_Prix unitaire")->valeur(false, "10");
+  }
   std::map<std::string, double> results;
   for (const auto& c : book->Compute()) {
     EXPECT_TRUE(c.result.error.empty()) << c.field->Nom() << ": " << c.result.error;
