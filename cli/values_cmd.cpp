@@ -21,6 +21,7 @@ constexpr const char* kPathHelp =
 std::unique_ptr<ValueBook> BookOf(const Marking& marking) {
   try {
     if (marking.kind == MarkingKind::kCatalogue) return ValueBook::ForCatalogue(marking.catalogue);
+    if (marking.documents.empty()) throw CommandFailure(marking.path + ": no document");
     return ValueBook::ForTextMarking(marking.documents.front(), marking.kind == MarkingKind::kExtended);
   } catch (const ValuesError& e) {
     throw CommandFailure(e.what());

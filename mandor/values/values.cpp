@@ -308,7 +308,7 @@ std::vector<ComputedField> ValueBook::Set(const std::vector<Assignment>& assignm
         const std::shared_ptr<CChamp> field = it->second;
         const std::string who = where + field->Nom() + (index_->text_marking ? "" : " (" + document->Id + ")");
         const FieldValue current = ValueOf(document, field);
-        if (!field->Formule().empty()) {
+        if (!TrimView(field->Formule()).empty()) {
           problems.push_back(who + " is computed by its formula \"" + field->Formule() + "\" and cannot be set");
           continue;
         }
