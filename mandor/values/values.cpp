@@ -191,6 +191,7 @@ FieldValue ValueBook::ValueOf(const std::shared_ptr<Mandor>& document, const std
         const std::string trimmed = Trim(text);
         const auto [ptr, ec] = std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), number);
         if (ec == std::errc() && ptr == trimmed.data() + trimmed.size()) {
+          value.number_cell = true;
           value.number = number;
           value.text = LocaleNumberText(number, CurrentPlatform().locale());
           break;
@@ -295,6 +296,9 @@ std::vector<ComputedField> ValueBook::Set(const std::vector<Assignment>& assignm
   }
   std::vector<Change> changes;
   std::vector<std::string> problems;
+  // Nearest names cost a walk over every field: only the first unknown
+  // names get them, so that a file of wrong names stays quick to refuse.
+  size_t suggestions_left = 20;
   for (const Assignment& a : assignments) {
     const std::string where = a.origin.empty() ? "" : a.origin + ": ";
     const std::optional<double> number = ReadAmount(a.value);
@@ -334,8 +338,7 @@ std::vector<ComputedField> ValueBook::Set(const std::vector<Assignment>& assignm
           problems.push_back(who + ": " + a.value + " is too large for a number cell (1E15 or more)");
           continue;
         }
-        if ((current.place == Place::kCell || current.place == Place::kPageCell) && current.number &&
-            !current.text.empty() && !number && !TrimView(a.value).empty()) {
+        if (current.number_cell && !number && !TrimView(a.value).empty()) {
           problems.push_back(who + " holds a number: \"" + a.value + "\" is not one");
           continue;
         }
@@ -346,7 +349,9 @@ std::vector<ComputedField> ValueBook::Set(const std::vector<Assignment>& assignm
     }
     if (!known) {
       std::string message = where + "unknown name \"" + a.name + "\"";
-      const std::vector<std::string> nearest = NearestNames(a.name, doc_id);
+      const std::vector<std::string> nearest =
+          suggestions_left > 0 ? NearestNames(a.name, doc_id) : std::vector<std::string>();
+      if (suggestions_left > 0) --suggestions_left;
       if (!nearest.empty()) {
         message += "; nearest known names:";
         for (size_t i = 0; i < nearest.size(); ++i) message += (i ? ", " : " ") + nearest[i];

@@ -49,6 +49,7 @@ struct FieldValue {
   Place place = Place::kNone;
   std::string text;              // as the user sees it in the locale
   std::optional<double> number;  // numeric reading of text
+  bool number_cell = false;      // a worksheet cell of type "Number"
   // The decimals the field's numbers have: its Décimales, or the document's
   // Decimales for a catalogue field that has neither decimals of its own
   // ("mn:Dec") nor a column (page totals such as TA1).

@@ -218,6 +218,9 @@ TEST_F(BookTest, BadInputIsRefusedWholeWithEveryProblemNamed) {
     EXPECT_NE(p[4].find("recurrent field"), std::string::npos) << p[4];
   }
   EXPECT_EQ(Number(*book, "mn1", "L1_PU"), 385);  // nothing changed in memory
+  // A string cell that reads as a number takes any text.
+  EXPECT_FALSE(Value(*book, "mn2", "L1_Désignation").number_cell);
+  EXPECT_TRUE(Value(*book, "mn1", "L1_PU").number_cell);
   EXPECT_EQ(*platform_->FileBytes(kCatalogue), before);
   EXPECT_THROW(book->Set({{"L1_PU", "1", ""}}, "mn9"), ValuesError);
 }
