@@ -88,7 +88,6 @@ ValuesError::ValuesError(std::vector<std::string> problems)
 struct ValueBook::Slot {
   Place place = Place::kNone;
   pugi::xml_node node;       // the Cell (kCell, kPageCell) or the mn:iCell (kDataContract)
-  bool own_decimals = true;  // the field's mn:iCell has a "mn:Dec"
 };
 
 struct ValueBook::Index {
@@ -126,8 +125,7 @@ std::unique_ptr<ValueBook> ValueBook::ForCatalogue(std::shared_ptr<cMarquage> ca
     }
   }
   const auto add = [&](const pugi::xml_node& i_cell, const char* document_id, Place place, pugi::xml_node node) {
-    const bool own_decimals = !TrimView(i_cell.attribute("mn:Dec").value()).empty();
-    index.slots.emplace(SlotKey(document_id, i_cell.attribute("mn:Name").value()), Slot{place, node, own_decimals});
+    index.slots.emplace(SlotKey(document_id, i_cell.attribute("mn:Name").value()), Slot{place, node});
   };
   for (const pugi::xml_node& sheet : sheets) {
     for (pugi::xml_node row = sheet.child("Table").child("Row"); row; row = row.next_sibling("Row")) {
@@ -180,7 +178,12 @@ FieldValue ValueBook::ValueOf(const std::shared_ptr<Mandor>& document, const std
   const Slot& slot = *SlotOf(*document, *field);
   value.place = slot.place;
   value.decimals = field->Décimales();
-  if (!slot.own_decimals && !field->oRegleV()) value.decimals = document->Decimales;
+  // A cell of no column with no decimals (a page total, which the reader
+  // gives 0 decimals and the writer then stores as "mn:Dec" 0) has the
+  // document's.
+  if ((slot.place == Place::kCell || slot.place == Place::kPageCell) && value.decimals == 0 && !field->oRegleV()) {
+    value.decimals = document->Decimales;
+  }
   switch (slot.place) {
     case Place::kCell:
     case Place::kPageCell: {

@@ -51,8 +51,8 @@ struct FieldValue {
   std::optional<double> number;  // numeric reading of text
   bool number_cell = false;      // a worksheet cell of type "Number"
   // The decimals the field's numbers have: its Décimales, or the document's
-  // Decimales for a catalogue field that has neither decimals of its own
-  // ("mn:Dec") nor a column (page totals such as TA1).
+  // Decimales for a catalogue cell of no column whose Décimales is 0 (page
+  // totals such as TA1).
   int decimals = 0;
 };
 

@@ -91,7 +91,8 @@ TEST_F(BookTest, ReadsCellsDataContractValuesAndFieldsWithoutAPlace) {
   // A page total without decimals of its own takes the document's.
   EXPECT_EQ(Value(*book, "mn1", "TA1").place, Place::kPageCell);
   EXPECT_EQ(Value(*book, "mn1", "TA1").decimals, 2);
-  EXPECT_EQ(Value(*book, "mn3", "TB1").decimals, 0);  // its own "mn:Dec" of 0
+  EXPECT_EQ(Value(*book, "mn3", "TB1").decimals, 2);  // "mn:Dec" 0 reads as "none"
+  EXPECT_EQ(Value(*book, "mn1", "L1_Qté").decimals, 2);  // its column's
   // Recurrent fields have no place in a catalogue.
   EXPECT_EQ(Value(*book, "mn1", "Référence_Marché").place, Place::kNone);
   EXPECT_EQ(book->Values(catalogue_->Item("mn1")).size(), static_cast<size_t>(catalogue_->Item("mn1")->Champs.Count()));

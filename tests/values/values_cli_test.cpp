@@ -44,6 +44,12 @@ TEST(ValuesCliTest, FillThenComputePrintsTheFilledEstimate) {
   EXPECT_EQ(fields[0]["texte"], "18,184.58");
   EXPECT_TRUE(fields[0]["erreur"].is_null());
 
+  // Saving the model back into the catalogue keeps the cells' values, and
+  // the page totals compute as before.
+  ASSERT_EQ(RunCli({"save", file}, kFrench).status, 0);
+  const CliResult again = RunCli({"compute", file, "--doc", "mn1"}, kFrench);
+  EXPECT_EQ(again.out, compute.out);
+
   // dump gains the values of every field.
   const CliResult dump = RunCli({"dump", file, "--doc", "mn1", "--locale", "en"});
   ASSERT_EQ(dump.status, 0) << dump.err;
