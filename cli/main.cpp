@@ -131,7 +131,8 @@ int Run(int argc, char** argv) {
 
   const std::string word = CommandWord(argc, argv);
   if (!word.empty() && !IsCommand(word)) {
-    std::cerr << "mandor: unknown command \"" << word << "\" (commands: info, dump, check, convert, save, render, set, fill, compute)\n"
+    std::cerr << "mandor: unknown command \"" << word
+              << "\" (commands: info, dump, check, convert, save, render, set, fill, compute)\n"
               << UsageHint("") << "\n";
     return 2;
   }
