@@ -58,6 +58,10 @@ size_t Distance(std::string_view a, std::string_view b) {
   return row[b.size()];
 }
 
+// The part of a field's name that makes it a quantity, the one value a text
+// marking keeps.
+constexpr const char* kQuantityMark = "Qté";
+
 std::string ColumnOf(const CChamp& field) {
   if (const auto ruler = field.oRegleV()) return ruler->Nom;
   return field.NomRegleV();
@@ -165,7 +169,10 @@ std::unique_ptr<ValueBook> ValueBook::ForTextMarking(std::shared_ptr<Mandor> doc
 const ValueBook::Slot* ValueBook::SlotOf(const Mandor& document, const CChamp& field) const {
   static const Slot kValeur{Place::kValeur, {}};
   static const Slot kNone{Place::kNone, {}};
-  if (index_->text_marking) return &kValeur;
+  // A text marking keeps quantities only; the value text the other fields
+  // read back is the last quantity, which the writer carries from field to
+  // field, not a value of theirs.
+  if (index_->text_marking) return field.Nom().find(kQuantityMark) != std::string::npos ? &kValeur : &kNone;
   const auto found = index_->slots.find(SlotKey(document.Id, field.Nom()));
   return found == index_->slots.end() ? &kNone : &found->second;
 }
@@ -319,19 +326,19 @@ std::vector<ComputedField> ValueBook::Set(const std::vector<Assignment>& assignm
           problems.push_back(who + " is computed by its formula \"" + field->Formule() + "\" and cannot be set");
           continue;
         }
+        if (index_->text_marking && !index_->stores_quantities) {
+          problems.push_back(who + ": a standard (.cnf) text marking has no place for values");
+          continue;
+        }
+        if (index_->text_marking && current.place == Place::kNone) {
+          problems.push_back(who + ": a text marking stores only quantities (fields whose name holds \"Qté\")");
+          continue;
+        }
         if (current.place == Place::kNone) {
           problems.push_back(who + " is a recurrent field: the catalogue has no place for its value");
           continue;
         }
         if (current.place == Place::kValeur) {
-          if (!index_->stores_quantities) {
-            problems.push_back(who + ": a standard (.cnf) text marking has no place for values");
-            continue;
-          }
-          if (field->Nom().find("Qté") == std::string::npos) {
-            problems.push_back(who + ": a text marking stores only quantities (fields whose name holds \"Qté\")");
-            continue;
-          }
           if (!number && !TrimView(a.value).empty()) {
             problems.push_back(who + ": \"" + a.value + "\" is not a quantity");
             continue;

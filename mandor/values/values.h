@@ -39,8 +39,8 @@ enum class Place {
   kCell,          // a cell of the marking worksheet
   kPageCell,      // a page-level cell under mn:iPage
   kDataContract,  // "mn:Value" of the field's mn:iCell under mn:DataContrat
-  kValeur,        // a text marking's valeur, stored for quantities only
-  kNone,          // no place (recurrent fields of a catalogue)
+  kValeur,        // a text marking's valeur: its quantities (names holding "Qté")
+  kNone,          // no place (recurrent fields of a catalogue, a text marking's other fields)
 };
 
 struct FieldValue {

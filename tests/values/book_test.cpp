@@ -279,19 +279,39 @@ TEST_F(TextMarkingBookTest, OnlyQuantitiesAreStoredAndTheyReadBack) {
   EXPECT_FALSE(standard->Save());
 }
 
+TEST_F(TextMarkingBookTest, OtherFieldsReadEmptyNotTheQuantityTheWriterCarries) {
+  auto book = ValueBook::ForTextMarking(Restore(), true);
+  book->Set({{"L1_Qté", "16", ""}});
+  ASSERT_TRUE(book->Save());
+  // The writer repeats the last quantity in the value text of every later
+  // field; the reader gives it to them. They have no value of their own.
+  const auto again = Restore();
+  EXPECT_EQ(FieldNamed(*again, "L1_Prix unitaire")->valeur(), "16,00");
+  book = ValueBook::ForTextMarking(again, true);
+  const FieldValue price = book->ValueOf(again, FieldNamed(*again, "L1_Prix unitaire"));
+  EXPECT_EQ(price.place, Place::kNone);
+  EXPECT_EQ(price.text, "");
+  EXPECT_EQ(book->ValueOf(again, FieldNamed(*again, "L2_Qté")).number, 6);
+}
+
 TEST_F(TextMarkingBookTest, FormulasOfATextMarkingUseItsRecapNames) {
-  const auto document = Restore();
-  auto book = ValueBook::ForTextMarking(document, true);
-  // Unit prices are held in memory only (the format keeps quantities).
+  // The line amounts at 10 a unit, as the marking's formulas over quantities.
+  std::string bytes = SampleBytes("dqe-menuiseries.det.xnf");
   for (const char* line : {"L1", "L2", "L3", "L4", "L5", "L6", "L7", "L8"}) {
-    FieldNamed(*document, std::string(line) + "_Prix unitaire")->valeur(false, "10");
+    const std::string formula = std::string("|") + line + "_Qt\xE9*" + line + "_Prix unitaire|";
+    const size_t at = bytes.find(formula);
+    ASSERT_NE(at, std::string::npos) << line;
+    bytes.replace(at, formula.size(), std::string("|") + line + "_Qt\xE9*10|");
   }
+  platform_->SetFileBytes("/t/dqe-menuiseries.det.xnf", bytes);
+  auto book = ValueBook::ForTextMarking(Restore(), true);
   std::map<std::string, double> results;
   for (const auto& c : book->Compute()) {
     EXPECT_TRUE(c.result.error.empty()) << c.field->Nom() << ": " << c.result.error;
     if (c.result.number) results[c.field->Nom()] = *c.result.number;
   }
   // Quantities 14 + 6 + 9 + 236.5 + 42 + 4 = 311.5 on page 1, at 10 each.
+  EXPECT_EQ(results["L4_Montant"], 2365);
   EXPECT_EQ(results["AReporter_Montant"], 3115);
   EXPECT_EQ(results["Report_Montant"], 3115);
   // Page 2: 18.75 + 20 = 38.75 more, 387.5: HT 3502.5, VAT 700.5, TTC 4203.
