@@ -51,9 +51,10 @@ size_t ReportFailures(const std::vector<mandor::values::ComputedField>& computed
   return failures;
 }
 
-int RunSet(const ValuesOptions& options, std::vector<Assignment> assignments, std::ostream& out, std::ostream& err) {
-  const Marking marking = OpenLoadedMarking(options.path);
-  SelectDocuments(marking, options.doc_id, false);  // checks --doc
+// Sets the values in the loaded marking (its --doc already checked), then
+// writes it.
+int RunSet(const ValuesOptions& options, const Marking& marking, std::vector<Assignment> assignments, std::ostream& out,
+           std::ostream& err) {
   std::unique_ptr<ValueBook> book = BookOf(marking);
   std::vector<mandor::values::ComputedField> computed;
   try {
@@ -177,7 +178,9 @@ int RunValuesCommand(const ValuesOptions& options, std::ostream& out, std::ostre
       }
       assignments.push_back(Assignment{text.substr(0, equals), text.substr(equals + 1), ""});
     }
-    return RunSet(options, std::move(assignments), out, err);
+    const Marking marking = OpenLoadedMarking(options.path);
+    SelectDocuments(marking, options.doc_id, false);  // checks --doc
+    return RunSet(options, marking, std::move(assignments), out, err);
   }
   if (options.fill && *options.fill) {
     if (!mandor::CurrentPlatform().FileExists(options.values_file)) {
@@ -209,7 +212,7 @@ int RunValuesCommand(const ValuesOptions& options, std::ostream& out, std::ostre
     for (const auto& pair : csv.pairs) {
       assignments.push_back(Assignment{pair.name, pair.value, "line " + std::to_string(pair.line)});
     }
-    return RunSet(options, std::move(assignments), out, err);
+    return RunSet(options, marking, std::move(assignments), out, err);
   }
   if (options.compute && *options.compute) return RunCompute(options, out, err);
   return -1;
