@@ -9,7 +9,9 @@
 #include "cli/json_dump.h"
 #include "cli/marking.h"
 #include "cli/render.h"
+#include "cli/values_cmd.h"
 #include "mandor/mandor.h"
+#include "mandor/values/values.h"
 
 namespace mandor_cli {
 
@@ -78,22 +80,7 @@ std::string NameList(const std::vector<std::string>& names, size_t limit = 8) {
 
 // Every distinct field of the document: its Champs, the fields of its pages
 // and its recurrent fields (a field is counted once wherever it is listed).
-std::vector<std::shared_ptr<CChamp>> AllFields(const Mandor& doc) {
-  std::vector<std::shared_ptr<CChamp>> fields;
-  std::set<const CChamp*> seen;
-  auto add = [&](const mandor::Collection<CChamp>& collection) {
-    for (const std::shared_ptr<CChamp>& field : collection) {
-      if (field && seen.insert(field.get()).second) fields.push_back(field);
-    }
-  };
-  add(doc.Champs);
-  for (const std::shared_ptr<CPage>& page : doc.Pages) {
-    if (page) add(page->Champs);
-  }
-  add(doc.ChampsRecurrents);
-  add(doc.champsDataContrat);
-  return fields;
-}
+std::vector<std::shared_ptr<CChamp>> AllFields(const Mandor& doc) { return mandor::values::AllFields(doc); }
 
 long HorizontalRulerCount(const Mandor& doc) {
   if (doc.Regles_H.Count() > 0) return doc.Regles_H.Count();
@@ -357,6 +344,7 @@ int RunRender(const Options& options, std::ostream& out) {
                      (document->Id.empty() ? Quoted(document->Nom_Document()) : document->Id) + " has " +
                      std::to_string(count) + " page" + (count == 1 ? "" : "s"));
   }
+  ShowValues(marking, document);
   const RenderResult result = RenderPage(*document, options.page, options.scale, format, options.output);
   out << "wrote " << options.output << " (page " << options.page << " of "
       << (document->Id.empty() ? Quoted(document->Nom_Document()) : document->Id + " " + Quoted(document->Nom_Document()))

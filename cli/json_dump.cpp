@@ -1,5 +1,7 @@
 #include "cli/json_dump.h"
 
+#include "cli/values_json.h"
+
 #include <charconv>
 #include <cmath>
 #include <exception>
@@ -330,7 +332,10 @@ Json DumpJson(const std::shared_ptr<mandor::cMarquage>& catalogue,
   Json json = Json::object();
   json["catalogue"] = catalogue ? CatalogueJson(*catalogue) : Json(nullptr);
   Json docs = Json::array();
-  for (const std::shared_ptr<Mandor>& document : documents) docs.push_back(DocumentJson(*document));
+  for (const std::shared_ptr<Mandor>& document : documents) {
+    docs.push_back(DocumentJson(*document));
+    docs.back()["Valeurs"] = DocumentValuesJson(catalogue, document);
+  }
   json["documents"] = std::move(docs);
   Json msgs = Json::array();
   for (const RecordedMessage& message : messages) msgs.push_back(MessageJson(message));

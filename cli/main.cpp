@@ -13,6 +13,7 @@
 #include "cli/commands.h"
 #include "cli/marking.h"
 #include "cli/print_cmd.h"
+#include "cli/values_cmd.h"
 #include "mandor/mandor.h"
 
 #ifndef MANDOR_VERSION
@@ -46,6 +47,9 @@ std::string CommandWord(int argc, char** argv) {
 
 bool IsCommand(const std::string& word) {
   for (const std::string& command : kCommands) {
+    if (word == command) return true;
+  }
+  for (const std::string& command : mandor_cli::ValuesCommandNames()) {
     if (word == command) return true;
   }
   return false;
@@ -126,10 +130,13 @@ int Run(int argc, char** argv) {
   CLI::App* print = mandor_cli::AddPrintCommand(app, print_options);
 
   for (CLI::App* command : {info, dump, check, convert, save, render, print}) AddCommonOptions(*command, locale, yes);
+  mandor_cli::ValuesOptions values_options;
+  for (CLI::App* command : mandor_cli::AddValuesCommands(app, values_options)) AddCommonOptions(*command, locale, yes);
 
   const std::string word = CommandWord(argc, argv);
   if (!word.empty() && !IsCommand(word)) {
-    std::cerr << "mandor: unknown command \"" << word << "\" (commands: info, dump, check, convert, save, render, print)\n"
+    std::cerr << "mandor: unknown command \"" << word
+              << "\" (commands: info, dump, check, convert, save, render, print, set, fill, compute)\n"
               << UsageHint("") << "\n";
     return 2;
   }
@@ -155,6 +162,7 @@ int Run(int argc, char** argv) {
     if (*save) return mandor_cli::RunSave(options, std::cout);
     if (*render) return mandor_cli::RunRender(options, std::cout);
     if (*print) return mandor_cli::RunPrint(print_options, std::cout, std::cerr);
+    if (int status = mandor_cli::RunValuesCommand(values_options, std::cout, std::cerr); status >= 0) return status;
   } catch (const mandor_cli::UsageError& e) {
     std::cerr << "mandor: " << e.what() << "\n" << UsageHint(word) << "\n";
     return 2;

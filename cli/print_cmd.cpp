@@ -1,11 +1,14 @@
 #include "cli/print_cmd.h"
 
 #include <exception>
+#include <map>
+#include <optional>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
 #include "cli/marking.h"
+#include "cli/values_cmd.h"
 #include "mandor/util/platform.h"
 #include "mandor/util/text.h"
 
@@ -40,7 +43,18 @@ CLI::App* AddPrintCommand(CLI::App& app, PrintCommandOptions& options) {
   return command;
 }
 
-print::ValueSource ComputedValues(mandor::Mandor&, bool) { return {}; }
+// The values the marking holds (its worksheet cells for a catalogue), with
+// the formulas computed unless as_stored.
+print::ValueSource ComputedValues(const Marking& marking, const std::shared_ptr<mandor::Mandor>& document,
+                                  bool as_stored) {
+  auto shown = std::make_shared<const std::map<const mandor::CChamp*, std::string>>(
+      ShownValues(marking, document, as_stored));
+  return [shown](const mandor::CChamp& field) -> std::optional<std::string> {
+    const auto found = shown->find(&field);
+    if (found == shown->end()) return std::nullopt;
+    return found->second;
+  };
+}
 
 int RunPrint(const PrintCommandOptions& options, std::ostream& out, std::ostream& err) {
   if (!mandor::EndsWith(mandor::LowerCase(options.output), ".pdf")) {
@@ -68,7 +82,7 @@ int RunPrint(const PrintCommandOptions& options, std::ostream& out, std::ostream
 
   const Marking marking = OpenLoadedMarking(options.path);
   const std::shared_ptr<mandor::Mandor> document = SelectDocuments(marking, options.doc_id, true).front();
-  print_options.value_of = ComputedValues(*document, options.no_compute);
+  print_options.value_of = ComputedValues(marking, document, options.no_compute);
 
   print::PrintReport report;
   try {
