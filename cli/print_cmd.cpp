@@ -3,12 +3,15 @@
 #include <exception>
 #include <map>
 #include <optional>
+#include <set>
 #include <memory>
 #include <stdexcept>
 #include <vector>
 
 #include "cli/marking.h"
 #include "cli/values_cmd.h"
+#include "mandor/values/csv.h"
+#include "mandor/values/values.h"
 #include "mandor/util/platform.h"
 #include "mandor/util/text.h"
 
@@ -43,6 +46,29 @@ CLI::App* AddPrintCommand(CLI::App& app, PrintCommandOptions& options) {
   return command;
 }
 
+// The values of a CSV file (the files `mandor fill` reads), for this print
+// only. A malformed line is a usage error naming it.
+std::map<std::string, std::string> ValuesForThisPrint(const std::string& path, const mandor::Mandor& document) {
+  std::string bytes;
+  try {
+    bytes = mandor::CurrentPlatform().ReadFileBytes(path);
+  } catch (const std::exception& e) {
+    throw UsageError("cannot read the values " + path + ": " + e.what());
+  }
+  std::set<std::string> known;
+  for (const auto& field : mandor::values::AllFields(document)) known.insert(mandor::LowerCase(field->Nom()));
+  const mandor::values::CsvResult csv = mandor::values::ReadValueFile(
+      bytes, [&](const std::string& name) { return known.count(mandor::LowerCase(name)) > 0; });
+  if (!csv.errors.empty()) {
+    std::string text = path + ": malformed values:";
+    for (const std::string& error : csv.errors) text += "\n  " + error;
+    throw UsageError(text);
+  }
+  std::map<std::string, std::string> values;
+  for (const mandor::values::NameValue& pair : csv.pairs) values[pair.name] = pair.value;
+  return values;
+}
+
 // The values the marking holds (its worksheet cells for a catalogue), with
 // the formulas computed unless as_stored.
 print::ValueSource ComputedValues(const Marking& marking, const std::shared_ptr<mandor::Mandor>& document,
@@ -70,18 +96,9 @@ int RunPrint(const PrintCommandOptions& options, std::ostream& out, std::ostream
   } catch (const std::invalid_argument& e) {
     throw UsageError(e.what());
   }
-  if (!options.values.empty()) {
-    std::string csv;
-    try {
-      csv = mandor::CurrentPlatform().ReadFileBytes(options.values);
-    } catch (const std::exception& e) {
-      throw UsageError("cannot read the values " + options.values + ": " + e.what());
-    }
-    print_options.values = print::ParseValuesCsv(csv);
-  }
-
   const Marking marking = OpenLoadedMarking(options.path);
   const std::shared_ptr<mandor::Mandor> document = SelectDocuments(marking, options.doc_id, true).front();
+  if (!options.values.empty()) print_options.values = ValuesForThisPrint(options.values, *document);
   print_options.value_of = ComputedValues(marking, document, options.no_compute);
 
   print::PrintReport report;

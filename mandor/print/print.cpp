@@ -415,29 +415,4 @@ Offset ParseOffset(const std::string& text) {
   return {value(parts[0]), value(parts[1])};
 }
 
-std::map<std::string, std::string> ParseValuesCsv(const std::string& text) {
-  std::map<std::string, std::string> values;
-  std::string_view rest = text;
-  if (rest.substr(0, 3) == "\xEF\xBB\xBF") rest.remove_prefix(3);
-  auto unquote = [](std::string s) {
-    s = mandor::Trim(s);
-    if (s.size() >= 2 && s.front() == '"' && s.back() == '"') s = mandor::ReplaceAll(s.substr(1, s.size() - 2), "\"\"", "\"");
-    return s;
-  };
-  while (!rest.empty()) {
-    const size_t end = rest.find('\n');
-    std::string line(rest.substr(0, end));
-    rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (mandor::Trim(line).empty() || mandor::Trim(line)[0] == '#') continue;
-    size_t split = line.find(';');
-    if (split == std::string::npos) split = line.find('\t');
-    if (split == std::string::npos) split = line.find(',');
-    if (split == std::string::npos) continue;
-    const std::string name = unquote(line.substr(0, split));
-    if (!name.empty()) values[name] = unquote(line.substr(split + 1));
-  }
-  return values;
-}
-
 }  // namespace mandor::print

@@ -95,12 +95,6 @@ std::vector<int> ParsePageList(const std::string& text);
 // "0,3;-0,2"); throws std::invalid_argument otherwise.
 Offset ParseOffset(const std::string& text);
 
-// Values for one print from a CSV text: one "name;value" line per field
-// (a tab or a comma also separate when no ";" is on the line; the first
-// separator splits), blank lines and lines starting with "#" skipped, an
-// optional UTF-8 byte-order mark, quotes around either part removed.
-std::map<std::string, std::string> ParseValuesCsv(const std::string& text);
-
 }  // namespace mandor::print
 
 #endif  // MANDOR_PRINT_PRINT_H_

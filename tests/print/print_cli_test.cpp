@@ -80,6 +80,7 @@ TEST(CliPrint, ValuesForThisPrintFromACsvFile) {
 TEST(CliPrint, BadInputAndExitStatus) {
   TempDir dir;
   const std::string xnf = Sample("dqe-menuiseries.det.xnf");
+  WriteBytes(dir.File("bad.csv"), "L1_Qté;3\n\"L1_Prix unitaire;4\n");
   struct Case {
     std::vector<std::string> args;
     int status;
@@ -90,6 +91,7 @@ TEST(CliPrint, BadInputAndExitStatus) {
       {{"print", xnf, "-o", dir.File("a.pdf"), "--pages", "2-1"}, 2, "bad page range"},
       {{"print", xnf, "-o", dir.File("a.pdf"), "--offset", "1"}, 2, "bad offset \"1\""},
       {{"print", xnf, "-o", dir.File("a.pdf"), "--values", dir.File("absent.csv")}, 2, "cannot read the values"},
+      {{"print", xnf, "-o", dir.File("a.pdf"), "--values", dir.File("bad.csv")}, 2, "malformed values:\n  line 2"},
       {{"print", xnf, "-o", dir.File("a.pdf"), "--over-image", "--test-sheet"}, 2, "excludes"},
       {{"print", dir.File("absent.xnf"), "-o", dir.File("a.pdf")}, 2, ""},
       {{"print", xnf, "-o", dir.File("a.pdf"), "--pages", "5"}, 1,

@@ -35,25 +35,6 @@ TEST(ParseOffset, PointOrCommaDecimals) {
   }
 }
 
-TEST(ParseValuesCsv, SeparatorsQuotesCommentsAndBom) {
-  const auto values = ParseValuesCsv(
-      "\xEF\xBB\xBF# valeurs du lot 2\r\n"
-      "L1_Qté;14,5\r\n"
-      "\r\n"
-      "\"L2_Désignation\";\"Porte \"\"coupe-feu\"\"; 30 min\"\n"
-      "L3_PU\t12.30\n"
-      "L4_PT,99\n"
-      "sans séparateur\n"
-      ";orphelin\n"
-      "L5_Vide;");
-  EXPECT_EQ(values.size(), 5u);
-  EXPECT_EQ(values.at("L1_Qté"), "14,5");
-  EXPECT_EQ(values.at("L2_Désignation"), "Porte \"coupe-feu\"; 30 min");
-  EXPECT_EQ(values.at("L3_PU"), "12.30");
-  EXPECT_EQ(values.at("L4_PT"), "99");
-  EXPECT_EQ(values.at("L5_Vide"), "");
-}
-
 class DisplayValueTest : public ::testing::Test {
  protected:
   std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
