@@ -147,7 +147,8 @@ std::map<const mandor::CChamp*, std::string> ShownValues(const Marking& marking,
     const mandor::Locale& locale = mandor::CurrentPlatform().locale();
     for (const mandor::values::FieldValue& value : book->Values(document)) {
       if (value.place == mandor::values::Place::kNone || !value.field) continue;
-      shown[value.field.get()] = mandor::values::DisplayText(*document, value.field, value, locale);
+      shown[value.field.get()] = mandor::values::DisplayText(*document, value.field, value, locale,
+                                                             mandor::values::Picture::kPrint);
     }
   } catch (const std::exception&) {
     // Without its book the document still prints the values the model holds.

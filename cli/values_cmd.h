@@ -44,7 +44,8 @@ int RunValuesCommand(const ValuesOptions& options, std::ostream& out, std::ostre
 // stored them). Nothing is written.
 void ShowValues(const Marking& marking, const std::shared_ptr<mandor::Mandor>& document);
 
-// The text each field of the document shows, by field, from the values the
+// The text each field of the document prints (the form's number picture,
+// FormatNombreSortie), by field, from the values the
 // marking holds, with the formulas computed first unless as_stored (nothing
 // is written). Fields with no place for a value are left out, so that a
 // caller falls back on the model's own. A book that cannot be read gives

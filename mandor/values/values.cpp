@@ -423,14 +423,17 @@ bool ValueBook::Save() {
 }
 
 std::string DisplayText(const Mandor& document, const std::shared_ptr<CChamp>& field, const FieldValue& value,
-                        const Locale& locale) {
+                        const Locale& locale, Picture picture) {
   if (!value.number || !field) return value.text;
-  if (value.decimals == field->Décimales()) return FormatNumber(*value.number, document.FormatNombre(field), locale);
+  const auto picture_of = [&](const std::shared_ptr<CChamp>& f) {
+    return picture == Picture::kPrint ? document.FormatNombreSortie(f) : document.FormatNombre(f);
+  };
+  if (value.decimals == field->Décimales()) return FormatNumber(*value.number, picture_of(field), locale);
   // The picture for other decimals, from a stand-in field.
   auto stand_in = std::make_shared<CChamp>();
   stand_in->bPropage = false;
   stand_in->Décimales(static_cast<int16_t>(value.decimals));
-  return FormatNumber(*value.number, document.FormatNombre(stand_in), locale);
+  return FormatNumber(*value.number, picture_of(stand_in), locale);
 }
 
 }  // namespace mandor::values

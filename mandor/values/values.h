@@ -68,13 +68,17 @@ struct ComputedField {
   FormulaResult result;
 };
 
-// The text a field shows on a page: a number formatted with the document's
-// FormatNombre picture for value.decimals ("1 986,60" in a French locale),
-// any other text as it is. For render and print:
+// Which of the document's number pictures a shown number takes: the
+// screen's (FormatNombre, grouped: "1 986,60") or the printed form's
+// (FormatNombreSortie, ungrouped: "1986,60").
+enum class Picture { kScreen, kPrint };
+
+// The text a field shows: a number formatted with the document's picture
+// for value.decimals, any other text as it is. For render and print:
 //   auto book = ValueBook::ForCatalogue(catalogue);   // once per marking
 //   DisplayText(*document, field, book->ValueOf(document, field), locale);
 std::string DisplayText(const Mandor& document, const std::shared_ptr<CChamp>& field, const FieldValue& value,
-                        const Locale& locale);
+                        const Locale& locale, Picture picture = Picture::kScreen);
 
 // Every distinct field of a document, each once: its Champs, then the fields
 // of its pages (where a text marking keeps them), its recurrent and

@@ -152,3 +152,34 @@ TEST(CliRender, OverAPdfAndATiffScan) {
 }
 
 }  // namespace
+
+// A catalogue prints the values of its worksheet, with the formulas computed
+// from them, in the form's picture (no thousands grouping); --no-compute
+// prints the cells as they stand.
+TEST(CliPrint, ACatalogueFilledFromACsvPrintsItsComputedValues) {
+  TempDir dir;
+  const std::string catalogue = dir.File("menuiseries.xml");
+  WriteBytes(catalogue, ReadBytes(Sample("menuiseries.xml")));
+  CliResult r = RunCli({"fill", catalogue, "--values", Sample("prix-menuiseries.csv"), "--locale", "fr"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  // Blank out one line amount in the file: computing puts it back, --no-compute does not.
+  std::string bytes = ReadBytes(catalogue);
+  const size_t amount = bytes.find(">5530<");
+  ASSERT_NE(amount, std::string::npos);
+  bytes.replace(amount, 6, ">0<");
+  WriteBytes(catalogue, bytes);
+
+  r = RunCli({"print", catalogue, "--doc", "mn1", "--pages", "1", "-o", dir.File("dqe.pdf"), "--locale", "fr"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  const mandor::print::test::Pdf computed(ReadBytes(dir.File("dqe.pdf")));
+  EXPECT_EQ(computed.Find(1, "395,00").size(), 1u) << computed.text(1);   // a unit price from the file
+  EXPECT_EQ(computed.Find(1, "5530,00").size(), 1u) << computed.text(1);  // 14 x 395, computed again
+  EXPECT_TRUE(computed.Find(1, "5 530,00").empty()) << computed.text(1);
+
+  r = RunCli({"print", catalogue, "--doc", "mn1", "--pages", "1", "--no-compute", "-o", dir.File("stored.pdf"),
+              "--locale", "fr"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  const mandor::print::test::Pdf stored(ReadBytes(dir.File("stored.pdf")));
+  EXPECT_TRUE(stored.Find(1, "5530,00").empty()) << stored.text(1);
+  EXPECT_EQ(stored.Find(1, "395,00").size(), 1u) << stored.text(1);
+}

@@ -76,6 +76,9 @@ TEST_F(BookTest, ReadsCellsDataContractValuesAndFieldsWithoutAPlace) {
                         Value(*book, "mn1", "L4_PT"), platform_->locale()),
             "1\xC2\xA0"
             "986,60");
+  EXPECT_EQ(DisplayText(*catalogue_->Item("mn1"), catalogue_->Item("mn1")->Champs.Item("L4_PT"),
+                        Value(*book, "mn1", "L4_PT"), platform_->locale(), Picture::kPrint),
+            "1986,60");
   // The same cell seen from the price schedule.
   EXPECT_EQ(Value(*book, "mn2", "L2_PU").number, 612.5);
   // A string cell.
