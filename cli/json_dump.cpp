@@ -5,6 +5,8 @@
 #include <exception>
 #include <system_error>
 
+#include "cli/marking.h"
+
 namespace mandor_cli {
 
 using mandor::CChamp;
@@ -189,13 +191,18 @@ void FillField(Json& json, const CChamp& c) {
   json["oRegleV"] = NameOf(c.oRegleV());
 }
 
-void FillPage(Json& json, const CPage& p) {
+// A page's own members; its collections Regles_H and Champs follow them.
+void FillPageHeader(Json& json, const CPage& p) {
   json["Id"] = p.Id;
   json["Width"] = FloatJson(p.Width);
   json["Height"] = FloatJson(p.Height);
   json["NoImage"] = p.NoImage;
   json["hResolution"] = p.hResolution();
   json["vResolution"] = p.vResolution();
+}
+
+void FillPage(Json& json, const CPage& p) {
+  FillPageHeader(json, p);
   json["Regles_H"] = CollectionJson(p.Regles_H, FillRuler);
   json["Champs"] = CollectionJson(p.Champs, FillField);
 }
@@ -220,8 +227,10 @@ Json PageJson(const CPage& p) {
   return json;
 }
 
-Json DocumentJson(const Mandor& d) {
-  Json json = Json::object();
+namespace {
+
+// A document's public data and properties; its collections follow them.
+void FillDocumentHeader(Json& json, const Mandor& d) {
   // Public data, in interface order (the collections come last, below).
   json["Id"] = d.Id;
   json["Orientation"] = d.Orientation;
@@ -267,6 +276,13 @@ Json DocumentJson(const Mandor& d) {
   json["FonteName"] = Safe([&] { return d.FonteName(); });
   json["FonteSize"] = Safe([&] { return d.FonteSize(); });
   json["Font"] = FontJson(d.Font());
+}
+
+}  // namespace
+
+Json DocumentJson(const Mandor& d) {
+  Json json = Json::object();
+  FillDocumentHeader(json, d);
   // Collections.
   json["Docs"] = CollectionJson(d.Docs, FillDoc);
   json["Pages"] = CollectionJson(d.Pages, FillPage);
@@ -324,22 +340,159 @@ Json MessageJson(const RecordedMessage& message) {
   return json;
 }
 
-Json DumpJson(const std::shared_ptr<mandor::cMarquage>& catalogue,
-              const std::vector<std::shared_ptr<Mandor>>& documents,
-              const std::vector<RecordedMessage>& messages) {
-  Json json = Json::object();
-  json["catalogue"] = catalogue ? CatalogueJson(*catalogue) : Json(nullptr);
-  Json docs = Json::array();
-  for (const std::shared_ptr<Mandor>& document : documents) docs.push_back(DocumentJson(*document));
-  json["documents"] = std::move(docs);
-  Json msgs = Json::array();
-  for (const RecordedMessage& message : messages) msgs.push_back(MessageJson(message));
-  json["messages"] = std::move(msgs);
-  return json;
+void WriteJsonLine(std::ostream& out, const Json& json) {
+  out << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
-std::string DumpText(const Json& json) {
-  return json.dump(2, ' ', false, Json::error_handler_t::replace);
+JsonStreamWriter::JsonStreamWriter(std::ostream& out) : out_(out) {}
+
+void JsonStreamWriter::Indent(size_t depth) {
+  out_ << '\n';
+  for (size_t i = 0; i < depth; ++i) out_ << "  ";
+}
+
+// Before a member or element: the comma after the previous one, the line
+// break and indent of this one.
+void JsonStreamWriter::Next() {
+  if (open_.empty()) return;
+  Level& level = open_.back();
+  if (level.count++ > 0) out_ << ',';
+  Indent(open_.size());
+}
+
+void JsonStreamWriter::Begin(char bracket) {
+  if (!after_key_) Next();
+  after_key_ = false;
+  out_ << bracket;
+  open_.push_back(Level{});
+}
+
+void JsonStreamWriter::End(char bracket) {
+  const bool empty = open_.back().count == 0;
+  open_.pop_back();
+  if (!empty) Indent(open_.size());
+  out_ << bracket;
+  if (open_.empty()) out_ << '\n';
+}
+
+void JsonStreamWriter::Key(std::string_view name) {
+  Next();
+  out_ << Json(std::string(name)).dump(-1, ' ', false, Json::error_handler_t::replace) << ": ";
+  after_key_ = true;
+}
+
+void JsonStreamWriter::Value(const Json& value) {
+  if (!after_key_) Next();
+  after_key_ = false;
+  // The value as the whole document would print it at this depth: nested
+  // lines indented by the depth (a line break in JSON text is never inside
+  // a string, where it is escaped).
+  const std::string text = value.dump(2, ' ', false, Json::error_handler_t::replace);
+  const std::string indent(2 * open_.size(), ' ');
+  size_t from = 0;
+  for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', from)) {
+    out_.write(text.data() + from, static_cast<std::streamsize>(at + 1 - from));
+    out_ << indent;
+    from = at + 1;
+  }
+  out_.write(text.data() + from, static_cast<std::streamsize>(text.size() - from));
+  if (open_.empty()) out_ << '\n';
+  CheckOutput(out_);
+}
+
+namespace {
+
+// Every item of a keyed collection as CollectionJson writes it, one at a time.
+template <class T, class Fill>
+void StreamCollection(JsonStreamWriter& writer, const Collection<T>& collection, Fill fill) {
+  writer.BeginArray();
+  for (long i = 1; i <= collection.Count(); ++i) {
+    Json item = Json::object();
+    const std::string& key = collection.Key(i);
+    item["key"] = key.empty() ? Json(nullptr) : Json(key);
+    const std::shared_ptr<T>& member = collection.Item(i);
+    if (member) fill(item, *member);
+    writer.Value(item);
+  }
+  writer.EndArray();
+}
+
+// Writes each member of `json` as a member of the open object.
+void StreamMembers(JsonStreamWriter& writer, const Json& json) {
+  for (const auto& [name, value] : json.items()) {
+    writer.Key(name);
+    writer.Value(value);
+  }
+}
+
+void StreamPages(JsonStreamWriter& writer, const Collection<CPage>& pages) {
+  writer.BeginArray();
+  for (long i = 1; i <= pages.Count(); ++i) {
+    writer.BeginObject();
+    const std::string& key = pages.Key(i);
+    writer.Key("key");
+    writer.Value(key.empty() ? Json(nullptr) : Json(key));
+    if (const std::shared_ptr<CPage>& page = pages.Item(i)) {
+      Json header = Json::object();
+      FillPageHeader(header, *page);
+      StreamMembers(writer, header);
+      writer.Key("Regles_H");
+      StreamCollection(writer, page->Regles_H, FillRuler);
+      writer.Key("Champs");
+      StreamCollection(writer, page->Champs, FillField);
+    }
+    writer.EndObject();
+  }
+  writer.EndArray();
+}
+
+void StreamDocument(JsonStreamWriter& writer, const Mandor& d) {
+  writer.BeginObject();
+  Json header = Json::object();
+  FillDocumentHeader(header, d);
+  StreamMembers(writer, header);
+  // The collections, in the order of DocumentJson.
+  writer.Key("Docs");
+  StreamCollection(writer, d.Docs, FillDoc);
+  writer.Key("Pages");
+  StreamPages(writer, d.Pages);
+  writer.Key("Regles_V");
+  StreamCollection(writer, d.Regles_V, FillRuler);
+  writer.Key("Regles_H");
+  StreamCollection(writer, d.Regles_H, FillRuler);
+  writer.Key("Champs");
+  StreamCollection(writer, d.Champs, FillField);
+  writer.Key("ChampsCachés");
+  StreamCollection(writer, d.ChampsCachés, FillField);
+  writer.Key("ChampsFormules");
+  StreamCollection(writer, d.ChampsFormules, FillField);
+  writer.Key("ChampsRecurrents");
+  StreamCollection(writer, d.ChampsRecurrents, FillField);
+  writer.Key("champsContenantReference");
+  StreamCollection(writer, d.champsContenantReference, FillField);
+  writer.Key("champsDataContrat");
+  StreamCollection(writer, d.champsDataContrat, FillField);
+  writer.EndObject();
+}
+
+}  // namespace
+
+void WriteDump(std::ostream& out, const std::shared_ptr<mandor::cMarquage>& catalogue,
+               const std::vector<std::shared_ptr<Mandor>>& documents, const std::vector<RecordedMessage>& messages) {
+  JsonStreamWriter writer(out);
+  writer.BeginObject();
+  writer.Key("catalogue");
+  writer.Value(catalogue ? CatalogueJson(*catalogue) : Json(nullptr));
+  writer.Key("documents");
+  writer.BeginArray();
+  for (const std::shared_ptr<Mandor>& document : documents) StreamDocument(writer, *document);
+  writer.EndArray();
+  writer.Key("messages");
+  Json msgs = Json::array();
+  for (const RecordedMessage& message : messages) msgs.push_back(MessageJson(message));
+  writer.Value(msgs);
+  writer.EndObject();
+  CheckOutput(out);
 }
 
 }  // namespace mandor_cli
