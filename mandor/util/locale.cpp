@@ -83,13 +83,19 @@ std::string InstalledDecimalSeparator(const LocaleName& name) {
   (void)name;
   return "";
 #else
-  // Try the name as normalised, then with the code set in lower case
-  // ("UTF-8" and "utf8" are both common spellings of installed locales).
-  std::string candidates[2] = {name.Text(), ""};
+  // Try the name as normalised, then with the code set in upper and in
+  // lower case ("UTF-8" and "utf8" are both common spellings of installed
+  // locales).
+  std::string candidates[3] = {name.Text(), "", ""};
   if (!name.rest.empty()) {
-    std::string lowered;
-    for (char c : name.rest) lowered += Lower(c);
-    candidates[1] = name.language + (name.territory.empty() ? "" : "_" + name.territory) + lowered;
+    std::string upper, lower;
+    for (char c : name.rest) {
+      upper += Upper(c);
+      lower += Lower(c);
+    }
+    const std::string base = name.language + (name.territory.empty() ? "" : "_" + name.territory);
+    candidates[1] = base + upper;
+    candidates[2] = base + lower;
   }
   for (const std::string& candidate : candidates) {
     if (candidate.empty()) continue;

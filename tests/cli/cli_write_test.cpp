@@ -128,7 +128,12 @@ TEST(CliRender, SvgAndPngOfAPage) {
     const CliResult r = RunCli(args);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out.find("over") != std::string::npos, c.over) << r.out;
-    ExpectOutputAs(ReadBytes(dir.File("page.svg")), c.svg);
+    const std::string svg = ReadBytes(dir.File("page.svg"));
+    ExpectOutputAs(svg, c.svg);
+    // The page image is embedded once, not once per attribute.
+    size_t images = 0;
+    for (size_t at = svg.find("base64,"); at != std::string::npos; at = svg.find("base64,", at + 1)) ++images;
+    EXPECT_EQ(images, c.over ? 1u : 0u);
   }
   EXPECT_NE(RunCli({"render", Sample("menuiseries.xml"), "--doc", "mn1", "-o", dir.File("p.svg")})
                 .out.find("2480 x 3508 px, over " + Sample("DQE Menuiseries-1.png")),
