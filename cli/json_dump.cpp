@@ -5,7 +5,7 @@
 #include <exception>
 #include <system_error>
 
-#include "cli/marking.h"
+#include "cli/output.h"
 
 namespace mandor_cli {
 

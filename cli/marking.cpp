@@ -123,9 +123,7 @@ Marking OpenMarking(const std::string& path) {
   return marking;
 }
 
-void CheckOutput(const std::ostream& out) {
-  if (!out.good()) throw OutputFailure();
-}
+
 
 Marking OpenLoadedMarking(const std::string& path) {
   Marking marking = OpenMarking(path);

@@ -9,7 +9,6 @@
 #define MANDOR_CLI_MARKING_H_
 
 #include <memory>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -32,16 +31,6 @@ class CommandFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Standard output stopped taking what the command writes (a full disk, a
-// closed pipe): the program stops the work, says why and exits with status 1.
-class OutputFailure : public std::runtime_error {
- public:
-  OutputFailure() : std::runtime_error("standard output failed") {}
-};
-
-// Throws OutputFailure when `out` can no longer be written; long outputs
-// call it now and then so as not to work on for nothing.
-void CheckOutput(const std::ostream& out);
 
 enum class MarkingKind { kExtended, kStandard, kCatalogue };
 

@@ -11,6 +11,7 @@
 #define MANDOR_CLI_OUTPUT_H_
 
 #include <ostream>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 #include <string_view>
@@ -20,6 +21,19 @@ namespace mandor_cli {
 // text with every C0 control character but line feed and tab, DEL and every
 // C1 control character (U+0080 to U+009F) written as "\u00XX".
 std::string PrintableText(std::string_view text);
+
+// Standard output stopped taking what the command writes (a full disk, a
+// closed pipe): the program stops the work, says why and exits with status 1.
+class OutputFailure : public std::runtime_error {
+ public:
+  OutputFailure() : std::runtime_error("standard output failed") {}
+};
+
+// Throws OutputFailure when `out` can no longer be written; long outputs
+// call it now and then so as not to work on for nothing.
+inline void CheckOutput(const std::ostream& out) {
+  if (!out.good()) throw OutputFailure();
+}
 
 class FdStreamBuf : public std::streambuf {
  public:
