@@ -168,8 +168,8 @@ int Run(int argc, char** argv, mandor_cli::StandardStream& standard_output) {
   add(save, [&] { return mandor_cli::RunSave(options, std::cout); });
 
   CLI::App* render = AddPath(app.add_subcommand("render", "A picture of one page: rulers, fields with their names "
-                                                          "and values, over the page image <name>-<N>.png or "
-                                                          "<name>.png beside the marking when there is one"),
+                                                          "and values, over the page image NAME-N.png or NAME.png "
+                                                          "beside the marking when there is one"),
                              options);
   render->add_option("--page", options.page, "The page to draw, counted from 1 as `mandor info` lists them")
       ->capture_default_str();
