@@ -210,13 +210,17 @@ TEST(CliErrors, FileErrorsNameTheFileAndTheReason) {
   EXPECT_NE(r.err.find("(" + dir.File("lot.xml.bak") + ": "), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("(error 75)"), std::string::npos) << r.err;
   EXPECT_EQ(ReadBytes(dir.File("lot.xml")), ReadBytes(Sample("menuiseries.xml")));
-  std::filesystem::remove_all(dir.File("lot.xml.bak"));
+}
 
+TEST(CliErrors, PermissionDeniedIsNamed) {
   if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only folders";
+  TempDir dir;
+  const std::string xnf = Sample("dqe-menuiseries.det.xnf");
+  CopyTo(Sample("menuiseries.xml"), dir.File("lot.xml"));
   const std::string locked = dir.File("locked");
   std::filesystem::create_directory(locked);
   chmod(locked.c_str(), 0555);
-  r = RunCli({"convert", xnf, locked + "/copie.det.xnf"});
+  CliResult r = RunCli({"convert", xnf, locked + "/copie.det.xnf"});
   EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.err.find("mandor: could not write " + locked + "/copie.det.xnf ("), std::string::npos) << r.err;
   EXPECT_NE(r.err.find(": Permission denied)"), std::string::npos) << r.err;
