@@ -4,6 +4,7 @@
 #include <cmath>
 #include <exception>
 #include <system_error>
+#include <type_traits>
 
 #include "cli/output.h"
 
@@ -229,6 +230,22 @@ Json PageJson(const CPage& p) {
 
 namespace {
 
+// Calls visit(name, collection, fill) for each collection of a document, in
+// the order the JSON lists them.
+template <class Visit>
+void VisitCollections(const Mandor& d, Visit visit) {
+  visit("Docs", d.Docs, FillDoc);
+  visit("Pages", d.Pages, FillPage);
+  visit("Regles_V", d.Regles_V, FillRuler);
+  visit("Regles_H", d.Regles_H, FillRuler);
+  visit("Champs", d.Champs, FillField);
+  visit("ChampsCachés", d.ChampsCachés, FillField);
+  visit("ChampsFormules", d.ChampsFormules, FillField);
+  visit("ChampsRecurrents", d.ChampsRecurrents, FillField);
+  visit("champsContenantReference", d.champsContenantReference, FillField);
+  visit("champsDataContrat", d.champsDataContrat, FillField);
+}
+
 // A document's public data and properties; its collections follow them.
 void FillDocumentHeader(Json& json, const Mandor& d) {
   // Public data, in interface order (the collections come last, below).
@@ -284,16 +301,9 @@ Json DocumentJson(const Mandor& d) {
   Json json = Json::object();
   FillDocumentHeader(json, d);
   // Collections.
-  json["Docs"] = CollectionJson(d.Docs, FillDoc);
-  json["Pages"] = CollectionJson(d.Pages, FillPage);
-  json["Regles_V"] = CollectionJson(d.Regles_V, FillRuler);
-  json["Regles_H"] = CollectionJson(d.Regles_H, FillRuler);
-  json["Champs"] = CollectionJson(d.Champs, FillField);
-  json["ChampsCachés"] = CollectionJson(d.ChampsCachés, FillField);
-  json["ChampsFormules"] = CollectionJson(d.ChampsFormules, FillField);
-  json["ChampsRecurrents"] = CollectionJson(d.ChampsRecurrents, FillField);
-  json["champsContenantReference"] = CollectionJson(d.champsContenantReference, FillField);
-  json["champsDataContrat"] = CollectionJson(d.champsDataContrat, FillField);
+  VisitCollections(d, [&](const char* name, const auto& collection, auto fill) {
+    json[name] = CollectionJson(collection, fill);
+  });
   return json;
 }
 
@@ -451,27 +461,15 @@ void StreamDocument(JsonStreamWriter& writer, const Mandor& d) {
   Json header = Json::object();
   FillDocumentHeader(header, d);
   StreamMembers(writer, header);
-  // The collections, in the order of DocumentJson.
-  writer.Key("Docs");
-  StreamCollection(writer, d.Docs, FillDoc);
-  writer.Key("Pages");
-  StreamPages(writer, d.Pages);
-  writer.Key("Regles_V");
-  StreamCollection(writer, d.Regles_V, FillRuler);
-  writer.Key("Regles_H");
-  StreamCollection(writer, d.Regles_H, FillRuler);
-  writer.Key("Champs");
-  StreamCollection(writer, d.Champs, FillField);
-  writer.Key("ChampsCachés");
-  StreamCollection(writer, d.ChampsCachés, FillField);
-  writer.Key("ChampsFormules");
-  StreamCollection(writer, d.ChampsFormules, FillField);
-  writer.Key("ChampsRecurrents");
-  StreamCollection(writer, d.ChampsRecurrents, FillField);
-  writer.Key("champsContenantReference");
-  StreamCollection(writer, d.champsContenantReference, FillField);
-  writer.Key("champsDataContrat");
-  StreamCollection(writer, d.champsDataContrat, FillField);
+  VisitCollections(d, [&](const char* name, const auto& collection, auto fill) {
+    writer.Key(name);
+    // A page holds collections of its own: streamed too, not built whole.
+    if constexpr (std::is_same_v<std::decay_t<decltype(collection)>, Collection<CPage>>) {
+      StreamPages(writer, collection);
+    } else {
+      StreamCollection(writer, collection, fill);
+    }
+  });
   writer.EndObject();
 }
 
