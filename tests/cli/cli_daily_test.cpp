@@ -385,6 +385,17 @@ TEST(CliDiff, FieldByFieldTextAndJson) {
   EXPECT_NE(r.out.find("formula \"L1_Qté\": \"\" -> \"2*7\"\n"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("value \"L1_Qté\": \"14,00\" -> \"15,00\"\n"), std::string::npos) << r.out;
 
+  // Hung on another row, in another size: re-anchored, font; nothing else.
+  text = ReadBytes(xnf);
+  replace("|L1_Qt\xe9|Arial|10|64|14,00|Qt\xe9|0|L1|", "|L1_Qt\xe9|Arial|12|64|14,00|Qt\xe9|0|L2|");
+  WriteBytes(dir.File("c.det.xnf"), text);
+  r = RunCli({"diff", xnf, dir.File("c.det.xnf")});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.out.substr(r.out.find('\n', r.out.find("+++")) + 1),
+            "re-anchored \"L1_Qté\": H \"L1\" type 0, V \"Qté\" type 0 -> H \"L2\" type 0, V \"Qté\" type 0\n"
+            "font \"L1_Qté\": Arial 10, colour 0 on 16777215 -> Arial 12, colour 0 on 16777215\n"
+            "2 differences\n");
+
   // Against the catalogue's copy of the same estimate: fields it names
   // otherwise come out as removed and added; --json lists the same.
   r = RunCli({"diff", "--json", xnf, Sample("menuiseries.xml"), "--doc", "mn1"});
