@@ -30,19 +30,29 @@ Json Safe(Getter getter) {
   }
 }
 
-// Every item of a keyed collection, in order: an object with its "key"
-// (null when it has none) first, then what fill(json, item) puts in it.
+// The key of item i of a keyed collection, null when it has none.
+template <class T>
+Json KeyJson(const Collection<T>& collection, long i) {
+  const std::string& key = collection.Key(i);
+  return key.empty() ? Json(nullptr) : Json(key);
+}
+
+// Item i of a keyed collection: an object with its "key" first, then what
+// fill(json, item) puts in it.
+template <class T, class Fill>
+Json ItemJson(const Collection<T>& collection, long i, Fill fill) {
+  Json item = Json::object();
+  item["key"] = KeyJson(collection, i);
+  const std::shared_ptr<T>& member = collection.Item(i);
+  if (member) fill(item, *member);
+  return item;
+}
+
+// Every item of a keyed collection, in order.
 template <class T, class Fill>
 Json CollectionJson(const Collection<T>& collection, Fill fill) {
   Json items = Json::array();
-  for (long i = 1; i <= collection.Count(); ++i) {
-    Json item = Json::object();
-    const std::string& key = collection.Key(i);
-    item["key"] = key.empty() ? Json(nullptr) : Json(key);
-    const std::shared_ptr<T>& member = collection.Item(i);
-    if (member) fill(item, *member);
-    items.push_back(std::move(item));
-  }
+  for (long i = 1; i <= collection.Count(); ++i) items.push_back(ItemJson(collection, i, fill));
   return items;
 }
 
@@ -416,14 +426,7 @@ namespace {
 template <class T, class Fill>
 void StreamCollection(JsonStreamWriter& writer, const Collection<T>& collection, Fill fill) {
   writer.BeginArray();
-  for (long i = 1; i <= collection.Count(); ++i) {
-    Json item = Json::object();
-    const std::string& key = collection.Key(i);
-    item["key"] = key.empty() ? Json(nullptr) : Json(key);
-    const std::shared_ptr<T>& member = collection.Item(i);
-    if (member) fill(item, *member);
-    writer.Value(item);
-  }
+  for (long i = 1; i <= collection.Count(); ++i) writer.Value(ItemJson(collection, i, fill));
   writer.EndArray();
 }
 
@@ -439,9 +442,8 @@ void StreamPages(JsonStreamWriter& writer, const Collection<CPage>& pages) {
   writer.BeginArray();
   for (long i = 1; i <= pages.Count(); ++i) {
     writer.BeginObject();
-    const std::string& key = pages.Key(i);
     writer.Key("key");
-    writer.Value(key.empty() ? Json(nullptr) : Json(key));
+    writer.Value(KeyJson(pages, i));
     if (const std::shared_ptr<CPage>& page = pages.Item(i)) {
       Json header = Json::object();
       FillPageHeader(header, *page);
