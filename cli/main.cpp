@@ -103,7 +103,8 @@ CLI::App* AddPath(CLI::App* app, Options& options) {
 // simply stopped reading after it had what it wanted.
 void ReportOutputFailure(const mandor_cli::StandardStream& out) {
   if (out.error() == EPIPE && out.written() > 0) return;
-  std::cerr << "mandor: cannot write to standard output: " << std::strerror(out.error()) << "\n";
+  std::cerr << "mandor: cannot write to standard output"
+            << (out.error() != 0 ? std::string(": ") + std::strerror(out.error()) : std::string()) << "\n";
 }
 
 int Run(int argc, char** argv, mandor_cli::StandardStream& standard_output) {
