@@ -50,7 +50,16 @@ struct LocaleName {
   std::string language;   // lower case: "fr"
   std::string territory;  // upper case: "CH", or empty
   std::string rest;       // ".UTF-8@euro" as given, or empty
-  std::string Text() const { return language + (territory.empty() ? "" : "_" + territory) + rest; }
+  // "ll_TT": the language and territory alone.
+  std::string Base() const {
+    std::string text = language;
+    if (!territory.empty()) {
+      text += '_';
+      text += territory;
+    }
+    return text;
+  }
+  std::string Text() const { return Base() + rest; }
 };
 
 // Splits and normalises "ll[_TT][.codeset][@modifier]"; empty when the text
@@ -76,12 +85,12 @@ std::optional<LocaleName> ParseName(std::string_view text) {
   return name;
 }
 
-// The decimal separator of an installed locale, or empty when the C library
-// does not know the name.
-std::string InstalledDecimalSeparator(const LocaleName& name) {
+// The decimal separator of an installed locale ('.' or ','), or 0 when the C
+// library does not know the name.
+char InstalledDecimalSeparator(const LocaleName& name) {
 #ifdef _WIN32
   (void)name;
-  return "";
+  return 0;
 #else
   // Try the name as normalised, then with the code set in upper and in
   // lower case ("UTF-8" and "utf8" are both common spellings of installed
@@ -93,20 +102,19 @@ std::string InstalledDecimalSeparator(const LocaleName& name) {
       upper += Upper(c);
       lower += Lower(c);
     }
-    const std::string base = name.language + (name.territory.empty() ? "" : "_" + name.territory);
-    candidates[1] = base + upper;
-    candidates[2] = base + lower;
+    candidates[1] = name.Base() + upper;
+    candidates[2] = name.Base() + lower;
   }
   for (const std::string& candidate : candidates) {
     if (candidate.empty()) continue;
     locale_t loc = newlocale(LC_NUMERIC_MASK, candidate.c_str(), static_cast<locale_t>(nullptr));
     if (loc == static_cast<locale_t>(nullptr)) continue;
     const char* radix = nl_langinfo_l(RADIXCHAR, loc);
-    const std::string separator = radix != nullptr && std::string_view(radix) == "," ? "," : ".";
+    const char separator = radix != nullptr && std::string_view(radix) == "," ? ',' : '.';
     freelocale(loc);
     return separator;
   }
-  return "";
+  return 0;
 #endif
 }
 
@@ -119,21 +127,21 @@ bool Locale::IsNeutralName(std::string_view name) {
 std::optional<Locale> Locale::FromName(std::string_view text) {
   const std::optional<LocaleName> name = ParseName(text);
   if (!name) return std::nullopt;
-  std::string separator = InstalledDecimalSeparator(*name);
-  if (separator.empty()) {
+  char separator = InstalledDecimalSeparator(*name);
+  if (separator == 0) {
     if (Contains(std::begin(kCommaLanguages), std::end(kCommaLanguages), name->language)) {
       const bool point = Contains(std::begin(kPointTerritories), std::end(kPointTerritories), name->territory);
-      separator = point ? "." : ",";
+      separator = point ? '.' : ',';
     } else if (Contains(std::begin(kPointLanguages), std::end(kPointLanguages), name->language)) {
-      separator = ".";
+      separator = '.';
     } else {
       return std::nullopt;
     }
   }
   Locale locale = name->language == "fr" ? Comma() : Point();
-  locale.decimal_separator = separator;
+  locale.decimal_separator.assign(1, separator);
   // The grouping separator must differ from the decimal one.
-  if (locale.decimal_separator == "," && locale.grouping_separator == ",") locale.grouping_separator = "\xC2\xA0";
+  if (separator == ',' && locale.grouping_separator == ",") locale.grouping_separator = Comma().grouping_separator;
   return locale;
 }
 
