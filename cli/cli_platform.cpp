@@ -1,5 +1,12 @@
 #include "cli/cli_platform.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "mandor/util/error.h"
+
 namespace mandor_cli {
 
 namespace {
@@ -60,5 +67,93 @@ bool CliPlatform::AskYesNo(const std::string& text, const std::string& title) {
   Record(text, title, mandor::MessageStyle::kQuestion);
   return answer_yes_;
 }
+
+}  // namespace mandor_cli
+
+namespace mandor_cli {
+
+namespace {
+
+// Runs a file operation of SystemPlatform; an Error it throws comes back
+// with the same number and "PATH: REASON" added to its description.
+template <class Operation>
+auto Guarded(CliPlatform& platform, const std::string& path, Operation operation) -> decltype(operation()) {
+  errno = 0;
+  try {
+    return operation();
+  } catch (const mandor::Error& e) {
+    const int saved = errno;
+    const std::string& where =
+        platform.RecordFileError(path, saved != 0 ? saved : e.number() == mandor::kFileNotFound ? ENOENT : 0,
+                                 e.what());
+    throw mandor::Error(e.number(), std::string(e.what()) + " (" + where + ")");
+  }
+}
+
+// An output file whose write and close failures name the file and the reason.
+class GuardedTextFile : public mandor::TextFile {
+ public:
+  GuardedTextFile(CliPlatform& platform, std::string path, std::unique_ptr<mandor::TextFile> file)
+      : platform_(platform), path_(std::move(path)), file_(std::move(file)) {}
+  std::string ReadLine() override { return file_->ReadLine(); }
+  bool AtEnd() const override { return file_->AtEnd(); }
+  void WriteLine(std::string_view text) override {
+    Guarded(platform_, path_, [&] { file_->WriteLine(text); });
+  }
+  void Rewind() override { file_->Rewind(); }
+  std::vector<std::string> ReadRemainingLines() override { return file_->ReadRemainingLines(); }
+  void Close() override {
+    Guarded(platform_, path_, [&] { file_->Close(); });
+  }
+
+ private:
+  CliPlatform& platform_;
+  std::string path_;
+  std::unique_ptr<mandor::TextFile> file_;
+};
+
+bool IsFolder(const std::string& path) {
+  struct stat status {};
+  return !path.empty() && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+}  // namespace
+
+const std::string& CliPlatform::RecordFileError(const std::string& path, int error_number, const char* fallback) {
+  if (error_number == 0 && IsFolder(path)) error_number = EISDIR;
+  last_file_error_ = path + ": " + (error_number != 0 ? std::strerror(error_number) : fallback);
+  return last_file_error_;
+}
+
+void CliPlatform::CopyFile(const std::string& from, const std::string& to) {
+  // The source is named when it is missing, the target otherwise.
+  const std::string& named = SystemPlatform::FileExists(from) ? to : from;
+  Guarded(*this, named, [&] { SystemPlatform::CopyFile(from, to); });
+}
+
+void CliPlatform::DeleteFile(const std::string& path) {
+  Guarded(*this, path, [&] { SystemPlatform::DeleteFile(path); });
+}
+
+void CliPlatform::RenameFile(const std::string& from, const std::string& to) {
+  const std::string& named = SystemPlatform::FileExists(from) ? to : from;
+  Guarded(*this, named, [&] { SystemPlatform::RenameFile(from, to); });
+}
+
+std::unique_ptr<mandor::TextFile> CliPlatform::OpenTextFile(const std::string& path, mandor::OpenMode mode) {
+  std::unique_ptr<mandor::TextFile> file = Guarded(*this, path, [&] { return SystemPlatform::OpenTextFile(path, mode); });
+  if (mode == mandor::OpenMode::kInput) return file;
+  return std::make_unique<GuardedTextFile>(*this, path, std::move(file));
+}
+
+std::string CliPlatform::ReadFileBytes(const std::string& path) {
+  return Guarded(*this, path, [&] { return SystemPlatform::ReadFileBytes(path); });
+}
+
+void CliPlatform::WriteFileBytes(const std::string& path, std::string_view bytes) {
+  Guarded(*this, path, [&] { SystemPlatform::WriteFileBytes(path, bytes); });
+}
+
+CliPlatform* CurrentCliPlatform() { return dynamic_cast<CliPlatform*>(&mandor::CurrentPlatform()); }
 
 }  // namespace mandor_cli

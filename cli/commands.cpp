@@ -1,12 +1,18 @@
 #include "cli/commands.h"
 
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <exception>
+#include <filesystem>
+#include <sstream>
 #include <map>
 #include <memory>
 #include <set>
 #include <vector>
 
 #include "cli/json_dump.h"
+#include "cli/output.h"
 #include "cli/marking.h"
 #include "cli/render.h"
 #include "cli/values_cmd.h"
@@ -22,29 +28,6 @@ using mandor::Mandor;
 
 namespace {
 
-const mandor::Locale& CurrentLocale() { return mandor::CurrentPlatform().locale(); }
-
-std::string Num(float value) { return mandor::SingleToText(value, CurrentLocale()); }
-
-std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
-
-// "1 field", "3 fields".
-std::string Count(long count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-const char* KindName(MarkingKind kind) {
-  switch (kind) {
-    case MarkingKind::kExtended:
-      return "extended text marking (.xnf)";
-    case MarkingKind::kStandard:
-      return "standard text marking (.cnf)";
-    case MarkingKind::kCatalogue:
-      break;
-  }
-  return "catalogue";
-}
-
 // "Arial 10 bold italic".
 std::string FontText(const std::shared_ptr<mandor::CFont>& font) {
   if (!font) return "none";
@@ -56,20 +39,6 @@ std::string FontText(const std::shared_ptr<mandor::CFont>& font) {
   return text;
 }
 
-// The same text for a field, through its own font properties.
-std::string FieldFontText(const CChamp& field) {
-  try {
-    std::string text = field.FontName() + " " + std::to_string(field.FontSize());
-    if (field.Bold()) text += " bold";
-    if (field.Italic()) text += " italic";
-    if (field.Underligne()) text += " underlined";
-    if (field.StrikeThrough()) text += " struck";
-    return text;
-  } catch (const std::exception&) {
-    return "no font";
-  }
-}
-
 // Up to `limit` names, then how many more.
 std::string NameList(const std::vector<std::string>& names, size_t limit = 8) {
   std::string text;
@@ -77,10 +46,6 @@ std::string NameList(const std::vector<std::string>& names, size_t limit = 8) {
   if (names.size() > limit) text += ", ... (" + std::to_string(names.size() - limit) + " more)";
   return text;
 }
-
-// Every distinct field of the document: its Champs, the fields of its pages
-// and its recurrent fields (a field is counted once wherever it is listed).
-std::vector<std::shared_ptr<CChamp>> AllFields(const Mandor& doc) { return mandor::values::AllFields(doc); }
 
 long HorizontalRulerCount(const Mandor& doc) {
   if (doc.Regles_H.Count() > 0) return doc.Regles_H.Count();
@@ -107,6 +72,88 @@ std::string CalibrationText(const Mandor& doc) {
   text += "; field width " + Num(doc.champ_largeur_cm) + " cm";
   if (doc.bFondGrise) text += "; grey background";
   return text;
+}
+
+// What `info` counts among a document's fields.
+struct FieldCounts {
+  long fields = 0, masters = 0, copies = 0, formulas = 0, contract = 0;
+  std::map<std::string, long> fonts;  // font text -> fields
+};
+
+FieldCounts CountFields(const Mandor& doc) {
+  FieldCounts counts;
+  for (const std::shared_ptr<CChamp>& field : AllFields(doc)) {
+    ++counts.fields;
+    if (!field->ChampRecurrentDeRef().empty()) {
+      ++counts.copies;
+    } else if (field->Recurrent() || doc.ChampsRecurrents.Contains(field->Nom())) {
+      ++counts.masters;
+    }
+    if (!field->Formule().empty()) ++counts.formulas;
+    if (field->IsDataContrat()) ++counts.contract;
+    ++counts.fonts[FieldFontText(*field)];
+  }
+  return counts;
+}
+
+// The summary of `info` as JSON: the same facts, with numbers as numbers.
+Json DocumentInfoJson(const Mandor& doc) {
+  Json json = Json::object();
+  json["Id"] = doc.Id;
+  json["Nom_Document"] = doc.Nom_Document();
+  json["Type_Document"] = doc.Type_Document;
+  json["folder"] = doc.Répertoire_Document;
+  Json pages = Json::array();
+  for (const std::shared_ptr<CPage>& page : doc.Pages) {
+    if (!page) continue;
+    pages.push_back({{"Id", page->Id}, {"width", FloatJson(page->Width)}, {"height", FloatJson(page->Height)},
+                     {"hResolution", page->hResolution()}, {"vResolution", page->vResolution()},
+                     {"rows", page->Regles_H.Count()}, {"fields", page->Champs.Count()},
+                     {"NoImage", page->NoImage}});
+  }
+  json["pages"] = std::move(pages);
+  Json columns = Json::array();
+  for (const std::shared_ptr<CRegle>& ruler : doc.Regles_V) {
+    if (ruler) columns.push_back(ruler->Nom);
+  }
+  json["rulers"] = {{"vertical", std::move(columns)}, {"horizontal", HorizontalRulerCount(doc)}};
+  const FieldCounts counts = CountFields(doc);
+  Json fonts = Json::object();
+  for (const auto& [font, count] : counts.fonts) fonts[font] = count;
+  json["fields"] = {{"count", counts.fields},       {"recurrent", counts.masters},
+                    {"recurrent_copies", counts.copies}, {"with_formula", counts.formulas},
+                    {"data_contract", counts.contract},  {"hidden", doc.ChampsCachés.Count()},
+                    {"fonts", std::move(fonts)}};
+  json["calibration"] = {{"Type_calage", doc.Type_calage}, {"Orientation", doc.Orientation},
+                         {"champ_largeur_cm", FloatJson(doc.champ_largeur_cm)}, {"bFondGrise", doc.bFondGrise}};
+  json["currency"] = {{"Devise", doc.Devise()}, {"iDevise", doc.iDevise()}, {"Decimales", doc.Decimales},
+                      {"TVA", FloatJson(doc.TVA)}};
+  json["font"] = FontText(doc.Font());
+  Json sources = Json::array();
+  for (const std::shared_ptr<mandor::Doc>& source : doc.Docs) {
+    if (source) sources.push_back({{"Fichier", source->Fichier}, {"Séparateur", source->Séparateur}});
+  }
+  json["sources"] = std::move(sources);
+  return json;
+}
+
+Json InfoJson(const Marking& marking, const std::vector<std::shared_ptr<Mandor>>& documents) {
+  Json json = Json::object();
+  json["path"] = marking.path;
+  json["kind"] = KindName(marking.kind);
+  if (marking.catalogue) {
+    const mandor::cMarquage& catalogue = *marking.catalogue;
+    json["catalogue"] = {{"Name", catalogue.Name()},
+                         {"documents", catalogue.Count()},
+                         {"font", FontText(catalogue.Font)},
+                         {"default_currency", catalogue.oDevises ? Json(catalogue.oDevises->Defaut()) : Json()}};
+  } else {
+    json["catalogue"] = nullptr;
+  }
+  Json docs = Json::array();
+  for (const std::shared_ptr<Mandor>& document : documents) docs.push_back(DocumentInfoJson(*document));
+  json["documents"] = std::move(docs);
+  return json;
 }
 
 void WriteDocumentInfo(const Mandor& doc, std::ostream& out) {
@@ -136,22 +183,10 @@ void WriteDocumentInfo(const Mandor& doc, std::ostream& out) {
   if (!columns.empty()) out << " (" << NameList(columns) << ")";
   out << ", " << HorizontalRulerCount(doc) << " horizontal\n";
 
-  const std::vector<std::shared_ptr<CChamp>> fields = AllFields(doc);
-  long masters = 0, copies = 0, formulas = 0, contract = 0;
-  std::map<std::string, long> fonts;
-  for (const std::shared_ptr<CChamp>& field : fields) {
-    if (!field->ChampRecurrentDeRef().empty()) {
-      ++copies;
-    } else if (field->Recurrent() || doc.ChampsRecurrents.Contains(field->Nom())) {
-      ++masters;
-    }
-    if (!field->Formule().empty()) ++formulas;
-    if (field->IsDataContrat()) ++contract;
-    ++fonts[FieldFontText(*field)];
-  }
-  out << "  fields:      " << fields.size() << " (" << masters << " recurrent, " << copies << " recurrent copies, "
-      << formulas << " with a formula, " << contract << " data contract, " << doc.ChampsCachés.Count()
-      << " hidden)\n";
+  const FieldCounts counts = CountFields(doc);
+  out << "  fields:      " << counts.fields << " (" << counts.masters << " recurrent, " << counts.copies
+      << " recurrent copies, " << counts.formulas << " with a formula, " << counts.contract << " data contract, "
+      << doc.ChampsCachés.Count() << " hidden)\n";
 
   out << "  calibration: " << CalibrationText(doc) << "\n";
 
@@ -159,7 +194,7 @@ void WriteDocumentInfo(const Mandor& doc, std::ostream& out) {
       << doc.iDevise() << "), " << doc.Decimales << " decimals, VAT " << Num(doc.TVA) << " %\n";
 
   std::vector<std::string> font_counts;
-  for (const auto& [font, count] : fonts) font_counts.push_back(font + " (" + std::to_string(count) + ")");
+  for (const auto& [font, count] : counts.fonts) font_counts.push_back(font + " (" + std::to_string(count) + ")");
   out << "  fonts:       document " << FontText(doc.Font());
   if (!font_counts.empty()) out << "; fields " << NameList(font_counts, 6);
   out << "\n";
@@ -173,49 +208,15 @@ void WriteDocumentInfo(const Mandor& doc, std::ostream& out) {
   if (!sources.empty()) out << "  sources:     " << NameList(sources) << "\n";
 }
 
-// Problems worth telling about in a marking that loaded.
-std::vector<std::string> Warnings(const Mandor& doc) {
-  std::vector<std::string> warnings;
-  const std::string where = doc.Id.empty() ? Quoted(doc.Nom_Document()) : doc.Id;
-  for (const std::shared_ptr<CPage>& page : doc.Pages) {
-    if (!page) continue;
-    if (page->hResolution() <= 0 || page->vResolution() <= 0) {
-      warnings.push_back(where + ": page " + page->Id + " has a resolution of 0 dpi");
-    }
-    for (const std::shared_ptr<CChamp>& field : page->Champs) {
-      if (!field) continue;
-      const std::string name = where + ": page " + page->Id + ": field " + Quoted(field->Nom());
-      if (!field->Accrochage_V().empty() && !field->oRegleV()) {
-        warnings.push_back(name + " hangs on the vertical ruler " + Quoted(field->Accrochage_V()) +
-                           ", which does not exist");
-      }
-      if (!field->Accrochage_H().empty() && !field->oRegleH()) {
-        warnings.push_back(name + " hangs on the horizontal ruler " + Quoted(field->Accrochage_H()) +
-                           ", which does not exist");
-      }
-      if (field->Position_pixel_Right < field->Position_pixel_Left ||
-          field->Position_pixel_Bottom < field->Position_pixel_Top) {
-        warnings.push_back(name + " has its right or bottom edge before its left or top edge");
-      } else if (page->Width > 0 && page->Height > 0 &&
-                 (field->Position_pixel_Left < 0 || field->Position_pixel_Top < 0 ||
-                  field->Position_pixel_Right > page->Width || field->Position_pixel_Bottom > page->Height)) {
-        warnings.push_back(name + " lies partly outside the page (" + Num(page->Width) + " x " + Num(page->Height) +
-                           " px)");
-      }
-      const std::string master = field->ChampRecurrentDeRef();
-      if (!master.empty() && !doc.ChampsRecurrents.Contains(master) && !doc.Champs.Contains(master)) {
-        warnings.push_back(name + " repeats the recurrent field " + Quoted(master) + ", which does not exist");
-      }
-    }
-  }
-  return warnings;
-}
-
 }  // namespace
 
 int RunInfo(const Options& options, std::ostream& out) {
   const Marking marking = OpenLoadedMarking(options.path);
   const auto documents = SelectDocuments(marking, options.doc_id, false);
+  if (options.json) {
+    WriteJsonLine(out, InfoJson(marking, documents));
+    return 0;
+  }
   out << options.path << ": " << KindName(marking.kind) << "\n";
   if (marking.catalogue) {
     const mandor::cMarquage& catalogue = *marking.catalogue;
@@ -228,38 +229,15 @@ int RunInfo(const Options& options, std::ostream& out) {
   return 0;
 }
 
-int RunDump(const Options& options, const CliPlatform& platform, std::ostream& out) {
+int RunDump(const Options& options, std::ostream& out) {
   const Marking marking = OpenLoadedMarking(options.path);
   const auto documents = SelectDocuments(marking, options.doc_id, false);
   if (options.calage) {
     for (const std::shared_ptr<Mandor>& document : documents) document->CalculerParamètresCalage();
   }
-  out << DumpText(DumpJson(marking.catalogue, documents, platform.messages())) << "\n";
-  return 0;
-}
-
-int RunCheck(const Options& options, const CliPlatform& platform, std::ostream& out) {
-  const Marking marking = OpenMarking(options.path);
-  if (!marking.loaded) {
-    out << options.path << ": NOT LOADED (" << KindName(marking.kind) << ")";
-    if (!marking.failure.empty()) out << ": " << marking.failure;
-    out << "\n";
-    if (!platform.messages().empty()) out << platform.messages().size() << " message(s) on standard error\n";
-    return 1;
-  }
-  long pages = 0;
-  size_t fields = 0;
-  std::vector<std::string> warnings;
-  for (const std::shared_ptr<Mandor>& document : marking.documents) {
-    pages += document->Pages.Count();
-    fields += AllFields(*document).size();
-    for (std::string& warning : Warnings(*document)) warnings.push_back(std::move(warning));
-  }
-  out << options.path << ": loaded (" << KindName(marking.kind) << "): "
-      << Count(static_cast<long>(marking.documents.size()), "document") << ", " << Count(pages, "page") << ", "
-      << Count(static_cast<long>(fields), "field") << "\n";
-  for (const std::string& warning : warnings) out << "warning: " << warning << "\n";
-  if (!platform.messages().empty()) out << platform.messages().size() << " message(s) on standard error\n";
+  const CliPlatform* platform = CurrentCliPlatform();
+  static const std::vector<RecordedMessage> kNone;
+  WriteDump(out, marking.catalogue, documents, platform ? platform->messages() : kNone);
   return 0;
 }
 
@@ -276,6 +254,13 @@ int RunConvert(const Options& options, std::ostream& out, std::ostream& err) {
   const Marking marking = OpenLoadedMarking(options.path);
   std::shared_ptr<Mandor> document = SelectDocuments(marking, options.doc_id, true).front();
 
+  // The file the writer will create, spelt as it spells it.
+  const std::string written = target.folder + name + (target_kind == MarkingKind::kExtended ? ".xnf" : ".cnf");
+  if (std::filesystem::exists(written) &&
+      !mandor::CurrentPlatform().AskYesNo("Replace the existing file " + written + "?", "mandor")) {
+    throw CommandFailure(written + " exists: not replaced (--yes replaces it)");
+  }
+
   // The new name must not change what kind of document this is (the name
   // setter guesses the kind from a ".det" or ".bpx" ending).
   const std::string type = document->Type_Document;
@@ -283,10 +268,16 @@ int RunConvert(const Options& options, std::ostream& out, std::ostream& err) {
   document->Nom_Document(name);
   document->Type_Document = type;
 
+  CliPlatform* platform = CurrentCliPlatform();
+  if (platform) platform->ClearFileError();
+  auto reason = [&] {
+    return platform && !platform->last_file_error().empty() ? " (" + platform->last_file_error() + ")"
+                                                            : std::string();
+  };
   if (target_kind == MarkingKind::kExtended) {
     document->SauvegarderMarquageEx(false);
     // A failed save has told the user and cleared the document name.
-    if (document->Nom_Document().empty()) throw CommandFailure("could not write " + options.out);
+    if (document->Nom_Document().empty()) throw CommandFailure("could not write " + written + reason());
   } else {
     if (type != document->DOCUMENT_DETAIL() && type != document->DOCUMENT_PRIX() && type != document->DOCUMENT_AE()) {
       err << "mandor: warning: the standard layout knows the document types " << document->DOCUMENT_DETAIL() << ", "
@@ -296,37 +287,104 @@ int RunConvert(const Options& options, std::ostream& out, std::ostream& err) {
     try {
       document->SauvegarderMarquageStd();
     } catch (const mandor::Error& e) {
-      throw CommandFailure("could not write " + options.out + ": " + e.what());
+      throw CommandFailure("could not write " + written + ": " + e.what());
     }
   }
-  out << "wrote " << options.out << " (" << KindName(target_kind) << ", " << Count(document->Pages.Count(), "page")
+  out << "wrote " << written << " (" << KindName(target_kind) << ", " << Count(document->Pages.Count(), "page")
       << ", " << Count(static_cast<long>(AllFields(*document).size()), "field") << ")\n";
   return 0;
 }
 
-int RunSave(const Options& options, std::ostream& out) {
-  if (KindOfPath(options.path) != MarkingKind::kCatalogue) {
-    throw UsageError("save writes a catalogue back; " + options.path + " is a text marking (use convert)");
+namespace {
+
+// A folder of its own under the system's temporary folder, removed with its
+// content when the object goes.
+class ScratchFolder {
+ public:
+  ScratchFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "mandor-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+      throw CommandFailure(std::string("cannot create a temporary folder: ") + std::strerror(errno));
+    }
+    path_ = pattern;
   }
-  const Marking marking = OpenLoadedMarking(options.path);
+  ~ScratchFolder() {
+    std::error_code ec;
+    std::filesystem::remove_all(path_, ec);
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+// Saves the chosen documents of a loaded catalogue into its own file, one line per document on `out`; the number that failed.
+int SaveDocuments(const Marking& marking, const std::string& doc_id, const std::string& verb, std::ostream& out) {
+  CliPlatform* platform = CurrentCliPlatform();
   int failures = 0;
-  for (std::shared_ptr<Mandor> document : SelectDocuments(marking, options.doc_id, false)) {
+  for (std::shared_ptr<Mandor> document : SelectDocuments(marking, doc_id, false)) {
     bool saved = false;
     std::string reason;
+    if (platform) platform->ClearFileError();
     try {
       saved = document->SauvegarderMarquageXml(document);
     } catch (const mandor::Error& e) {
       reason = std::string(": ") + e.what();
     }
+    if (!saved && reason.empty() && platform && !platform->last_file_error().empty()) {
+      reason = ": " + platform->last_file_error();
+    }
     const std::string label = document->Id + " " + Quoted(document->Nom_Document());
     if (saved) {
-      out << "saved " << label << " into " << marking.catalogue->FullPath() << "\n";
+      out << verb << " " << label << "\n";
     } else {
       out << "could not save " << label << reason << "\n";
       ++failures;
     }
   }
+  return failures;
+}
+
+}  // namespace
+
+int RunSave(const Options& options, std::ostream& out) {
+  if (KindOfPath(options.path) != MarkingKind::kCatalogue) {
+    throw UsageError("save writes a catalogue back; " + options.path + " is a text marking (use convert)");
+  }
+  mandor::Platform& platform = mandor::CurrentPlatform();
+  if (options.dry_run) {
+    // The save runs on a copy; what differs between the copy and the file
+    // is what a save would change.
+    const Marking marking = OpenLoadedMarking(options.path);
+    SelectDocuments(marking, options.doc_id, false);  // a wrong --doc is a usage error here too
+    ScratchFolder scratch;
+    const std::string copy = scratch.path() + "/" + SplitPath(options.path).file;
+    platform.CopyFile(options.path, copy);
+    std::ostringstream lines;
+    const int failures = SaveDocuments(OpenLoadedMarking(copy), options.doc_id, "would save", lines);
+    std::string report = lines.str();
+    for (size_t at = report.find(copy); at != std::string::npos; at = report.find(copy, at + options.path.size())) {
+      report.replace(at, copy.size(), options.path);
+    }
+    out << report;
+    const bool same = platform.ReadFileBytes(copy) == platform.ReadFileBytes(options.path);
+    out << options.path << (same ? " would not change" : " would change") << "; nothing written (dry run)\n";
+    if (failures > 0) throw CommandFailure(std::to_string(failures) + " document(s) could not be saved");
+    return 0;
+  }
+  const Marking marking = OpenLoadedMarking(options.path);
+  SelectDocuments(marking, options.doc_id, false);  // a wrong --doc before any backup
+  if (!options.no_backup) {
+    // One generation: the catalogue as it was before this save.
+    const std::string backup = options.path + ".bak";
+    platform.CopyFile(options.path, backup);
+    out << "kept the previous catalogue as " << backup << "\n";
+  }
+  const int failures = SaveDocuments(marking, options.doc_id, "saved", out);
   if (failures > 0) throw CommandFailure(std::to_string(failures) + " document(s) not saved");
+  out << "saved into " << options.path << "\n";
   return 0;
 }
 

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <exception>
 #include <system_error>
+#include <type_traits>
+
+#include "cli/output.h"
 
 namespace mandor_cli {
 
@@ -29,19 +32,29 @@ Json Safe(Getter getter) {
   }
 }
 
-// Every item of a keyed collection, in order: an object with its "key"
-// (null when it has none) first, then what fill(json, item) puts in it.
+// The key of item i of a keyed collection, null when it has none.
+template <class T>
+Json KeyJson(const Collection<T>& collection, long i) {
+  const std::string& key = collection.Key(i);
+  return key.empty() ? Json(nullptr) : Json(key);
+}
+
+// Item i of a keyed collection: an object with its "key" first, then what
+// fill(json, item) puts in it.
+template <class T, class Fill>
+Json ItemJson(const Collection<T>& collection, long i, Fill fill) {
+  Json item = Json::object();
+  item["key"] = KeyJson(collection, i);
+  const std::shared_ptr<T>& member = collection.Item(i);
+  if (member) fill(item, *member);
+  return item;
+}
+
+// Every item of a keyed collection, in order.
 template <class T, class Fill>
 Json CollectionJson(const Collection<T>& collection, Fill fill) {
   Json items = Json::array();
-  for (long i = 1; i <= collection.Count(); ++i) {
-    Json item = Json::object();
-    const std::string& key = collection.Key(i);
-    item["key"] = key.empty() ? Json(nullptr) : Json(key);
-    const std::shared_ptr<T>& member = collection.Item(i);
-    if (member) fill(item, *member);
-    items.push_back(std::move(item));
-  }
+  for (long i = 1; i <= collection.Count(); ++i) items.push_back(ItemJson(collection, i, fill));
   return items;
 }
 
@@ -191,13 +204,18 @@ void FillField(Json& json, const CChamp& c) {
   json["oRegleV"] = NameOf(c.oRegleV());
 }
 
-void FillPage(Json& json, const CPage& p) {
+// A page's own members; its collections Regles_H and Champs follow them.
+void FillPageHeader(Json& json, const CPage& p) {
   json["Id"] = p.Id;
   json["Width"] = FloatJson(p.Width);
   json["Height"] = FloatJson(p.Height);
   json["NoImage"] = p.NoImage;
   json["hResolution"] = p.hResolution();
   json["vResolution"] = p.vResolution();
+}
+
+void FillPage(Json& json, const CPage& p) {
+  FillPageHeader(json, p);
   json["Regles_H"] = CollectionJson(p.Regles_H, FillRuler);
   json["Champs"] = CollectionJson(p.Champs, FillField);
 }
@@ -222,8 +240,26 @@ Json PageJson(const CPage& p) {
   return json;
 }
 
-Json DocumentJson(const Mandor& d) {
-  Json json = Json::object();
+namespace {
+
+// Calls visit(name, collection, fill) for each collection of a document, in
+// the order the JSON lists them.
+template <class Visit>
+void VisitCollections(const Mandor& d, Visit visit) {
+  visit("Docs", d.Docs, FillDoc);
+  visit("Pages", d.Pages, FillPage);
+  visit("Regles_V", d.Regles_V, FillRuler);
+  visit("Regles_H", d.Regles_H, FillRuler);
+  visit("Champs", d.Champs, FillField);
+  visit("ChampsCachés", d.ChampsCachés, FillField);
+  visit("ChampsFormules", d.ChampsFormules, FillField);
+  visit("ChampsRecurrents", d.ChampsRecurrents, FillField);
+  visit("champsContenantReference", d.champsContenantReference, FillField);
+  visit("champsDataContrat", d.champsDataContrat, FillField);
+}
+
+// A document's public data and properties; its collections follow them.
+void FillDocumentHeader(Json& json, const Mandor& d) {
   // Public data, in interface order (the collections come last, below).
   json["Id"] = d.Id;
   json["Orientation"] = d.Orientation;
@@ -269,17 +305,17 @@ Json DocumentJson(const Mandor& d) {
   json["FonteName"] = Safe([&] { return d.FonteName(); });
   json["FonteSize"] = Safe([&] { return d.FonteSize(); });
   json["Font"] = FontJson(d.Font());
+}
+
+}  // namespace
+
+Json DocumentJson(const Mandor& d) {
+  Json json = Json::object();
+  FillDocumentHeader(json, d);
   // Collections.
-  json["Docs"] = CollectionJson(d.Docs, FillDoc);
-  json["Pages"] = CollectionJson(d.Pages, FillPage);
-  json["Regles_V"] = CollectionJson(d.Regles_V, FillRuler);
-  json["Regles_H"] = CollectionJson(d.Regles_H, FillRuler);
-  json["Champs"] = CollectionJson(d.Champs, FillField);
-  json["ChampsCachés"] = CollectionJson(d.ChampsCachés, FillField);
-  json["ChampsFormules"] = CollectionJson(d.ChampsFormules, FillField);
-  json["ChampsRecurrents"] = CollectionJson(d.ChampsRecurrents, FillField);
-  json["champsContenantReference"] = CollectionJson(d.champsContenantReference, FillField);
-  json["champsDataContrat"] = CollectionJson(d.champsDataContrat, FillField);
+  VisitCollections(d, [&](const char* name, const auto& collection, auto fill) {
+    json[name] = CollectionJson(collection, fill);
+  });
   return json;
 }
 
@@ -326,25 +362,154 @@ Json MessageJson(const RecordedMessage& message) {
   return json;
 }
 
-Json DumpJson(const std::shared_ptr<mandor::cMarquage>& catalogue,
-              const std::vector<std::shared_ptr<Mandor>>& documents,
-              const std::vector<RecordedMessage>& messages) {
-  Json json = Json::object();
-  json["catalogue"] = catalogue ? CatalogueJson(*catalogue) : Json(nullptr);
-  Json docs = Json::array();
-  for (const std::shared_ptr<Mandor>& document : documents) {
-    docs.push_back(DocumentJson(*document));
-    docs.back()["Valeurs"] = DocumentValuesJson(catalogue, document);
-  }
-  json["documents"] = std::move(docs);
-  Json msgs = Json::array();
-  for (const RecordedMessage& message : messages) msgs.push_back(MessageJson(message));
-  json["messages"] = std::move(msgs);
-  return json;
+void WriteJsonLine(std::ostream& out, const Json& json) {
+  out << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
-std::string DumpText(const Json& json) {
-  return json.dump(2, ' ', false, Json::error_handler_t::replace);
+JsonStreamWriter::JsonStreamWriter(std::ostream& out) : out_(out) {}
+
+void JsonStreamWriter::Indent(size_t depth) {
+  out_ << '\n';
+  for (size_t i = 0; i < depth; ++i) out_ << "  ";
+}
+
+// Before a member or element: the comma after the previous one, the line
+// break and indent of this one.
+void JsonStreamWriter::Next() {
+  if (open_.empty()) return;
+  Level& level = open_.back();
+  if (level.count++ > 0) out_ << ',';
+  Indent(open_.size());
+}
+
+void JsonStreamWriter::Begin(char bracket) {
+  if (!after_key_) Next();
+  after_key_ = false;
+  out_ << bracket;
+  open_.push_back(Level{});
+}
+
+void JsonStreamWriter::End(char bracket) {
+  const bool empty = open_.back().count == 0;
+  open_.pop_back();
+  if (!empty) Indent(open_.size());
+  out_ << bracket;
+  if (open_.empty()) out_ << '\n';
+}
+
+void JsonStreamWriter::Key(std::string_view name) {
+  Next();
+  out_ << Json(std::string(name)).dump(-1, ' ', false, Json::error_handler_t::replace) << ": ";
+  after_key_ = true;
+}
+
+void JsonStreamWriter::Value(const Json& value) {
+  if (!after_key_) Next();
+  after_key_ = false;
+  // The value as the whole document would print it at this depth: nested
+  // lines indented by the depth (a line break in JSON text is never inside
+  // a string, where it is escaped).
+  const std::string text = value.dump(2, ' ', false, Json::error_handler_t::replace);
+  const std::string indent(2 * open_.size(), ' ');
+  size_t from = 0;
+  for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', from)) {
+    out_.write(text.data() + from, static_cast<std::streamsize>(at + 1 - from));
+    out_ << indent;
+    from = at + 1;
+  }
+  out_.write(text.data() + from, static_cast<std::streamsize>(text.size() - from));
+  if (open_.empty()) out_ << '\n';
+  CheckOutput(out_);
+}
+
+namespace {
+
+// Every item of a keyed collection as CollectionJson writes it, one at a time.
+template <class T, class Fill>
+void StreamCollection(JsonStreamWriter& writer, const Collection<T>& collection, Fill fill) {
+  writer.BeginArray();
+  for (long i = 1; i <= collection.Count(); ++i) writer.Value(ItemJson(collection, i, fill));
+  writer.EndArray();
+}
+
+// Writes each member of `json` as a member of the open object.
+void StreamMembers(JsonStreamWriter& writer, const Json& json) {
+  for (const auto& [name, value] : json.items()) {
+    writer.Key(name);
+    writer.Value(value);
+  }
+}
+
+void StreamPages(JsonStreamWriter& writer, const Collection<CPage>& pages) {
+  writer.BeginArray();
+  for (long i = 1; i <= pages.Count(); ++i) {
+    writer.BeginObject();
+    writer.Key("key");
+    writer.Value(KeyJson(pages, i));
+    if (const std::shared_ptr<CPage>& page = pages.Item(i)) {
+      Json header = Json::object();
+      FillPageHeader(header, *page);
+      StreamMembers(writer, header);
+      writer.Key("Regles_H");
+      StreamCollection(writer, page->Regles_H, FillRuler);
+      writer.Key("Champs");
+      StreamCollection(writer, page->Champs, FillField);
+    }
+    writer.EndObject();
+  }
+  writer.EndArray();
+}
+
+void StreamDocument(JsonStreamWriter& writer, const std::shared_ptr<Mandor>& document,
+                    const mandor::values::ValueBook* book) {
+  const Mandor& d = *document;
+  writer.BeginObject();
+  Json header = Json::object();
+  FillDocumentHeader(header, d);
+  StreamMembers(writer, header);
+  VisitCollections(d, [&](const char* name, const auto& collection, auto fill) {
+    writer.Key(name);
+    // A page holds collections of its own: streamed too, not built whole.
+    if constexpr (std::is_same_v<std::decay_t<decltype(collection)>, Collection<CPage>>) {
+      StreamPages(writer, collection);
+    } else {
+      StreamCollection(writer, collection, fill);
+    }
+  });
+  writer.Key("Valeurs");
+  writer.Value(DocumentValuesJson(book, document));
+  writer.EndObject();
+}
+
+}  // namespace
+
+void WriteDump(std::ostream& out, const std::shared_ptr<mandor::cMarquage>& catalogue,
+               const std::vector<std::shared_ptr<Mandor>>& documents, const std::vector<RecordedMessage>& messages) {
+  JsonStreamWriter writer(out);
+  writer.BeginObject();
+  writer.Key("catalogue");
+  writer.Value(catalogue ? CatalogueJson(*catalogue) : Json(nullptr));
+  writer.Key("documents");
+  writer.BeginArray();
+  // What the fields hold, read once for the whole dump (a catalogue's
+  // workbook is loaded again for its cells).
+  std::unique_ptr<mandor::values::ValueBook> catalogue_book;
+  if (catalogue) catalogue_book = DumpValueBook(catalogue, nullptr);
+  for (const std::shared_ptr<Mandor>& document : documents) {
+    if (!document) continue;
+    if (catalogue) {
+      StreamDocument(writer, document, catalogue_book.get());
+    } else {
+      StreamDocument(writer, document, DumpValueBook(nullptr, document).get());
+    }
+  }
+  writer.EndArray();
+  writer.Key("messages");
+  Json msgs = Json::array();
+  for (const RecordedMessage& message : messages) msgs.push_back(MessageJson(message));
+  writer.Value(msgs);
+  writer.EndObject();
+  CheckOutput(out);
 }
 
 }  // namespace mandor_cli

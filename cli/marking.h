@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "mandor/mandor.h"
+#include "mandor/values/values.h"
 
 namespace mandor_cli {
 
@@ -30,6 +31,7 @@ class CommandFailure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
 
 enum class MarkingKind { kExtended, kStandard, kCatalogue };
 
@@ -57,9 +59,11 @@ struct Marking {
   std::vector<std::shared_ptr<mandor::Mandor>> documents;
 };
 
-// Reads the marking at path. A missing file is a UsageError; a marking the
-// library cannot read comes back with loaded == false (its messages have
-// already gone through the platform).
+// Reads the marking at path. A marking that is missing, a folder, or that
+// the library cannot read comes back with loaded == false and the reason in
+// `failure` (empty when the library's messages said it). Once per run, a
+// warning on standard error when a loaded marking's outside decimal
+// separator (SepDecExt) is not the locale's.
 Marking OpenMarking(const std::string& path);
 
 // Like OpenMarking, but a marking that does not load is a CommandFailure.
@@ -71,6 +75,32 @@ Marking OpenLoadedMarking(const std::string& path);
 // there is no document at all.
 std::vector<std::shared_ptr<mandor::Mandor>> SelectDocuments(const Marking& marking, const std::string& doc_id,
                                                              bool only_one);
+
+// Every distinct field of the document (each once, wherever it is listed).
+using mandor::values::AllFields;
+
+// Problems worth telling about in a marking that loaded: fields on missing
+// rulers or recurrent fields, outside their page, upside down; pages of 0 dpi.
+std::vector<std::string> Warnings(const mandor::Mandor& doc);
+
+// "1 field", "3 fields".
+std::string Count(long count, const std::string& noun);
+
+// "extended text marking (.xnf)", "standard text marking (.cnf)", "catalogue".
+const char* KindName(MarkingKind kind);
+
+// "Arial 10 bold italic": a field's font through its own properties
+// ("no font" when it has none).
+std::string FieldFontText(const mandor::CChamp& field);
+
+// A float as the locale writes it: "2,5" or "2.5".
+std::string Num(float value);
+
+// "text" in double quotes.
+std::string Quoted(const std::string& text);
+
+// "what a user calls this document": its Id in a catalogue, else its quoted name.
+std::string DocumentLabel(const mandor::Mandor& doc);
 
 }  // namespace mandor_cli
 

@@ -62,7 +62,7 @@ std::map<std::string, std::string> ValuesForThisPrint(const std::string& path, c
   if (!csv.errors.empty()) {
     std::string text = path + ": malformed values:";
     for (const std::string& error : csv.errors) text += "\n  " + error;
-    throw UsageError(text);
+    throw CommandFailure(text);
   }
   std::map<std::string, std::string> values;
   for (const mandor::values::NameValue& pair : csv.pairs) values[pair.name] = pair.value;

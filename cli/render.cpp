@@ -328,9 +328,9 @@ std::string WriteSvg(const Scene& scene, const std::string& title) {
   svg += "<rect x=\"0\" y=\"0\" width=\"" + n(scene.width) + "\" height=\"" + n(scene.height) +
          "\" fill=\"#ffffff\"/>\n";
   if (!scene.image_png.empty()) {
-    const std::string data = "data:image/png;base64," + Base64(scene.image_png);
+    // The image once, under xlink:href, which SVG 1.1 viewers need and SVG 2 ones still read.
     svg += "<image x=\"0\" y=\"0\" width=\"" + n(scene.width) + "\" height=\"" + n(scene.height) +
-           "\" preserveAspectRatio=\"none\" href=\"" + data + "\" xlink:href=\"" + data + "\"/>\n";
+           "\" preserveAspectRatio=\"none\" xlink:href=\"data:image/png;base64," + Base64(scene.image_png) + "\"/>\n";
   }
   const std::string dash = " stroke-dasharray=\"" + n(6 * scene.unit) + " " + n(4 * scene.unit) + "\"";
   for (const Item& item : scene.items) {

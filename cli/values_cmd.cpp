@@ -56,6 +56,13 @@ size_t ReportFailures(const std::vector<mandor::values::ComputedField>& computed
 int RunSet(const ValuesOptions& options, const Marking& marking, std::vector<Assignment> assignments, std::ostream& out,
            std::ostream& err) {
   std::unique_ptr<ValueBook> book = BookOf(marking);
+  // The texts before, to tell what a dry run would change.
+  std::map<const mandor::CChamp*, std::string> before;
+  if (options.dry_run) {
+    for (const auto& document : book->Documents()) {
+      for (const auto& value : book->Values(document)) before.emplace(value.field.get(), value.text);
+    }
+  }
   std::vector<mandor::values::ComputedField> computed;
   try {
     computed = book->Set(assignments, options.doc_id);
@@ -71,6 +78,22 @@ int RunSet(const ValuesOptions& options, const Marking& marking, std::vector<Ass
   }
   if (!malformed.empty()) throw CommandFailure("formulas that cannot be computed (nothing written):" + malformed);
   const size_t failures = ReportFailures(computed, err);
+  if (options.dry_run) {
+    size_t changes = 0;
+    for (const auto& document : book->Documents()) {
+      for (const auto& value : book->Values(document)) {
+        const auto old = before.find(value.field.get());
+        const std::string was = old == before.end() ? std::string() : old->second;
+        if (was == value.text) continue;
+        ++changes;
+        out << "  " << (document->Id.empty() ? std::string() : document->Id + " ") << value.field->Nom() << ": \""
+            << was << "\" -> \"" << value.text << "\"\n";
+      }
+    }
+    out << "dry run: " << changes << " value" << (changes == 1 ? "" : "s") << " would change in " << options.path
+        << "; nothing written\n";
+    return 0;
+  }
   WriteBook(*book, options.path);
   out << "set " << assignments.size() << " value" << (assignments.size() == 1 ? "" : "s") << ", computed "
       << computed.size() - failures << " field" << (computed.size() - failures == 1 ? "" : "s");
@@ -120,7 +143,7 @@ int RunCompute(const ValuesOptions& options, std::ostream& out, std::ostream& er
   if (options.json) {
     Json json = Json::object();
     json["documents"] = std::move(json_documents);
-    out << DumpText(json) << "\n";
+    JsonStreamWriter(out).Value(json);
   }
   if (failures) err << "mandor: " << failures << " field" << (failures == 1 ? "" : "s") << " could not be computed\n";
   return failures ? 1 : 0;
@@ -179,6 +202,9 @@ std::vector<CLI::App*> AddValuesCommands(CLI::App& app, ValuesOptions& options) 
       kDocToSet);
   options.fill->add_option("--values", options.values_file, "The CSV file: UTF-8 or Windows-1252, header optional")
       ->required();
+  for (CLI::App* command : {options.set, options.fill}) {
+    command->add_flag("-n,--dry-run", options.dry_run, "Say what would change, write nothing");
+  }
 
   options.compute =
       add_command("compute", "Compute the formulas and print their results (nothing is written; see docs/formulas.md)",

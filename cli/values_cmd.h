@@ -23,6 +23,7 @@ struct ValuesOptions {
   std::vector<std::string> assignments;  // set: NAME=VALUE
   std::string values_file;               // fill --values
   bool json = false;                     // compute --json
+  bool dry_run = false;                  // set, fill -n: say what would change, write nothing
   CLI::App* set = nullptr;
   CLI::App* fill = nullptr;
   CLI::App* compute = nullptr;

@@ -2,30 +2,24 @@
 
 #include <exception>
 
-#include "mandor/values/values.h"
-
 namespace mandor_cli {
 
 using mandor::values::ValueBook;
 
-Json DocumentValuesJson(const std::shared_ptr<mandor::cMarquage>& catalogue,
-                        const std::shared_ptr<mandor::Mandor>& document) {
-  // One book per catalogue for the whole dump: the workbook is loaded once.
-  static std::shared_ptr<mandor::cMarquage> book_catalogue;
-  static std::unique_ptr<ValueBook> book;
-  Json json = Json::object();
-  if (!document) return json;
+std::unique_ptr<ValueBook> DumpValueBook(const std::shared_ptr<mandor::cMarquage>& catalogue,
+                                         const std::shared_ptr<mandor::Mandor>& document) {
   try {
-    if (!catalogue) {
-      book = ValueBook::ForTextMarking(document, true);
-      book_catalogue.reset();
-    } else if (!book || book_catalogue != catalogue) {
-      book = ValueBook::ForCatalogue(catalogue);
-      book_catalogue = catalogue;
-    }
+    if (catalogue) return ValueBook::ForCatalogue(catalogue);
+    if (document) return ValueBook::ForTextMarking(document, true);
   } catch (const std::exception&) {
-    return json;
+    // A dump without values still shows the whole model.
   }
+  return nullptr;
+}
+
+Json DocumentValuesJson(const ValueBook* book, const std::shared_ptr<mandor::Mandor>& document) {
+  Json json = Json::object();
+  if (!book || !document) return json;
   for (const mandor::values::FieldValue& value : book->Values(document)) {
     Json entry = Json::object();
     entry["texte"] = value.text;

@@ -1,5 +1,7 @@
 // The "Valeurs" member `mandor dump` adds to each document (docs/json.md):
 // what every field holds, as mandor/values reads it.
+//
+// Thread-safety: none; one thread at a time, like the model.
 #ifndef MANDOR_CLI_VALUES_JSON_H_
 #define MANDOR_CLI_VALUES_JSON_H_
 
@@ -7,16 +9,21 @@
 
 #include "cli/json_dump.h"
 #include "mandor/mandor.h"
+#include "mandor/values/values.h"
 
 namespace mandor_cli {
 
+// The book a dump reads values from: the catalogue's (its workbook loaded
+// once for all its documents) when catalogue is given, else the text
+// marking's document. Null when the values cannot be read; the dump then
+// shows none.
+std::unique_ptr<mandor::values::ValueBook> DumpValueBook(const std::shared_ptr<mandor::cMarquage>& catalogue,
+                                                         const std::shared_ptr<mandor::Mandor>& document);
+
 // {"<field name>": {"texte": ..., "nombre": ... or null}, ...} for every
 // field of the document (each name once, the first field of that name), in
-// the order of mandor::values::AllFields. The catalogue (null for a text
-// marking) is the one the document belongs to; its workbook is loaded once
-// for all its documents.
-Json DocumentValuesJson(const std::shared_ptr<mandor::cMarquage>& catalogue,
-                        const std::shared_ptr<mandor::Mandor>& document);
+// the order of mandor::values::AllFields; {} without a book.
+Json DocumentValuesJson(const mandor::values::ValueBook* book, const std::shared_ptr<mandor::Mandor>& document);
 
 }  // namespace mandor_cli
 

@@ -19,6 +19,7 @@
 #include "mandor/util/number.h"
 #include "mandor/util/platform.h"
 #include "mandor/util/text.h"
+#include "mandor/version.h"
 #include "mandor/xml/marquage.h"
 
 #endif  // MANDOR_MANDOR_H_

@@ -19,8 +19,10 @@ namespace mandor_cli_test {
 
 namespace fs = std::filesystem;
 
-CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
-                 const std::string& cwd) {
+namespace {
+
+CliResult Spawn(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
+                const std::string& cwd, int out_fd, int err_fd) {
   TempDir capture;
   const std::string out_path = capture.File("out"), err_path = capture.File("err");
 
@@ -50,8 +52,16 @@ CliResult RunCli(const std::vector<std::string>& args, const std::map<std::strin
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  if (out_fd >= 0) {
+    posix_spawn_file_actions_adddup2(&actions, out_fd, 1);
+  } else {
+    posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  }
+  if (err_fd >= 0) {
+    posix_spawn_file_actions_adddup2(&actions, err_fd, 2);
+  } else {
+    posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  }
   if (!cwd.empty()) posix_spawn_file_actions_addchdir_np(&actions, cwd.c_str());
   pid_t pid = 0;
   const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
@@ -65,9 +75,21 @@ CliResult RunCli(const std::vector<std::string>& args, const std::map<std::strin
   while (waitpid(pid, &status, 0) < 0) {
   }
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  result.out = ReadBytes(out_path);
-  result.err = ReadBytes(err_path);
+  if (out_fd < 0) result.out = ReadBytes(out_path);
+  if (err_fd < 0) result.err = ReadBytes(err_path);
   return result;
+}
+
+}  // namespace
+
+CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
+                 const std::string& cwd) {
+  return Spawn(args, env, cwd, -1, -1);
+}
+
+CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd,
+                   const std::map<std::string, std::string>& env) {
+  return Spawn(args, env, "", out_fd, err_fd);
 }
 
 TempDir::TempDir() {

@@ -28,6 +28,12 @@ struct CliResult {
 CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env = {},
                  const std::string& cwd = "");
 
+// Like RunCli, with standard output (and standard error, when err_fd is not
+// -1) on descriptors of the caller's: /dev/full, a pipe, a terminal. `out`
+// (and `err`) of the result are then empty.
+CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd = -1,
+                   const std::map<std::string, std::string>& env = {});
+
 // A fresh folder, removed with its content at the end of the test.
 class TempDir {
  public:

@@ -38,7 +38,7 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
   const std::vector<std::vector<std::string>> commands = {
       {"--help"}, {"render", "--help"}, {"dump", "--help"},
       {"frobnicate", xnf}, {}, {"info", "/no/such/marking.xnf"}, {"check", "/no/such/catalogue.xml"},
-      {"info", xnf, "--locale", "de"}, {"info", xnf, "--colour"}, {"render", xnf, "--page", "x", "-o", "p.svg"},
+      {"info", xnf, "--locale", "xx"}, {"info", xnf, "--locale", "fr_FR.UTF-8;"}, {"info", xnf, "--colour"}, {"render", xnf, "--page", "x", "-o", "p.svg"},
       {"render", xnf}, {"render", xnf, "-o", "page.gif"}, {"render", xnf, "--page", "3", "-o", "p.svg"},
       {"render", xnf, "--page", "0", "-o", "p.svg"}, {"render", xnf, "--scale", "0", "-o", "p.svg"},
       {"convert", xnf, "out.txt"}, {"convert", xnf}, {"info", catalogue, "--doc", "mn9"},

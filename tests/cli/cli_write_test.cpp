@@ -2,6 +2,7 @@
 // out of a catalogue), `save` of a catalogue, and `render` to SVG and PNG.
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -74,12 +75,17 @@ TEST(CliWrite, ConvertAndSave) {
   EXPECT_EQ(FieldLayout(bpu), FieldLayout(catalogue["documents"][1]));
   EXPECT_EQ(DumpOf(dir.File("premier.xnf"))["documents"][0]["Regles_V"].size(), 4u);
 
-  // Writing over an extended marking needs no confirmation and keeps a
-  // backup; a document kind the standard layout cannot hold is written, with
+  // Writing over an existing marking is refused unless --yes (asked, answered
+  // No, one line of reason, the file untouched); with --yes the extended
+  // writer keeps the previous file as a backup. A document kind the standard layout cannot hold is written, with
   // a warning, and does not read back; a folder that does not exist: the
   // library's message, then the failure. Saving a catalogue writes every
   // document (or the one asked for) back into it, and it stays a workbook.
-  transcript += Transcript({{"convert", xnf, dir.File("retour.det.xnf")},
+  const std::string before = ReadBytes(dir.File("retour.det.xnf"));
+  transcript += Transcript({{"convert", xnf, dir.File("retour.det.xnf")}}, dir);
+  EXPECT_EQ(ReadBytes(dir.File("retour.det.xnf")), before);
+  EXPECT_FALSE(std::filesystem::exists(dir.File("retour.det.xak")));
+  transcript += Transcript({{"convert", xnf, dir.File("retour.det.xnf"), "--yes"},
                             {"convert", Fixture("textfile/bordereau.bpx.xnf"), dir.File("bordereau.bpx.cnf")},
                             {"check", dir.File("bordereau.bpx.cnf")},
                             {"convert", xnf, dir.File("absent/copie.det.xnf")},
@@ -87,7 +93,7 @@ TEST(CliWrite, ConvertAndSave) {
                             {"save", dir.File("lot.xml"), "--doc", "mn3"}},
                            dir);
   ExpectOutputAs(transcript, "cli/write.txt");
-  EXPECT_FALSE(ReadBytes(dir.File("retour.det.xak")).empty());
+  EXPECT_EQ(ReadBytes(dir.File("retour.det.xak")), before);
   const Json after = DumpOf(dir.File("lot.xml"));
   ASSERT_EQ(after["documents"].size(), 3u);
   for (size_t i = 0; i < 3; ++i) {
@@ -122,7 +128,12 @@ TEST(CliRender, SvgAndPngOfAPage) {
     const CliResult r = RunCli(args);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out.find("over") != std::string::npos, c.over) << r.out;
-    ExpectOutputAs(ReadBytes(dir.File("page.svg")), c.svg);
+    const std::string svg = ReadBytes(dir.File("page.svg"));
+    ExpectOutputAs(svg, c.svg);
+    // The page image is embedded once, not once per attribute.
+    size_t images = 0;
+    for (size_t at = svg.find("base64,"); at != std::string::npos; at = svg.find("base64,", at + 1)) ++images;
+    EXPECT_EQ(images, c.over ? 1u : 0u);
   }
   EXPECT_NE(RunCli({"render", Sample("menuiseries.xml"), "--doc", "mn1", "-o", dir.File("p.svg")})
                 .out.find("2480 x 3508 px, over " + Sample("DQE Menuiseries-1.png")),

@@ -59,6 +59,26 @@ TEST(ValuesCliTest, FillThenComputePrintsTheFilledEstimate) {
   EXPECT_TRUE(values["Référence_Marché"]["nombre"].is_null());
 }
 
+// -n says which values would change, the set ones and those computed from
+// them, and leaves the file as it was.
+TEST(ValuesCliTest, DryRunSaysWhatWouldChangeAndWritesNothing) {
+  TempDir dir;
+  const std::string file = dir.File("menuiseries.xml");
+  CopyTo(Sample("menuiseries.xml"), file);
+  const std::string bytes = ReadBytes(file);
+  const CliResult set = RunCli({"set", file, "--doc", "mn1", "L1_PU=400", "-n"}, kFrench);
+  ASSERT_EQ(set.status, 0) << set.err;
+  EXPECT_NE(set.out.find("mn1 L1_PU: \"385\" -> \"400\"\n"), std::string::npos) << set.out;
+  EXPECT_NE(set.out.find("mn1 L1_PT: \"5390\" -> \"5600\"\n"), std::string::npos) << set.out;
+  EXPECT_NE(set.out.find("; nothing written\n"), std::string::npos) << set.out;
+  EXPECT_EQ(ReadBytes(file), bytes);
+
+  const CliResult fill = RunCli({"fill", file, "--values", Sample("prix-menuiseries.csv"), "--dry-run"}, kFrench);
+  ASSERT_EQ(fill.status, 0) << fill.err;
+  EXPECT_NE(fill.out.find("dry run: "), std::string::npos) << fill.out;
+  EXPECT_EQ(ReadBytes(file), bytes);
+}
+
 TEST(ValuesCliTest, SetTwiceIsByteIdenticalAndBadInputWritesNothing) {
   TempDir dir;
   const std::string file = dir.File("menuiseries.xml");

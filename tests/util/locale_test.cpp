@@ -1,0 +1,154 @@
+// Locale: locale names in any spelling, the French default of an
+// environment that names no locale, and the C library asked before the
+// built-in table.
+
+#include "mandor/util/locale.h"
+
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace mandor {
+namespace {
+
+std::string Separator(const char* name) {
+  const std::optional<Locale> locale = Locale::FromName(name);
+  return locale ? locale->decimal_separator : "none";
+}
+
+TEST(LocaleTest, NamesInAnySpellingGiveTheirSeparator) {
+  for (const char* name : {"fr", "FR", "fr_FR", "fr_fr", "fr_FR.UTF-8", "FR_fr.utf-8", "fr_FR@euro", "de_DE",
+                           "es_ES.UTF-8", "pt_BR"}) {
+    EXPECT_EQ(Separator(name), ",") << name;
+  }
+  // Switzerland and Spanish-speaking America write a point, whatever their
+  // language does elsewhere.
+  for (const char* name : {"en", "en_GB.UTF-8", "EN_us", "de_CH", "fr_CH.UTF-8", "it_CH", "es_MX", "ja_JP"}) {
+    EXPECT_EQ(Separator(name), ".") << name;
+  }
+  for (const char* name : {"", "x", "french", "fr-FR", "fr_FRA", "xx", "xx_YY.UTF-8", "fr_FR.UTF-8;rm", "C"}) {
+    EXPECT_FALSE(Locale::FromName(name).has_value()) << name;
+  }
+}
+
+TEST(LocaleTest, BooleanTextsFollowTheLanguageAndGroupingNeverClashes) {
+  const Locale french = *Locale::FromName("fr_CH");
+  EXPECT_EQ(french.true_text, "Vrai");
+  EXPECT_EQ(french.false_text, "Faux");
+  EXPECT_EQ(french.decimal_separator, ".");
+  const Locale german = *Locale::FromName("de_DE");
+  EXPECT_EQ(german.true_text, "True");
+  for (const char* name : {"fr", "fr_CH", "de", "de_CH", "en", "it"}) {
+    const Locale locale = *Locale::FromName(name);
+    EXPECT_NE(locale.grouping_separator, locale.decimal_separator) << name;
+  }
+}
+
+TEST(LocaleTest, NeutralNames) {
+  for (const char* name : {"", "C", "POSIX", "C.UTF-8", "C.utf8"}) EXPECT_TRUE(Locale::IsNeutralName(name)) << name;
+  for (const char* name : {"fr", "en_US.UTF-8", "Ca", "CH"}) EXPECT_FALSE(Locale::IsNeutralName(name)) << name;
+}
+
+// Sets the locale variables for a test and puts the old ones back.
+class EnvironmentTest : public ::testing::Test {
+ protected:
+  static constexpr const char* kNames[] = {"LC_ALL", "LC_NUMERIC", "LANG", "LOCPATH"};
+  EnvironmentTest() {
+    for (const char* name : kNames) {
+      if (const char* value = std::getenv(name)) saved_[name] = value;
+      unsetenv(name);
+    }
+  }
+  ~EnvironmentTest() override {
+    for (const char* name : kNames) unsetenv(name);
+    for (const auto& [name, value] : saved_) setenv(name.c_str(), value.c_str(), 1);
+  }
+  std::map<std::string, std::string> saved_;
+};
+
+TEST_F(EnvironmentTest, NoRealLocaleMeansFrench) {
+  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
+  for (const char* name : {"C", "POSIX", "C.UTF-8"}) {
+    setenv("LANG", name, 1);
+    const Locale locale = Locale::FromEnvironment();
+    EXPECT_EQ(locale.decimal_separator, ",") << name;
+    EXPECT_EQ(locale.true_text, "Vrai") << name;
+  }
+  // A name nobody knows is no locale either.
+  setenv("LANG", "klingon", 1);
+  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
+}
+
+TEST_F(EnvironmentTest, FirstSetVariableWins) {
+  setenv("LANG", "en_US.UTF-8", 1);
+  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ".");
+  setenv("LC_NUMERIC", "de_DE.UTF-8", 1);
+  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
+  setenv("LC_ALL", "de_CH.UTF-8", 1);
+  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ".");
+  setenv("LC_ALL", "", 1);  // empty counts as unset
+  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
+  setenv("LC_ALL", "C", 1);
+  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
+}
+
+// An installed locale decides over the table: a made-up English locale
+// whose numbers use a decimal comma, compiled with localedef into a folder
+// named by LOCPATH.
+TEST_F(EnvironmentTest, InstalledLocaleIsAskedBeforeTheTable) {
+  namespace fs = std::filesystem;
+  const fs::path dir = fs::temp_directory_path() / ("mandor_locale_" + std::to_string(getpid()));
+  fs::create_directories(dir);
+  std::ofstream(dir / "en_ZZ") << "LC_IDENTIFICATION\ncopy \"en_US\"\nEND LC_IDENTIFICATION\n"
+                                  "LC_CTYPE\ncopy \"en_US\"\nEND LC_CTYPE\n"
+                                  "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\n"
+                                  "END LC_NUMERIC\n";
+  const std::string command = "localedef -c -f UTF-8 -i '" + (dir / "en_ZZ").string() + "' '" +
+                              (dir / "en_ZZ.UTF-8").string() + "' >/dev/null 2>&1";
+  const int built = std::system(command.c_str());
+  if (!fs::exists(dir / "en_ZZ.UTF-8" / "LC_NUMERIC")) {
+    fs::remove_all(dir);
+    GTEST_SKIP() << "localedef could not build a test locale (status " << built << ")";
+  }
+  // Without the folder, "en" from the table: a point.
+  EXPECT_EQ(Separator("en_ZZ.UTF-8"), ".");
+  // With it, in a child process: glibc keeps (and LeakSanitizer reports)
+  // the parsed LOCPATH of each look-up; the child leaves by _exit.
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    close(fds[0]);
+    setenv("LOCPATH", dir.c_str(), 1);
+    setenv("LANG", "en_ZZ.UTF-8", 1);
+    const Locale locale = Locale::FromEnvironment();
+    const std::string seen = Separator("en_ZZ.UTF-8") + Separator("EN_zz.utf-8") + locale.decimal_separator +
+                             " " + locale.true_text + " " + (locale.grouping_separator == "," ? "clash" : "ok");
+    if (write(fds[1], seen.data(), seen.size()) < 0) _exit(2);
+    _exit(0);
+  }
+  close(fds[1]);
+  std::string seen;
+  char buffer[256];
+  for (ssize_t n; (n = read(fds[0], buffer, sizeof buffer)) > 0;) seen.append(buffer, static_cast<size_t>(n));
+  close(fds[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  // Both spellings find the installed locale (any case), and so does the
+  // environment; English booleans; grouping kept apart from the comma.
+  EXPECT_EQ(seen, ",,, True ok");
+  fs::remove_all(dir);
+}
+
+}  // namespace
+}  // namespace mandor
