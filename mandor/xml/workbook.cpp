@@ -145,12 +145,14 @@ std::string WorkbookDocument::ToBytes() const {
     case FileEncoding::kUtf16:
       doc_.save(out, "", options, pugi::encoding_utf16_le);
       return out.str();
+    // What a single-byte charset cannot hold is written as a character
+    // reference, so that a value the user typed reads back equal.
     case FileEncoding::kLatin1:
-      doc_.save(out, "", options & ~pugi::format_write_bom, pugi::encoding_latin1);
-      return out.str();
+      doc_.save(out, "", options & ~pugi::format_write_bom, pugi::encoding_utf8);
+      return Utf8ToSingleByteXml(out.str(), SingleByteCharset::kLatin1);
     case FileEncoding::kWindows1252:
       doc_.save(out, "", options & ~pugi::format_write_bom, pugi::encoding_utf8);
-      return Utf8ToWindows1252(out.str());
+      return Utf8ToSingleByteXml(out.str(), SingleByteCharset::kWindows1252);
     case FileEncoding::kUtf8:
       break;
   }
@@ -158,20 +160,6 @@ std::string WorkbookDocument::ToBytes() const {
   return out.str();
 }
 
-void WorkbookDocument::Save(const std::string& path) const {
-  const std::string bytes = ToBytes();
-  const std::string temporary = path + ".tmp";
-  Platform& platform = CurrentPlatform();
-  try {
-    platform.WriteFileBytes(temporary, bytes);
-    platform.RenameFile(temporary, path);
-  } catch (...) {
-    try {
-      if (platform.FileExists(temporary)) platform.DeleteFile(temporary);
-    } catch (const std::exception&) {
-    }
-    throw;
-  }
-}
+void WorkbookDocument::Save(const std::string& path) const { CurrentPlatform().ReplaceFileBytes(path, ToBytes()); }
 
 }  // namespace mandor

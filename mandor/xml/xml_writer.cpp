@@ -37,6 +37,7 @@ namespace {
 
 // Attribute values are written in the invariant form (decimal point).
 std::string SingleText(float v) { return SingleToText(v, Locale::Point()); }
+std::string DoubleText(double v) { return DoubleToText(v, Locale::Point()); }
 
 void Set(pugi::xml_node element, const char* name, const std::string& value) {
   if (!element) ThrowError(kObjectNotSet, std::string("Object variable not set (element for ") + name + ")");
@@ -61,18 +62,15 @@ pugi::xml_node FindImage(const pugi::xml_node& xml, const std::string& id) {
   return {};
 }
 
-// The worksheet that holds the markings: the one named after the catalogue
-// ("mn:Name" of mn:MANDOR), which is the one the reader reads; the first
-// worksheet with a table when none bears that name. Other worksheets of the
-// workbook are never written.
+// The worksheet that holds the markings: the first one named after the
+// catalogue ("mn:Name" of mn:MANDOR) that has a table, which is the one the
+// reader reads. None when no worksheet bears that name (renamed in a
+// spreadsheet program): the read saw no rows then, and the save must not
+// touch rows it did not see in another worksheet.
 pugi::xml_node MarkingWorksheet(const pugi::xml_node& xml) {
   const std::string name = Peek(XmlSelectNode(xml, "Workbook/mn:MANDOR"), "mn:Name");
-  const std::vector<pugi::xml_node> sheets = XmlSelectNodes(xml, "Workbook/Worksheet");
-  for (const pugi::xml_node& sheet : sheets) {
+  for (const pugi::xml_node& sheet : XmlSelectNodes(xml, "Workbook/Worksheet")) {
     if (Peek(sheet, "ss:Name") == name && sheet.child("Table")) return sheet;
-  }
-  for (const pugi::xml_node& sheet : sheets) {
-    if (sheet.child("Table")) return sheet;
   }
   return {};
 }
@@ -185,6 +183,44 @@ std::unordered_map<std::string, pugi::xml_node> IndexPages(const pugi::xml_node&
   return pages;
 }
 
+// Whether a later step of the save writes the field: the recurrent step
+// writes the recurrent fields (flagged, or listed in ChampsRecurrents), the
+// data-contract step the listed data-contract fields when the image has its
+// mn:DataContrat. Any other field is written by the cells step, whatever
+// its flags, so that no field the document holds is left out of the file.
+bool WrittenByLaterStep(const Mandor& mandor, const std::shared_ptr<CChamp>& champ, bool has_data_contract) {
+  const std::string nom = champ->Nom();
+  const auto listed = [&](const Collection<CChamp>& list) {
+    return list.Contains(nom) && list.Item(std::string_view(nom)) == champ;
+  };
+  if (champ->IsDataContrat()) return has_data_contract && listed(mandor.champsDataContrat);
+  return champ->Recurrent() || listed(mandor.ChampsRecurrents);
+}
+
+// A save that would lose a data-contract field fails instead: without the
+// image's mn:DataContrat the data-contract step writes nothing, so every
+// data-contract field must already have its mn:iCell in the marking
+// worksheet, where the cells step rewrites it. Error 5 otherwise, before
+// anything is written.
+void CheckDataContratPlace(const pugi::xml_node& xml, const pugi::xml_node& image, const Mandor& mandor) {
+  if (image.child("mn:DataContrat")) return;
+  std::unordered_set<std::string> in_worksheet;
+  if (const pugi::xml_node table = MarkingWorksheet(xml).child("Table")) {
+    for (const pugi::xml_node& icell : IndexWorksheet(table, mandor.Id).all_cells) {
+      in_worksheet.insert(Peek(icell, "mn:Name"));
+    }
+  }
+  const auto check = [&](const std::shared_ptr<CChamp>& champ) {
+    if (!champ || in_worksheet.count(champ->Nom()) != 0) return;
+    ThrowError(kInvalidArgument, "the image " + mandor.Id + " has no mn:DataContrat to hold the data-contract field " +
+                                     champ->Nom());
+  };
+  for (const auto& champ : mandor.champsDataContrat) check(champ);
+  for (const auto& champ : mandor.Champs) {
+    if (champ && champ->IsDataContrat()) check(champ);
+  }
+}
+
 // Carries an error of the cells step past the save's own handler.
 struct CellsFailure {
   Error error;
@@ -208,7 +244,12 @@ bool Mandor::SauvegarderMarquageXml(std::shared_ptr<Mandor>& oMandor) {
     }
     const pugi::xml_node xml = workbook.document();
     const pugi::xml_node image = EcrireImageXml(xml, oMandor);
-    if (image) EcrireColonnesXml(image, oMandor);
+    // Without its image the document's page-level, recurrent and
+    // data-contract fields have nowhere to go: the save fails rather than
+    // report success with them left out.
+    if (!image) ThrowError(kObjectNotSet, "Object variable not set (no mn:Image of ID " + oMandor->Id + ")");
+    CheckDataContratPlace(xml, image, *oMandor);
+    EcrireColonnesXml(image, oMandor);
     EcrireLignesXml(MarkingWorksheet(xml).child("Table"), oMandor);
     EffacerCellulesPagesXml(image, oMandor);
     try {
@@ -401,14 +442,16 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
   const auto write_on_page = [&](CChamp& champ) {
     pugi::xml_node node = XmlCreateElement(XmlCreateElement(page_of(champ), "Cell"), "mn:iCell");
     champ.MajXmlNodeFromChampProperties(node);
+    return node;
   };
+  const bool has_data_contract = static_cast<bool>(image.child("mn:DataContrat"));
 
   for (const auto& champ : oMandor->Champs) {
     const std::string nom = champ->Nom();
     // Recurrent and data-contract fields have steps of their own and no
     // rulers to place them in the worksheet; they are left to those steps
-    // whatever their name.
-    if (champ->Recurrent() || champ->IsDataContrat()) continue;
+    // whatever their name, when those steps write them.
+    if (WrittenByLaterStep(*oMandor, champ, has_data_contract)) continue;
     if (IsPageLevelName(nom)) {
       write_on_page(*champ);
       continue;
@@ -437,8 +480,20 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
       if (!row || column < 1) {
         // No place for it in the worksheet (a field read from a page-level
         // cell, or whose rulers have no row or named column): it stays a
-        // page-level field rather than making the save fail.
-        write_on_page(*champ);
+        // page-level field rather than making the save fail. A page-level
+        // cell is read without rulers, so it states its whole position: the
+        // parts its rulers would have given are written out too.
+        pugi::xml_node node = write_on_page(*champ);
+        if (champ->oRegleV()) {
+          Set(node, "mn:X", SingleText(champ->Position_pixel_Left));
+          Set(node, "mn:W", DoubleText(static_cast<double>(champ->Position_pixel_Right) -
+                                       static_cast<double>(champ->Position_pixel_Left)));
+        }
+        if (champ->oRegleH()) {
+          Set(node, "mn:Y", SingleText(champ->Position_pixel_Top));
+          Set(node, "mn:H", DoubleText(static_cast<double>(champ->Position_pixel_Bottom) -
+                                       static_cast<double>(champ->Position_pixel_Top)));
+        }
         continue;
       }
       node = XmlCreateElement(CellOfColumn(row, column, regle_v->Nom), "iCell");
@@ -455,13 +510,14 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
     }
   }
 
-  // The worksheet keeps exactly the mn:iCell elements just written for this
-  // document: those of fields deleted from the document go, and so do those
-  // of fields now written elsewhere (page-level, recurrent, data contract) or
-  // a second element of the same name, which reading back would find twice.
+  // Clean-up: an mn:iCell of this document goes only when the document no
+  // longer has a field of its name. An element the save did not rewrite
+  // (a second one of the same name, one of a field now written elsewhere)
+  // stays as it was: removing it could remove the values the user had.
   // Other documents' elements stay.
   for (size_t i = 0; i < index.all_cells.size(); ++i) {
     if (rewritten[i]) continue;
+    if (oMandor->Champs.Contains(Peek(index.all_cells[i], "mn:Name"))) continue;
     if (pugi::xml_node cell = index.all_cells[i].parent()) cell.remove_child(index.all_cells[i]);
   }
 }
