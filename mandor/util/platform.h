@@ -24,8 +24,9 @@ namespace mandor {
 
 // A sequential text file opened for input or output. Lines are UTF-8 in
 // memory; on disk they are Windows-1252 with CR LF line ends. A character
-// that Windows-1252 cannot hold is written as "?". Reading accepts CR LF,
-// bare LF and a last line without a line end.
+// that Windows-1252 cannot hold is written as "?". Reading ends lines at CR
+// LF in a file that holds one, and at LF in a file that holds none (see
+// buffer_text_file.h); a last line needs no line end.
 class TextFile {
  public:
   virtual ~TextFile() = default;
