@@ -59,12 +59,12 @@ void CRegle::SetPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont) {
   if (!oFont) ThrowError(kObjectNotSet);
   font_ = oFont;
   auto owner = oOwnerMandor();
-  font_->ParentFont1 = owner ? owner->Font() : nullptr;
+  font_->SetParents(owner ? owner->Font() : nullptr, font_->ParentFont2);
 }
 
 void CRegle::oOwnerMandor(const std::shared_ptr<Mandor>& owner) {
   owner_ = owner;
-  font_->ParentFont1 = owner ? owner->Font() : nullptr;
+  font_->SetParents(owner ? owner->Font() : nullptr, font_->ParentFont2);
 }
 
 }  // namespace mandor
