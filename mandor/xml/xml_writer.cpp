@@ -155,20 +155,32 @@ WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id
   // The elements first, then the maps sized for them at once: a large
   // worksheet's maps would otherwise be rehashed many times over.
   std::vector<std::pair<pugi::xml_node, pugi::xml_node>> irows;  // (mn:iRow, its row)
+  std::vector<bool> read;  // the reader reads the element: its row has an mn:iRow of the document
   ForEachChildElement(table, "Row", [&](const pugi::xml_node& row) {
+    const size_t first_irow = irows.size();
     ForEachChildElement(row, "mn:iRow", [&](const pugi::xml_node& irow) {
       if (id == irow.attribute("mn:ID").value()) irows.emplace_back(irow, row);
     });
+    const bool row_read = irows.size() > first_irow;
     ForEachChildElement(row, "Cell", [&](const pugi::xml_node& cell) {
       ForEachChildElement(cell, "mn:iCell", [&](const pugi::xml_node& icell) {
-        if (id == icell.attribute("mn:ID").value()) index.all_cells.push_back(icell);
+        if (id == icell.attribute("mn:ID").value()) {
+          index.all_cells.push_back(icell);
+          read.push_back(row_read);
+        }
       });
     });
   });
   index.rows.reserve(irows.size());
   for (const auto& [irow, row] : irows) index.rows.emplace(Peek(irow, "mn:Name"), row);
+  // A name's element is the one the reader took the field from: the first
+  // in a row it reads, else the first anywhere.
   index.cells.reserve(index.all_cells.size());
-  for (size_t i = 0; i < index.all_cells.size(); ++i) index.cells.emplace(Peek(index.all_cells[i], "mn:Name"), i);
+  for (const bool pass_read : {true, false}) {
+    for (size_t i = 0; i < index.all_cells.size(); ++i) {
+      if (read[i] == pass_read) index.cells.emplace(Peek(index.all_cells[i], "mn:Name"), i);
+    }
+  }
   return index;
 }
 
@@ -218,6 +230,22 @@ void CheckDataContratPlace(const pugi::xml_node& xml, const pugi::xml_node& imag
   for (const auto& champ : mandor.champsDataContrat) check(champ);
   for (const auto& champ : mandor.Champs) {
     if (champ && champ->IsDataContrat()) check(champ);
+  }
+}
+
+// The rewritten element of a field goes last in its cell. When an older
+// element of the same document and name comes before it there, the reader
+// would take that one the next time: the new element is put before it.
+void KeepAheadOfNamesakes(pugi::xml_node node) {
+  pugi::xml_node cell = node.parent();
+  const std::string_view id = node.attribute("mn:ID").value();
+  const std::string_view name = node.attribute("mn:Name").value();
+  for (pugi::xml_node sibling = cell.first_child(); sibling && sibling != node; sibling = sibling.next_sibling()) {
+    if (std::string_view(sibling.name()) == "mn:iCell" && id == sibling.attribute("mn:ID").value() &&
+        name == sibling.attribute("mn:Name").value()) {
+      cell.insert_move_before(node, sibling);
+      return;
+    }
   }
 }
 
@@ -366,8 +394,12 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
         // that name left from an earlier row is pointed at the new one
         // rather than doubled (a workbook cannot hold a name twice).
         const size_t bang = nump_reference.rfind('!');
-        const std::string sheet = bang == std::string::npos ? "=" + QuotedSheetName(Peek(worksheet, "ss:Name"))
-                                                            : nump_reference.substr(0, bang);
+        std::string sheet;
+        if (bang == std::string::npos) {
+          sheet.append("=").append(QuotedSheetName(Peek(worksheet, "ss:Name")));
+        } else {
+          sheet = nump_reference.substr(0, bang);
+        }
         const std::string refers_to = sheet + "!R" + std::to_string(last_row) + "C" + std::to_string(nump_column);
         const std::string range_name = "P_0_" + nom;
         pugi::xml_node range;
@@ -499,6 +531,7 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
       node = XmlCreateElement(CellOfColumn(row, column, regle_v->Nom), "iCell");
     }
     champ->MajXmlNodeFromChampProperties(node);
+    KeepAheadOfNamesakes(node);
     // Nothing above changes the map, so the place found for the name still holds.
     if (known != index.cells.end()) {
       current[known->second] = node;

@@ -114,6 +114,26 @@ TEST_F(CatalogueSaveSafetyTest, SecondElementOfTheSameNameIsNotRemoved) {
   EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 0u) << Bytes();
 }
 
+TEST_F(CatalogueSaveSafetyTest, EditedFieldReadsBackAheadOfItsNamesakeInTheSameCell) {
+  // Two L1_Qte elements in one cell: the reader takes the first. The
+  // rewritten one must still be the first, or the next read would take the
+  // stale one and the edit would be lost; a second save changes nothing.
+  std::string bytes = Catalogue();
+  const std::string element = "<mn:iCell mn:Name=\"L1_Qte\" mn:ID=\"mn1\" mn:Page=\"1\" mn:iPrint=\"1\" mn:Type=\"1\"/>";
+  const size_t at = bytes.find(element);
+  ASSERT_NE(at, std::string::npos);
+  bytes.insert(at + element.size(), ReplaceAll(element, "mn:Type=\"1\"", "mn:Type=\"1\" mn:Formula=\"old\""));
+  auto doc = Read(bytes)->Item("mn1");
+  ASSERT_EQ(doc->Champs.Item("L1_Qte")->Formule(), "");
+  doc->Champs.Item("L1_Qte")->Formule("Qte*7");
+  ASSERT_TRUE(Save(doc)) << LastMessage();
+  EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 2u);
+  const std::string once = Bytes();
+  ASSERT_TRUE(Save(doc));
+  EXPECT_EQ(Bytes(), once);
+  EXPECT_EQ(ReadAgain()->Item("mn1")->Champs.Item("L1_Qte")->Formule(), "Qte*7");
+}
+
 // Characters that ISO-8859-1 or Windows-1252 cannot hold are written as
 // character references and read back equal.
 class SingleByteCatalogueTest : public CatalogueSaveSafetyTest,
