@@ -113,6 +113,7 @@ bool WorkbookDocument::LoadFromBytes(std::string bytes, Keep keep) {
   // Without a UTF-16 or UTF-32 start, automatic detection finds UTF-8 too.
   const bool wide = bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes.substr(0, 2) == "\xFF\xFE" ||
                                           bytes.substr(0, 2) == "\xFE\xFF");
+  wide_ = wide;
   const unsigned options = keep == Keep::kWhole ? kParseOptions : kParseOptions & ~pugi::parse_ws_pcdata;
   pugi::xml_parse_result result;
   if (encoding != pugi::encoding_latin1 && !wide) {
@@ -138,6 +139,10 @@ std::string WorkbookDocument::ToBytes() const {
       break;
     }
   }
+  // A file that declares UTF-16 but was read as 8-bit text is written back
+  // as it was read: converting it would change (or drop) every byte that
+  // is not valid UTF-8, and the names the document was read with with them.
+  if (encoding == FileEncoding::kUtf16 && !wide_) encoding = FileEncoding::kUtf8;
   unsigned options = kSaveOptions;
   if (bom_ || encoding == FileEncoding::kUtf16) options |= pugi::format_write_bom;
   std::ostringstream out;

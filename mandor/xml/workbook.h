@@ -57,7 +57,8 @@ class WorkbookDocument {
   // hold its names and values, so they go after it.
   std::string buffer_;
   pugi::xml_document doc_;
-  bool bom_ = false;  // the loaded file started with a byte-order mark
+  bool bom_ = false;   // the loaded file started with a byte-order mark
+  bool wide_ = false;  // the loaded file was read as UTF-16
 };
 
 }  // namespace mandor

@@ -159,6 +159,24 @@ TEST_P(SingleByteCatalogueTest, EveryCharacterReadsBackEqual) {
   EXPECT_EQ(Bytes(), bytes);
 }
 
+TEST_F(CatalogueSaveSafetyTest, MislabelledCatalogueIsWrittenAsItWasRead) {
+  // Declared UTF-16, written in 8-bit text with a byte that is not UTF-8 in
+  // a field's name: the save keeps the file 8-bit, so the name survives and a
+  // second save finds the same element.
+  std::string bytes = Catalogue("", "", "Lot", "<?xml version=\"1.0\" encoding=\"UTF-16\"?>");
+  bytes = ReplaceAll(bytes, "L1_Qte", "L1_Q\xE5te");
+  auto doc = Read(bytes)->Item("mn1");
+  ASSERT_TRUE(doc->Champs.Contains("L1_Q\xE5te"));
+  doc->Champs.Item("L1_Q\xE5te")->Formule("Qté");
+  ASSERT_TRUE(Save(doc)) << LastMessage();
+  EXPECT_EQ(Bytes().find('\0'), std::string::npos);
+  EXPECT_NE(Bytes().find("mn:Name=\"L1_Q\xE5te\""), std::string::npos);
+  EXPECT_NE(Bytes().find("mn:Formula=\"Qt\xC3\xA9\""), std::string::npos);
+  const std::string once = Bytes();
+  ASSERT_TRUE(Save(doc));
+  EXPECT_EQ(Bytes(), once);
+}
+
 INSTANTIATE_TEST_SUITE_P(Charsets, SingleByteCatalogueTest, ::testing::Values("ISO-8859-1", "windows-1252"));
 
 TEST_F(CatalogueSaveSafetyTest, RenamedWorksheetIsNeitherReadNorWritten) {
