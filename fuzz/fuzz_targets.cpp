@@ -136,8 +136,32 @@ void TextRoundTrip(const uint8_t* data, size_t size, bool extended) {
   if (!loaded) return;
   ReadProperties(*doc);
   Step([&] { doc->CalculerParamètresCalage(); });
-  Step([&] { doc->SauvegarderMarquageEx(false); });
-  Step([&] { doc->SauvegarderMarquageStd(); });
+  // A save that reports success is complete: saving the same document again
+  // writes the same bytes, and the file reads back.
+  bool saved = false;
+  Step([&] { saved = doc->SauvegarderMarquageEx(false) == 0 && platform->messages().empty(); });
+  if (saved) {
+    const std::optional<std::string> first = platform->FileBytes("lot/doc.xnf");
+    FUZZ_CHECK(first.has_value());
+    Step([&] { doc->SauvegarderMarquageEx(false); });
+    FUZZ_CHECK(platform->FileBytes("lot/doc.xnf") == first);
+    auto back = std::make_shared<Mandor>();
+    back->Répertoire_Document = "lot/";
+    back->Nom_Document("doc");
+    int16_t restored = 0;
+    Step([&] { restored = back->RestaurerMarquageEx(); });
+    FUZZ_CHECK(restored != 0);
+  }
+  bool saved_std = false;
+  Step([&] { saved_std = doc->SauvegarderMarquageStd() == -1; });
+  if (saved_std) {
+    const std::optional<std::string> first = platform->FileBytes("lot/doc.cnf");
+    FUZZ_CHECK(first.has_value());
+    Step([&] { doc->SauvegarderMarquageStd(); });
+    FUZZ_CHECK(platform->FileBytes("lot/doc.cnf") == first);
+  }
+  // No temporary file is left behind.
+  for (const std::string& path : platform->Paths()) FUZZ_CHECK(path.find(".~") == std::string::npos);
   auto again = std::make_shared<Mandor>();
   again->Répertoire_Document = "lot/";
   again->Nom_Document("doc");
@@ -165,7 +189,18 @@ void CatalogueReader(const uint8_t* data, size_t size) {
   for (auto& document : documents) {
     ReadProperties(*document);
     Step([&] { document->CalculerParamètresCalage(); });
-    Step([&] { document->SauvegarderMarquageXml(document); });
+    // A save that reports success is complete: the same document saved
+    // again gives the same bytes, and the catalogue still reads.
+    bool saved = false;
+    Step([&] { saved = document->SauvegarderMarquageXml(document); });
+    if (!saved) continue;
+    const std::optional<std::string> first = platform->FileBytes(path);
+    Step([&] { saved = document->SauvegarderMarquageXml(document); });
+    FUZZ_CHECK(saved && platform->FileBytes(path) == first);
+    auto check = std::make_shared<cMarquage>();
+    std::shared_ptr<cMarquage> reread;
+    Step([&] { reread = check->XML_ReadCNF(path); });
+    FUZZ_CHECK(reread != nullptr);
   }
   // The first document again, after a user's edits.
   if (!documents.empty()) {

@@ -293,15 +293,14 @@ void CChamp::SetFontPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont)
   if (!oFont) ThrowObjectNotSet("no font given");
   std::shared_ptr<CFont> font = oFont;  // oFont may alias a parent being cleared
   font_ = font;
-  font->ParentFont1 = nullptr;
-  font->ParentFont2 = nullptr;
   if (regle_h_) {
-    font->ParentFont1 = regle_h_->GetFontClassFromProperties();
-    if (regle_v_) font->ParentFont2 = regle_v_->GetFontClassFromProperties();
+    font->SetParents(regle_h_->GetFontClassFromProperties(),
+                     regle_v_ ? regle_v_->GetFontClassFromProperties() : nullptr);
   } else if (regle_v_) {
-    font->ParentFont1 = regle_v_->GetFontClassFromProperties();
+    font->SetParents(regle_v_->GetFontClassFromProperties());
   } else {
-    font->ParentFont1 = Document()->Font();
+    font->SetParents(nullptr);  // left so when the field has no document (Error 91)
+    font->SetParents(Document()->Font());
   }
 }
 

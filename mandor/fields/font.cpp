@@ -207,6 +207,11 @@ void CFont::SetMe(const std::shared_ptr<CFont>& Font, bool force) {
 #undef MANDOR_FONT_COPY
 }
 
+void CFont::SetParents(const std::shared_ptr<CFont>& parent1, const std::shared_ptr<CFont>& parent2) {
+  ParentFont1 = parent1.get() == this ? nullptr : parent1;
+  ParentFont2 = parent2.get() == this ? nullptr : parent2;
+}
+
 bool CFont::HasSet() const {
 #define MANDOR_FONT_HAS(X, Rule, field) || Rule::IsSet(field)
   return false MANDOR_FONT_STYLE_ATTRIBUTES(MANDOR_FONT_HAS);

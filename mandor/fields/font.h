@@ -107,6 +107,11 @@ class CFont {
   // True when any attribute but the alignment is set here.
   bool HasSet() const;
 
+  // Sets ParentFont1 and ParentFont2, leaving null a parent that is this
+  // very font (a ruler given its document's own font, say): a font that is
+  // its own parent would never be freed.
+  void SetParents(const std::shared_ptr<CFont>& parent1, const std::shared_ptr<CFont>& parent2 = nullptr);
+
   // Reading and writing the "mn:iFont" element of the XML catalogue.
   static std::shared_ptr<CFont> GetFontFromXmlNode(const pugi::xml_node& XmlFont,
                                                    std::shared_ptr<CFont> oParentFont1 = nullptr,

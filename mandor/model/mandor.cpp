@@ -4,6 +4,7 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/reading_order.h"
+#include "mandor/util/error.h"
 #include "mandor/util/text.h"
 #include "mandor/xml/marquage.h"
 
@@ -127,11 +128,13 @@ std::string Mandor::EnleveCar(std::string& Nombre, std::string_view Car, std::st
 }
 
 std::string Mandor::FormatNombre(const std::shared_ptr<CChamp>& Champ) const {
+  if (!Champ) ThrowError(kObjectNotSet);
   const int d = std::abs(static_cast<int>(Champ->Décimales()));
   return d == 0 ? "#,##0" : "#,##0." + std::string(static_cast<size_t>(d), '0');
 }
 
 std::string Mandor::FormatNombreSortie(const std::shared_ptr<CChamp>& Champ) const {
+  if (!Champ) ThrowError(kObjectNotSet);
   // The trailing point stays even without decimals.
   const int d = std::abs(static_cast<int>(Champ->Décimales()));
   return "###########0." + std::string(static_cast<size_t>(d), '0');
@@ -146,6 +149,7 @@ std::string Mandor::FindValue(const StringArray& cLignes, std::string_view cValu
 }
 
 void Mandor::InsérerChamp(Collection<CChamp>& colChamps, const std::shared_ptr<CChamp>& pChamp) const {
+  if (!pChamp) ThrowError(kObjectNotSet);
   const float bottom = pChamp->Position_pixel_Bottom;
   const float right = pChamp->Position_pixel_Right;
   for (long i = 1; i <= colChamps.Count(); ++i) {

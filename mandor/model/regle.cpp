@@ -2,6 +2,7 @@
 
 #include "mandor/model/mandor.h"
 #include "mandor/model/page.h"
+#include "mandor/util/error.h"
 
 namespace mandor {
 
@@ -54,14 +55,16 @@ uint8_t CRegle::Alignement() const {
 void CRegle::Alignement(uint8_t value) { font_->SetAlignmentCode(value); }
 
 void CRegle::SetPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont) {
+  // Every font getter of the ruler reads through its font: it is never null.
+  if (!oFont) ThrowError(kObjectNotSet);
   font_ = oFont;
   auto owner = oOwnerMandor();
-  font_->ParentFont1 = owner ? owner->Font() : nullptr;
+  font_->SetParents(owner ? owner->Font() : nullptr, font_->ParentFont2);
 }
 
 void CRegle::oOwnerMandor(const std::shared_ptr<Mandor>& owner) {
   owner_ = owner;
-  font_->ParentFont1 = owner ? owner->Font() : nullptr;
+  font_->SetParents(owner ? owner->Font() : nullptr, font_->ParentFont2);
 }
 
 }  // namespace mandor

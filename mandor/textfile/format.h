@@ -93,6 +93,10 @@ inline constexpr char kSeparatorTabText[] = "TAB";          // a TAB separator
 inline constexpr char kSeparatorUnknownText[] = "inconnu";  // leaves Séparateur unset
 inline constexpr char kMdnSuffixUpper[] = ".MDN";
 inline constexpr char kMdnSuffixLower[] = ".mdn";
+// The extended reader makes one source record per number up to "Nombre",
+// present or not, but never more than this many: a claimed count of two
+// billion costs nothing.
+inline constexpr long long kMaxSourceRecords = 1024;
 
 // --- [Champs Récurrents] ---
 inline constexpr char kKeyNombreChampsRecurrents[] = "Nombre_ChampsRecurrents";

@@ -524,9 +524,10 @@ void Mandor::ExtractConstante(StringArray& cLignes) {
 }
 
 void Mandor::ExtractSource(StringArray& cLignes) {
-  // A section cannot describe more sources than it has lines.
-  const long long line_count = cLignes.empty() ? 0 : static_cast<long long>(cLignes.size()) - 1;
-  const long long count = std::min(CountOf(FindValue(cLignes, tf::kKeyNombre)), line_count);
+  // One record per number up to "Nombre", whether or not its lines are
+  // present (a missing one has an empty file name); a claimed count beyond
+  // any real marking stops at kMaxSourceRecords, so that it costs nothing.
+  const long long count = std::min(CountOf(FindValue(cLignes, tf::kKeyNombre)), tf::kMaxSourceRecords);
   SetSources(*this, count, NumberedValues(cLignes, tf::kKeyDocumentPrefix, count),
              NumberedValues(cLignes, tf::kKeySeparateurPrefix, count));
 }

@@ -30,10 +30,6 @@ namespace {
 
 using namespace textfile;
 
-// Appended to the name of the file being replaced to name the file the new
-// content is written to.
-constexpr char kTemporarySuffix[] = ".tmp";
-
 constexpr char kOverwriteQuestion[] = "Voulez vous écraser le marquage précédent du document ";
 // The wording, missing letter included, is the one users know.
 constexpr char kCannotCreatePrefix[] = "Impossible de céer le fichier ";
@@ -261,15 +257,6 @@ bool RunTrapped(Step&& step) {
   }
 }
 
-// Removes a temporary file left by a failed save; a failure here changes
-// nothing for the caller.
-void DiscardTemporary(const std::string& path) {
-  try {
-    if (CurrentPlatform().FileExists(path)) CurrentPlatform().DeleteFile(path);
-  } catch (const std::exception&) {
-  }
-}
-
 }  // namespace
 
 // --- extended layout ---
@@ -289,22 +276,23 @@ int16_t Mandor::SauvegarderMarquageEx(bool Confirmation, bool& WithQte) {
   if (Confirmation && !platform.AskYesNo(kOverwriteQuestion + base, kDefaultMessageTitle)) return 0;
 
   // One backup generation, refreshed only when there is a marking to keep.
-  if (platform.FileExists(target)) platform.CopyFile(target, backup);
+  // It is replaced like the marking itself, so it is never left half copied.
+  if (platform.FileExists(target)) platform.ReplaceFileBytes(backup, platform.ReadFileBytes(target));
 
-  const std::string temporary = target + kTemporarySuffix;
-  std::unique_ptr<TextFile> fich = OpenFileWrite(temporary);
-  bool complete = fich != nullptr;
-  if (complete) {
-    // A section that stops early leaves the file incomplete: the rest is skipped.
-    complete = WriteCalage(*fich) && WritePresentation(*fich) && WriteConstante(*fich) && WriteSource(*fich) &&
-               WriteChampsRecurrents(*fich) && WriteRegle_V(*fich) && WritePage(*fich, WithQte);
-    complete = RunTrapped([&] { fich->Close(); }) && complete;
-    fich.reset();
-  }
-  if (complete) complete = RunTrapped([&] { platform.RenameFile(temporary, target); });
+  const bool complete = RunTrapped([&] {
+    platform.ReplaceFile(target, [&](const std::string& temporary) {
+      std::unique_ptr<TextFile> fich = OpenFileWrite(temporary);
+      if (fich == nullptr) ThrowError(kPathFileAccessError);
+      // A section that stops early leaves the file incomplete: the rest is skipped.
+      const bool written = WriteCalage(*fich) && WritePresentation(*fich) && WriteConstante(*fich) &&
+                           WriteSource(*fich) && WriteChampsRecurrents(*fich) && WriteRegle_V(*fich) &&
+                           WritePage(*fich, WithQte);
+      fich->Close();
+      if (!written) ThrowError(kPathFileAccessError);
+    });
+  });
   if (complete) return 0;
 
-  DiscardTemporary(temporary);
   try {
     CloseFileError(nullptr, kCannotCreatePrefix + target + kCannotCreateSuffix);
   } catch (const Error&) {
@@ -443,8 +431,8 @@ int16_t Mandor::SauvegarderMarquageStd() {
   if (Nom_Document().empty()) return 0;
   Platform& platform = CurrentPlatform();
   const std::string target = Répertoire_Document + Nom_Document() + kStandardExtension;
-  const std::string temporary = target + kTemporarySuffix;
-  try {
+  // An error reaches the caller; the previous marking stays.
+  platform.ReplaceFile(target, [&](const std::string& temporary) {
     std::unique_ptr<TextFile> fich = platform.OpenTextFile(temporary, OpenMode::kOutput);
     WriteCalageLines(*this, *fich, false);
 
@@ -494,12 +482,7 @@ int16_t Mandor::SauvegarderMarquageStd() {
       }
     }
     fich->Close();
-    platform.RenameFile(temporary, target);
-  } catch (const std::exception&) {
-    // The previous marking stays; the error reaches the caller.
-    DiscardTemporary(temporary);
-    throw;
-  }
+  });
   return -1;
 }
 

@@ -16,18 +16,20 @@ namespace {
 }  // namespace
 
 std::vector<std::string> DecodeTextLines(std::string_view bytes) {
+  // A file with CR LF line ends (every file the writers make) ends its lines
+  // there only: a lone LF or CR is part of a value, which the format does
+  // not escape. A file without any CR LF (edited on Linux) ends them at LF.
+  const std::string_view line_end = bytes.find("\r\n") != std::string_view::npos ? "\r\n" : "\n";
   std::vector<std::string> lines;
   size_t start = 0;
   while (start < bytes.size()) {
-    const size_t lf = bytes.find('\n', start);
-    if (lf == std::string_view::npos) {
+    const size_t end = bytes.find(line_end, start);
+    if (end == std::string_view::npos) {
       lines.push_back(Windows1252ToUtf8(bytes.substr(start)));  // last line, no line end
       break;
     }
-    size_t end = lf;
-    if (end > start && bytes[end - 1] == '\r') --end;
     lines.push_back(Windows1252ToUtf8(bytes.substr(start, end - start)));
-    start = lf + 1;
+    start = end + line_end.size();
   }
   return lines;
 }

@@ -2,10 +2,13 @@
 // library, so that the real file system and the in-memory one read and write
 // exactly the same way.
 //
-// Reading: the whole file is read at open and split into lines. A line ends
-// with CR LF or a bare LF; a bare CR is an ordinary character of the line. A
-// last line without a line end is still a line, so "a\r\n" and "a" both hold
-// one line and an empty file holds none. Each line is decoded from
+// Reading: the whole file is read at open and split into lines. Line ends are
+// decided per file: a file that holds a CR LF anywhere ends its lines at CR
+// LF only, and a lone LF or CR is an ordinary character of its line (a value
+// may hold one: the format escapes only CR LF); a file without any CR LF
+// (edited on Linux) ends its lines at LF. A last line without a line end is
+// still a line, so "a\r\n" and "a" both hold one line and an empty file
+// holds none. Each line is decoded from
 // Windows-1252 to UTF-8.
 //
 // Writing: each line is encoded to Windows-1252 ("?" for a character the code

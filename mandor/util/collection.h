@@ -124,6 +124,8 @@ class Collection {
     return InsertAt(pos, std::move(item), KeyIndex::HashedKey(key), raise);
   }
   bool InsertAt(size_t pos, Ptr item, const KeyIndex::HashedKey& hashed, bool raise = true) {
+    // A collection holds objects: a null one would crash whoever walks it.
+    if (!item) ThrowError(kObjectNotSet);
     const std::string_view key = hashed.text;
     const uint32_t hash = hashed.hash;
     if (!key.empty() && index_.Find(key, hash, keys_) != KeyIndex::npos) {

@@ -1,5 +1,7 @@
 #include "mandor/util/cp1252.h"
 
+#include <string>
+
 namespace mandor {
 
 namespace {
@@ -86,7 +88,12 @@ std::optional<uint8_t> CodePointToWindows1252(char32_t code_point) {
   return std::nullopt;
 }
 
-std::string Utf8ToWindows1252(std::string_view utf8) {
+namespace {
+
+// The UTF-8 to single-byte loop: `encode` maps a code point to its byte or
+// nothing, `unmappable` appends what stands for a code point without one.
+template <class Encode, class Unmappable>
+std::string EncodeSingleByte(std::string_view utf8, Encode&& encode, Unmappable&& unmappable) {
   std::string out;
   out.reserve(utf8.size());
   size_t i = 0;
@@ -105,11 +112,34 @@ std::string Utf8ToWindows1252(std::string_view utf8) {
       ++i;
       continue;
     }
-    const std::optional<uint8_t> byte = CodePointToWindows1252(cp);
-    out += byte ? static_cast<char>(*byte) : '?';  // no Windows-1252 form
+    if (const std::optional<uint8_t> byte = encode(cp)) {
+      out += static_cast<char>(*byte);
+    } else {
+      unmappable(out, cp);
+    }
     i += length;
   }
   return out;
+}
+
+}  // namespace
+
+std::string Utf8ToWindows1252(std::string_view utf8) {
+  return EncodeSingleByte(utf8, CodePointToWindows1252, [](std::string& out, char32_t) { out += '?'; });
+}
+
+std::string Utf8ToSingleByteXml(std::string_view utf8, SingleByteCharset charset) {
+  const auto reference = [](std::string& out, char32_t cp) {
+    out += "&#";
+    out += std::to_string(static_cast<uint32_t>(cp));
+    out += ';';
+  };
+  if (charset == SingleByteCharset::kWindows1252) return EncodeSingleByte(utf8, CodePointToWindows1252, reference);
+  const auto latin1 = [](char32_t cp) -> std::optional<uint8_t> {
+    if (cp <= 0xFF) return static_cast<uint8_t>(cp);
+    return std::nullopt;
+  };
+  return EncodeSingleByte(utf8, latin1, reference);
 }
 
 std::string Windows1252ToUtf8(std::string_view bytes) {

@@ -21,6 +21,17 @@ namespace mandor {
 // is not part of a valid UTF-8 sequence.
 std::string Utf8ToWindows1252(std::string_view utf8);
 
+// The single-byte encodings an XML catalogue may be written in.
+enum class SingleByteCharset { kLatin1, kWindows1252 };
+
+// Encodes the UTF-8 text of an XML document to a single-byte charset; each
+// character the charset cannot hold (€ in ISO-8859-1, "→" in either) is
+// written as a numeric character reference ("&#8364;"), which an XML reader
+// turns back into the character. Meant for text and attribute values: a
+// reference in a comment or CDATA section is not decoded. A byte that is not
+// part of a valid UTF-8 sequence becomes "?".
+std::string Utf8ToSingleByteXml(std::string_view utf8, SingleByteCharset charset);
+
 // Decodes Windows-1252 bytes to UTF-8. Every byte has a meaning, so the
 // result is always valid UTF-8 and converts back to the same bytes.
 std::string Windows1252ToUtf8(std::string_view bytes);

@@ -17,6 +17,8 @@ struct FileEntry {
   // after the entry is deleted or renamed.
   std::shared_ptr<std::string> bytes = std::make_shared<std::string>();
   bool read_only = false;
+  // The content is on the device: it survives a power cut.
+  bool durable = false;
 };
 
 struct Failure {
@@ -52,6 +54,8 @@ struct MemoryPlatform::State {
   std::vector<Failure> failures;
   std::vector<WriteLimit> write_limits;
   size_t open_files = 0;
+  uint64_t temporary_counter = 0;
+  size_t commits = 0;
 
   std::vector<RecordedMessage> messages;
   std::vector<RecordedMessage> questions;
@@ -159,6 +163,7 @@ void MemoryPlatform::CopyFile(const std::string& from, const std::string& to) {
   } else {
     if (target->read_only) ThrowError(kPathFileAccessError);
     *target->bytes = *source->bytes;
+    target->durable = false;
   }
 }
 
@@ -208,6 +213,7 @@ std::unique_ptr<TextFile> MemoryPlatform::OpenTextFile(const std::string& path, 
   FileEntry& entry = state_->files[path];
   if (entry.read_only) ThrowError(kPathFileAccessError);
   entry.bytes->clear();  // truncated in place, as O_TRUNC does
+  entry.durable = false;
   return std::make_unique<MemoryOutputFile>(state_, path, entry.bytes);
 }
 
@@ -224,9 +230,30 @@ void MemoryPlatform::WriteFileBytes(const std::string& path, std::string_view by
   FileEntry& entry = state_->files[path];
   if (entry.read_only) ThrowError(kPathFileAccessError);
   entry.bytes->clear();
+  entry.durable = false;
   state_->CheckWrite(path);
   entry.bytes->append(bytes);
   state_->CheckFailure(Operation::kClose, path);
+}
+
+std::string MemoryPlatform::CreateTemporaryFile(const std::string& target) {
+  for (;;) {
+    const std::string path = TemporaryFileName(target, ++state_->temporary_counter);
+    if (state_->Find(path) != nullptr) continue;
+    state_->CheckFailure(Operation::kOpenOutput, path);
+    if (state_->FolderExists(path)) ThrowError(kPathFileAccessError);
+    state_->files.emplace(path, FileEntry{});
+    return path;
+  }
+}
+
+void MemoryPlatform::CommitFile(const std::string& temporary, const std::string& target) {
+  state_->CheckFailure(Operation::kFlush, temporary);
+  FileEntry* entry = state_->Find(temporary);
+  if (entry == nullptr) ThrowError(kFileNotFound);
+  entry->durable = true;
+  RenameFile(temporary, target);
+  ++state_->commits;
 }
 
 void MemoryPlatform::Message(const std::string& text, const std::string& title,
@@ -256,7 +283,9 @@ double MemoryPlatform::Random() {
 // --- files ---
 
 void MemoryPlatform::SetFileBytes(const std::string& path, std::string_view bytes) {
-  state_->files[path].bytes->assign(bytes);
+  FileEntry& entry = state_->files[path];
+  entry.bytes->assign(bytes);
+  entry.durable = true;
 }
 
 void MemoryPlatform::SetFileText(const std::string& path, std::string_view utf8) {
@@ -305,6 +334,15 @@ std::vector<std::string> MemoryPlatform::Paths() const {
 }
 
 size_t MemoryPlatform::OpenFileCount() const { return state_->open_files; }
+
+void MemoryPlatform::SimulatePowerLoss() {
+  for (auto& [path, entry] : state_->files) {
+    if (!entry.durable) entry.bytes->clear();
+    entry.durable = true;
+  }
+}
+
+size_t MemoryPlatform::CommitCount() const { return state_->commits; }
 
 // --- failure injection ---
 

@@ -14,6 +14,12 @@
 // that is open for output behaves as on POSIX: the open file keeps writing
 // to the content it was opened on.
 //
+// Durability is modelled too: content written through a file open for
+// output, WriteFileBytes or CopyFile is volatile until CommitFile flushes
+// it, and SimulatePowerLoss() turns every volatile file into what a power
+// cut leaves of an unflushed file (empty), while committed files and files
+// set with SetFileBytes keep their content.
+//
 // The locale starts as Locale::Point() (not the process environment) so that
 // tests behave the same on every machine; call SetLocale to change it.
 //
@@ -43,7 +49,9 @@ namespace mandor {
 class MemoryPlatform : public Platform {
  public:
   // The operations that FailOn can make fail.
-  enum class Operation { kCopy, kDelete, kRename, kOpenInput, kOpenOutput, kWrite, kClose, kList };
+  // A temporary file's creation counts as kOpenOutput; CommitFile checks
+  // kFlush on the temporary file, then kRename.
+  enum class Operation { kCopy, kDelete, kRename, kOpenInput, kOpenOutput, kWrite, kClose, kList, kFlush };
 
   // A message or a question shown through the platform.
   struct RecordedMessage {
@@ -74,6 +82,12 @@ class MemoryPlatform : public Platform {
   // FailWriteAfter counts the whole content as one line, and a failed write
   // leaves the file truncated, as a full disk would.
   void WriteFileBytes(const std::string& path, std::string_view bytes) override;
+  // Names counted from 1; exclusive (an existing file is skipped, never
+  // touched). Honours the kOpenOutput failures.
+  std::string CreateTemporaryFile(const std::string& target) override;
+  // Makes the temporary file durable and renames it over target. Honours
+  // the kFlush and kRename failures.
+  void CommitFile(const std::string& temporary, const std::string& target) override;
   void Message(const std::string& text, const std::string& title, MessageStyle style) override;
   // Records the question (style kQuestion) and returns the next queued
   // answer, or the standing answer (No unless SetAnswer changed it).
@@ -103,6 +117,11 @@ class MemoryPlatform : public Platform {
   std::vector<std::string> Paths() const;
   // The number of text files opened and not yet closed.
   size_t OpenFileCount() const;
+  // What a power cut leaves: every file written since it was last flushed
+  // (by CommitFile) or set (SetFileBytes) becomes empty.
+  void SimulatePowerLoss();
+  // The number of CommitFile calls that succeeded.
+  size_t CommitCount() const;
 
   // --- failure injection ---
   // Makes every later `op` whose path (either path, for copy and rename)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -11,6 +12,12 @@
 
 #include "mandor/util/buffer_text_file.h"
 #include "mandor/util/error.h"
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace mandor {
 
@@ -117,12 +124,66 @@ Platform* current_platform = nullptr;
 // mantissa exactly, so 1.0 can never come out.
 double UnitInterval(uint64_t bits) { return static_cast<double>(bits >> 11) * 0x1.0p-53; }
 
+// How many names a temporary file tries before giving up: only a folder
+// crowded with files of exactly these names, or one that refuses new files,
+// runs out of them.
+constexpr int kTemporaryAttempts = 64;
+
 }  // namespace
+
+std::string TemporaryFileName(const std::string& target, uint64_t n) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  char suffix[] = ".~00000000.tmp";
+  for (int k = 0; k < 8; ++k) suffix[2 + k] = kHex[(n >> (28 - 4 * k)) & 0xF];
+  std::string name;
+  name.reserve(target.size() + sizeof suffix);
+  name.append(target).append(suffix);
+  return name;
+}
 
 std::vector<std::string> TextFile::ReadRemainingLines() {
   std::vector<std::string> lines;
   while (!AtEnd()) lines.push_back(ReadLine());
   return lines;
+}
+
+// --- replacing a file safely ---
+
+// Without exclusive creation of its own, a platform looks before it
+// creates; SystemPlatform and MemoryPlatform create exclusively.
+std::string Platform::CreateTemporaryFile(const std::string& target) {
+  static uint64_t counter = 0;
+  for (int attempt = 0; attempt < kTemporaryAttempts; ++attempt) {
+    const std::string path = TemporaryFileName(target, ++counter);
+    if (FileExists(path)) continue;
+    WriteFileBytes(path, "");
+    return path;
+  }
+  ThrowError(kPathFileAccessError, "No temporary file can be created beside " + target);
+}
+
+void Platform::CommitFile(const std::string& temporary, const std::string& target) {
+  RenameFile(temporary, target);
+}
+
+void Platform::ReplaceFile(const std::string& target,
+                           const std::function<void(const std::string& temporary)>& write) {
+  const std::string temporary = CreateTemporaryFile(target);
+  try {
+    write(temporary);
+    CommitFile(temporary, target);
+  } catch (...) {
+    try {
+      if (FileExists(temporary)) DeleteFile(temporary);
+    } catch (const std::exception&) {
+      // The temporary file stays; the target is unchanged all the same.
+    }
+    throw;
+  }
+}
+
+void Platform::ReplaceFileBytes(const std::string& target, std::string_view bytes) {
+  ReplaceFile(target, [&](const std::string& temporary) { WriteFileBytes(temporary, bytes); });
 }
 
 // --- SystemPlatform ---
@@ -219,7 +280,56 @@ void SystemPlatform::WriteFileBytes(const std::string& path, std::string_view by
   if (std::fclose(file) != 0 || !written) ThrowError(kPathFileAccessError);
 }
 
-#ifndef _WIN32  // Windows shows real message boxes (platform_win.cpp).
+#ifndef _WIN32  // Windows has its own (platform_win.cpp).
+std::string SystemPlatform::CreateTemporaryFile(const std::string& target) {
+  static std::mt19937_64 generator{std::random_device{}()};
+  for (int attempt = 0; attempt < kTemporaryAttempts; ++attempt) {
+    const std::string path = TemporaryFileName(target, generator());
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0) {
+      ::close(fd);
+      return path;
+    }
+    if (errno != EEXIST) break;
+  }
+  ThrowError(kPathFileAccessError, "No temporary file can be created beside " + target);
+}
+
+namespace {
+
+// fsync of an open descriptor, retried when a signal interrupts it.
+bool SyncDescriptor(int fd) {
+  int result;
+  do {
+    result = ::fsync(fd);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+}  // namespace
+
+void SystemPlatform::CommitFile(const std::string& temporary, const std::string& target) {
+  if (!IsRegularFile(temporary)) ThrowError(kFileNotFound);
+  const int fd = ::open(temporary.c_str(), O_WRONLY | O_CLOEXEC);
+  if (fd < 0) ThrowError(kPathFileAccessError);
+  // The replacement keeps the permissions the user gave the file it replaces.
+  struct stat target_status {};
+  if (::stat(target.c_str(), &target_status) == 0 && S_ISREG(target_status.st_mode)) {
+    (void)::fchmod(fd, target_status.st_mode & 07777);
+  }
+  const bool synced = SyncDescriptor(fd);
+  if (::close(fd) != 0 || !synced) ThrowError(kPathFileAccessError);
+  if (::rename(temporary.c_str(), target.c_str()) != 0) ThrowError(kPathFileAccessError);
+  // The new directory entry is durable only once its folder is flushed.
+  const fs::path folder = NativePath(target).parent_path();
+  const int dir = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dir < 0) ThrowError(kPathFileAccessError);
+  const bool folder_synced = SyncDescriptor(dir);
+  ::close(dir);
+  if (!folder_synced) ThrowError(kPathFileAccessError);
+}
+
+// Windows shows real message boxes (platform_win.cpp).
 void SystemPlatform::Message(const std::string& text, const std::string& title, MessageStyle) {
   if (title.empty()) {
     std::cerr << text << std::endl;

@@ -11,6 +11,8 @@
 #ifndef MANDOR_UTIL_PLATFORM_H_
 #define MANDOR_UTIL_PLATFORM_H_
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -22,8 +24,9 @@ namespace mandor {
 
 // A sequential text file opened for input or output. Lines are UTF-8 in
 // memory; on disk they are Windows-1252 with CR LF line ends. A character
-// that Windows-1252 cannot hold is written as "?". Reading accepts CR LF,
-// bare LF and a last line without a line end.
+// that Windows-1252 cannot hold is written as "?". Reading ends lines at CR
+// LF in a file that holds one, and at LF in a file that holds none (see
+// buffer_text_file.h); a last line needs no line end.
 class TextFile {
  public:
   virtual ~TextFile() = default;
@@ -86,6 +89,33 @@ class Platform {
   // rename it when that matters).
   virtual void WriteFileBytes(const std::string& path, std::string_view bytes) = 0;
 
+  // --- replacing a file safely ---
+  // Every save that replaces a file goes through ReplaceFile or
+  // ReplaceFileBytes: the new content is written to a temporary file of the
+  // target's folder, made durable, then renamed over the target. The target
+  // is therefore, at any moment and after a crash or a power cut, either its
+  // old content or its complete new content; a user's file is never used as
+  // the temporary file.
+  //
+  // Creates a new, empty file in the folder of target under a name that no
+  // file bears yet (created exclusively: an existing file is never opened or
+  // truncated) and returns its path. The name starts with the target's and
+  // ends in ".tmp". Error 75 when no such file can be created.
+  virtual std::string CreateTemporaryFile(const std::string& target);
+  // Puts a complete temporary file in place: flushes its content to the
+  // device, renames it over target (replacing the target atomically) and
+  // flushes the folder so that the rename itself survives a power cut.
+  // Error 53 when temporary is missing, 75 otherwise; on failure the target
+  // is unchanged.
+  virtual void CommitFile(const std::string& temporary, const std::string& target);
+  // Creates a temporary file for target, lets write fill it (write gets its
+  // path and may open it for output), then commits it over target. When
+  // write or the commit throws, the temporary file is removed (quietly) and
+  // the exception goes on; the target is then as it was.
+  void ReplaceFile(const std::string& target, const std::function<void(const std::string& temporary)>& write);
+  // ReplaceFile with bytes as the whole new content.
+  void ReplaceFileBytes(const std::string& target, std::string_view bytes);
+
   // --- messages ---
   // Shows a modal message with an OK button.
   virtual void Message(const std::string& text, const std::string& title, MessageStyle style) = 0;
@@ -118,10 +148,21 @@ class SystemPlatform : public Platform {
   std::unique_ptr<TextFile> OpenTextFile(const std::string& path, OpenMode mode) override;
   std::string ReadFileBytes(const std::string& path) override;
   void WriteFileBytes(const std::string& path, std::string_view bytes) override;
+  // O_CREAT | O_EXCL (CREATE_NEW on Windows) under a random name.
+  std::string CreateTemporaryFile(const std::string& target) override;
+  // fsync of the file, rename(2), fsync of the folder; on Windows
+  // FlushFileBuffers, then MoveFileExW(MOVEFILE_REPLACE_EXISTING |
+  // MOVEFILE_WRITE_THROUGH).
+  void CommitFile(const std::string& temporary, const std::string& target) override;
   void Message(const std::string& text, const std::string& title, MessageStyle style) override;
   bool AskYesNo(const std::string& text, const std::string& title) override;
   double Random() override;
 };
+
+// The name of a temporary file beside target: target's name, ".~", the low
+// 32 bits of n in 8 hexadecimal digits, ".tmp". Platforms draw n at random
+// (or count) and create the file exclusively.
+std::string TemporaryFileName(const std::string& target, uint64_t n);
 
 // The platform the library currently uses. Never null.
 Platform& CurrentPlatform();

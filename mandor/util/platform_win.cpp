@@ -7,10 +7,13 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <random>
 #include <string>
 
+#include "mandor/util/error.h"
 #include "mandor/util/locale.h"
 #include "mandor/util/platform.h"
 #include "mandor/util/text.h"
@@ -68,6 +71,40 @@ bool SystemPlatform::AskYesNo(const std::string& text, const std::string& title)
     return EqualsIgnoreCase(answer, "yes");
   }
   return Show(text, title, MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+std::string SystemPlatform::CreateTemporaryFile(const std::string& target) {
+  static std::mt19937_64 generator{std::random_device{}()};
+  for (int attempt = 0; attempt < 64; ++attempt) {
+    const std::string path = TemporaryFileName(target, generator());
+    const HANDLE file = CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+      CloseHandle(file);
+      return path;
+    }
+    const DWORD error = GetLastError();
+    if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS) break;
+  }
+  ThrowError(kPathFileAccessError, "No temporary file can be created beside " + target);
+}
+
+void SystemPlatform::CommitFile(const std::string& temporary, const std::string& target) {
+  const std::wstring from = Wide(temporary);
+  const DWORD attributes = GetFileAttributesW(from.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+    ThrowError(kFileNotFound);
+  }
+  const HANDLE file = CreateFileW(from.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                                  nullptr);
+  if (file == INVALID_HANDLE_VALUE) ThrowError(kPathFileAccessError);
+  const bool flushed = FlushFileBuffers(file) != 0;
+  CloseHandle(file);
+  if (!flushed) ThrowError(kPathFileAccessError);
+  // MOVEFILE_WRITE_THROUGH returns only once the move is on the disk.
+  if (!MoveFileExW(from.c_str(), Wide(target).c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    ThrowError(kPathFileAccessError);
+  }
 }
 
 Locale WindowsUserLocale() {

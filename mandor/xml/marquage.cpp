@@ -84,6 +84,10 @@ std::shared_ptr<Mandor> cMarquage::AddItemWithNode(pugi::xml_node oNode, std::st
     document->Type_Document = document->DOCUMENT_PRIX();
   } else if (type == "AE" || type == "PC") {
     document->Type_Document = document->DOCUMENT_AE();
+  } else {
+    // A code outside the table gives no kind: the one Nom_Document derived
+    // from the file name ("..._ae" would make an engagement act) is dropped.
+    document->Type_Document.clear();
   }
   document->Répertoire_Document = sPath;
   document->oOwnerMarquage(shared_from_this());

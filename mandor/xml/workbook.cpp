@@ -113,6 +113,7 @@ bool WorkbookDocument::LoadFromBytes(std::string bytes, Keep keep) {
   // Without a UTF-16 or UTF-32 start, automatic detection finds UTF-8 too.
   const bool wide = bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes.substr(0, 2) == "\xFF\xFE" ||
                                           bytes.substr(0, 2) == "\xFE\xFF");
+  wide_ = wide;
   const unsigned options = keep == Keep::kWhole ? kParseOptions : kParseOptions & ~pugi::parse_ws_pcdata;
   pugi::xml_parse_result result;
   if (encoding != pugi::encoding_latin1 && !wide) {
@@ -138,6 +139,10 @@ std::string WorkbookDocument::ToBytes() const {
       break;
     }
   }
+  // A file that declares UTF-16 but was read as 8-bit text is written back
+  // as it was read: converting it would change (or drop) every byte that
+  // is not valid UTF-8, and the names the document was read with with them.
+  if (encoding == FileEncoding::kUtf16 && !wide_) encoding = FileEncoding::kUtf8;
   unsigned options = kSaveOptions;
   if (bom_ || encoding == FileEncoding::kUtf16) options |= pugi::format_write_bom;
   std::ostringstream out;
@@ -145,12 +150,14 @@ std::string WorkbookDocument::ToBytes() const {
     case FileEncoding::kUtf16:
       doc_.save(out, "", options, pugi::encoding_utf16_le);
       return out.str();
+    // What a single-byte charset cannot hold is written as a character
+    // reference, so that a value the user typed reads back equal.
     case FileEncoding::kLatin1:
-      doc_.save(out, "", options & ~pugi::format_write_bom, pugi::encoding_latin1);
-      return out.str();
+      doc_.save(out, "", options & ~pugi::format_write_bom, pugi::encoding_utf8);
+      return Utf8ToSingleByteXml(out.str(), SingleByteCharset::kLatin1);
     case FileEncoding::kWindows1252:
       doc_.save(out, "", options & ~pugi::format_write_bom, pugi::encoding_utf8);
-      return Utf8ToWindows1252(out.str());
+      return Utf8ToSingleByteXml(out.str(), SingleByteCharset::kWindows1252);
     case FileEncoding::kUtf8:
       break;
   }
@@ -158,20 +165,6 @@ std::string WorkbookDocument::ToBytes() const {
   return out.str();
 }
 
-void WorkbookDocument::Save(const std::string& path) const {
-  const std::string bytes = ToBytes();
-  const std::string temporary = path + ".tmp";
-  Platform& platform = CurrentPlatform();
-  try {
-    platform.WriteFileBytes(temporary, bytes);
-    platform.RenameFile(temporary, path);
-  } catch (...) {
-    try {
-      if (platform.FileExists(temporary)) platform.DeleteFile(temporary);
-    } catch (const std::exception&) {
-    }
-    throw;
-  }
-}
+void WorkbookDocument::Save(const std::string& path) const { CurrentPlatform().ReplaceFileBytes(path, ToBytes()); }
 
 }  // namespace mandor

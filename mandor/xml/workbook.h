@@ -7,6 +7,8 @@
 // names none, UTF-16, ISO-8859-1 or Windows-1252), through a temporary file
 // renamed over the target, so that a failed save never leaves a truncated
 // catalogue.
+//
+// Not thread-safe; one document is used by one thread at a time.
 #ifndef MANDOR_XML_WORKBOOK_H_
 #define MANDOR_XML_WORKBOOK_H_
 
@@ -37,7 +39,8 @@ class WorkbookDocument {
   // document (move them in to spare a copy).
   bool LoadFromBytes(std::string bytes, Keep keep = Keep::kWhole);
 
-  // Writes the document to path through path + ".tmp" and a rename. Throws
+  // Replaces the file at path with the document (Platform::ReplaceFileBytes:
+  // a temporary file beside it, flushed, renamed over it). Throws
   // mandor::Error (the platform's error number, 75 for a failed write) on
   // failure; the target is then unchanged and the temporary file removed.
   void Save(const std::string& path) const;
@@ -54,7 +57,8 @@ class WorkbookDocument {
   // hold its names and values, so they go after it.
   std::string buffer_;
   pugi::xml_document doc_;
-  bool bom_ = false;  // the loaded file started with a byte-order mark
+  bool bom_ = false;   // the loaded file started with a byte-order mark
+  bool wide_ = false;  // the loaded file was read as UTF-16
 };
 
 }  // namespace mandor

@@ -37,6 +37,7 @@ namespace {
 
 // Attribute values are written in the invariant form (decimal point).
 std::string SingleText(float v) { return SingleToText(v, Locale::Point()); }
+std::string DoubleText(double v) { return DoubleToText(v, Locale::Point()); }
 
 void Set(pugi::xml_node element, const char* name, const std::string& value) {
   if (!element) ThrowError(kObjectNotSet, std::string("Object variable not set (element for ") + name + ")");
@@ -61,18 +62,15 @@ pugi::xml_node FindImage(const pugi::xml_node& xml, const std::string& id) {
   return {};
 }
 
-// The worksheet that holds the markings: the one named after the catalogue
-// ("mn:Name" of mn:MANDOR), which is the one the reader reads; the first
-// worksheet with a table when none bears that name. Other worksheets of the
-// workbook are never written.
+// The worksheet that holds the markings: the first one named after the
+// catalogue ("mn:Name" of mn:MANDOR) that has a table, which is the one the
+// reader reads. None when no worksheet bears that name (renamed in a
+// spreadsheet program): the read saw no rows then, and the save must not
+// touch rows it did not see in another worksheet.
 pugi::xml_node MarkingWorksheet(const pugi::xml_node& xml) {
   const std::string name = Peek(XmlSelectNode(xml, "Workbook/mn:MANDOR"), "mn:Name");
-  const std::vector<pugi::xml_node> sheets = XmlSelectNodes(xml, "Workbook/Worksheet");
-  for (const pugi::xml_node& sheet : sheets) {
+  for (const pugi::xml_node& sheet : XmlSelectNodes(xml, "Workbook/Worksheet")) {
     if (Peek(sheet, "ss:Name") == name && sheet.child("Table")) return sheet;
-  }
-  for (const pugi::xml_node& sheet : sheets) {
-    if (sheet.child("Table")) return sheet;
   }
   return {};
 }
@@ -157,20 +155,32 @@ WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id
   // The elements first, then the maps sized for them at once: a large
   // worksheet's maps would otherwise be rehashed many times over.
   std::vector<std::pair<pugi::xml_node, pugi::xml_node>> irows;  // (mn:iRow, its row)
+  std::vector<bool> read;  // the reader reads the element: its row has an mn:iRow of the document
   ForEachChildElement(table, "Row", [&](const pugi::xml_node& row) {
+    const size_t first_irow = irows.size();
     ForEachChildElement(row, "mn:iRow", [&](const pugi::xml_node& irow) {
       if (id == irow.attribute("mn:ID").value()) irows.emplace_back(irow, row);
     });
+    const bool row_read = irows.size() > first_irow;
     ForEachChildElement(row, "Cell", [&](const pugi::xml_node& cell) {
       ForEachChildElement(cell, "mn:iCell", [&](const pugi::xml_node& icell) {
-        if (id == icell.attribute("mn:ID").value()) index.all_cells.push_back(icell);
+        if (id == icell.attribute("mn:ID").value()) {
+          index.all_cells.push_back(icell);
+          read.push_back(row_read);
+        }
       });
     });
   });
   index.rows.reserve(irows.size());
   for (const auto& [irow, row] : irows) index.rows.emplace(Peek(irow, "mn:Name"), row);
+  // A name's element is the one the reader took the field from: the first
+  // in a row it reads, else the first anywhere.
   index.cells.reserve(index.all_cells.size());
-  for (size_t i = 0; i < index.all_cells.size(); ++i) index.cells.emplace(Peek(index.all_cells[i], "mn:Name"), i);
+  for (const bool pass_read : {true, false}) {
+    for (size_t i = 0; i < index.all_cells.size(); ++i) {
+      if (read[i] == pass_read) index.cells.emplace(Peek(index.all_cells[i], "mn:Name"), i);
+    }
+  }
   return index;
 }
 
@@ -183,6 +193,60 @@ std::unordered_map<std::string, pugi::xml_node> IndexPages(const pugi::xml_node&
     pages.emplace(number ? std::to_string(static_cast<long long>(*number)) : id, page);
   }
   return pages;
+}
+
+// Whether a later step of the save writes the field: the recurrent step
+// writes the recurrent fields (flagged, or listed in ChampsRecurrents), the
+// data-contract step the listed data-contract fields when the image has its
+// mn:DataContrat. Any other field is written by the cells step, whatever
+// its flags, so that no field the document holds is left out of the file.
+bool WrittenByLaterStep(const Mandor& mandor, const std::shared_ptr<CChamp>& champ, bool has_data_contract) {
+  const std::string nom = champ->Nom();
+  const auto listed = [&](const Collection<CChamp>& list) {
+    return list.Contains(nom) && list.Item(std::string_view(nom)) == champ;
+  };
+  if (champ->IsDataContrat()) return has_data_contract && listed(mandor.champsDataContrat);
+  return champ->Recurrent() || listed(mandor.ChampsRecurrents);
+}
+
+// A save that would lose a data-contract field fails instead: without the
+// image's mn:DataContrat the data-contract step writes nothing, so every
+// data-contract field must already have its mn:iCell in the marking
+// worksheet, where the cells step rewrites it. Error 5 otherwise, before
+// anything is written.
+void CheckDataContratPlace(const pugi::xml_node& xml, const pugi::xml_node& image, const Mandor& mandor) {
+  if (image.child("mn:DataContrat")) return;
+  std::unordered_set<std::string> in_worksheet;
+  if (const pugi::xml_node table = MarkingWorksheet(xml).child("Table")) {
+    for (const pugi::xml_node& icell : IndexWorksheet(table, mandor.Id).all_cells) {
+      in_worksheet.insert(Peek(icell, "mn:Name"));
+    }
+  }
+  const auto check = [&](const std::shared_ptr<CChamp>& champ) {
+    if (!champ || in_worksheet.count(champ->Nom()) != 0) return;
+    ThrowError(kInvalidArgument, "the image " + mandor.Id + " has no mn:DataContrat to hold the data-contract field " +
+                                     champ->Nom());
+  };
+  for (const auto& champ : mandor.champsDataContrat) check(champ);
+  for (const auto& champ : mandor.Champs) {
+    if (champ && champ->IsDataContrat()) check(champ);
+  }
+}
+
+// The rewritten element of a field goes last in its cell. When an older
+// element of the same document and name comes before it there, the reader
+// would take that one the next time: the new element is put before it.
+void KeepAheadOfNamesakes(pugi::xml_node node) {
+  pugi::xml_node cell = node.parent();
+  const std::string_view id = node.attribute("mn:ID").value();
+  const std::string_view name = node.attribute("mn:Name").value();
+  for (pugi::xml_node sibling = cell.first_child(); sibling && sibling != node; sibling = sibling.next_sibling()) {
+    if (std::string_view(sibling.name()) == "mn:iCell" && id == sibling.attribute("mn:ID").value() &&
+        name == sibling.attribute("mn:Name").value()) {
+      cell.insert_move_before(node, sibling);
+      return;
+    }
+  }
 }
 
 // Carries an error of the cells step past the save's own handler.
@@ -208,7 +272,12 @@ bool Mandor::SauvegarderMarquageXml(std::shared_ptr<Mandor>& oMandor) {
     }
     const pugi::xml_node xml = workbook.document();
     const pugi::xml_node image = EcrireImageXml(xml, oMandor);
-    if (image) EcrireColonnesXml(image, oMandor);
+    // Without its image the document's page-level, recurrent and
+    // data-contract fields have nowhere to go: the save fails rather than
+    // report success with them left out.
+    if (!image) ThrowError(kObjectNotSet, "Object variable not set (no mn:Image of ID " + oMandor->Id + ")");
+    CheckDataContratPlace(xml, image, *oMandor);
+    EcrireColonnesXml(image, oMandor);
     EcrireLignesXml(MarkingWorksheet(xml).child("Table"), oMandor);
     EffacerCellulesPagesXml(image, oMandor);
     try {
@@ -325,8 +394,12 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
         // that name left from an earlier row is pointed at the new one
         // rather than doubled (a workbook cannot hold a name twice).
         const size_t bang = nump_reference.rfind('!');
-        const std::string sheet = bang == std::string::npos ? "=" + QuotedSheetName(Peek(worksheet, "ss:Name"))
-                                                            : nump_reference.substr(0, bang);
+        std::string sheet;
+        if (bang == std::string::npos) {
+          sheet.append("=").append(QuotedSheetName(Peek(worksheet, "ss:Name")));
+        } else {
+          sheet = nump_reference.substr(0, bang);
+        }
         const std::string refers_to = sheet + "!R" + std::to_string(last_row) + "C" + std::to_string(nump_column);
         const std::string range_name = "P_0_" + nom;
         pugi::xml_node range;
@@ -401,14 +474,16 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
   const auto write_on_page = [&](CChamp& champ) {
     pugi::xml_node node = XmlCreateElement(XmlCreateElement(page_of(champ), "Cell"), "mn:iCell");
     champ.MajXmlNodeFromChampProperties(node);
+    return node;
   };
+  const bool has_data_contract = static_cast<bool>(image.child("mn:DataContrat"));
 
   for (const auto& champ : oMandor->Champs) {
     const std::string nom = champ->Nom();
     // Recurrent and data-contract fields have steps of their own and no
     // rulers to place them in the worksheet; they are left to those steps
-    // whatever their name.
-    if (champ->Recurrent() || champ->IsDataContrat()) continue;
+    // whatever their name, when those steps write them.
+    if (WrittenByLaterStep(*oMandor, champ, has_data_contract)) continue;
     if (IsPageLevelName(nom)) {
       write_on_page(*champ);
       continue;
@@ -437,13 +512,26 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
       if (!row || column < 1) {
         // No place for it in the worksheet (a field read from a page-level
         // cell, or whose rulers have no row or named column): it stays a
-        // page-level field rather than making the save fail.
-        write_on_page(*champ);
+        // page-level field rather than making the save fail. A page-level
+        // cell is read without rulers, so it states its whole position: the
+        // parts its rulers would have given are written out too.
+        pugi::xml_node node = write_on_page(*champ);
+        if (champ->oRegleV()) {
+          Set(node, "mn:X", SingleText(champ->Position_pixel_Left));
+          Set(node, "mn:W", DoubleText(static_cast<double>(champ->Position_pixel_Right) -
+                                       static_cast<double>(champ->Position_pixel_Left)));
+        }
+        if (champ->oRegleH()) {
+          Set(node, "mn:Y", SingleText(champ->Position_pixel_Top));
+          Set(node, "mn:H", DoubleText(static_cast<double>(champ->Position_pixel_Bottom) -
+                                       static_cast<double>(champ->Position_pixel_Top)));
+        }
         continue;
       }
       node = XmlCreateElement(CellOfColumn(row, column, regle_v->Nom), "iCell");
     }
     champ->MajXmlNodeFromChampProperties(node);
+    KeepAheadOfNamesakes(node);
     // Nothing above changes the map, so the place found for the name still holds.
     if (known != index.cells.end()) {
       current[known->second] = node;
@@ -455,13 +543,14 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
     }
   }
 
-  // The worksheet keeps exactly the mn:iCell elements just written for this
-  // document: those of fields deleted from the document go, and so do those
-  // of fields now written elsewhere (page-level, recurrent, data contract) or
-  // a second element of the same name, which reading back would find twice.
+  // Clean-up: an mn:iCell of this document goes only when the document no
+  // longer has a field of its name. An element the save did not rewrite
+  // (a second one of the same name, one of a field now written elsewhere)
+  // stays as it was: removing it could remove the values the user had.
   // Other documents' elements stay.
   for (size_t i = 0; i < index.all_cells.size(); ++i) {
     if (rewritten[i]) continue;
+    if (oMandor->Champs.Contains(Peek(index.all_cells[i], "mn:Name"))) continue;
     if (pugi::xml_node cell = index.all_cells[i].parent()) cell.remove_child(index.all_cells[i]);
   }
 }

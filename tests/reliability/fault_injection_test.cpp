@@ -61,6 +61,12 @@ class FaultPlatform : public MemoryPlatform {
   void WriteFileBytes(const std::string& path, std::string_view bytes) override {
     Touch("write-bytes " + path), MemoryPlatform::WriteFileBytes(path, bytes);
   }
+  std::string CreateTemporaryFile(const std::string& target) override {
+    return Touch("create-temporary " + target), MemoryPlatform::CreateTemporaryFile(target);
+  }
+  void CommitFile(const std::string& temporary, const std::string& target) override {
+    Touch("flush " + temporary), MemoryPlatform::CommitFile(temporary, target);
+  }
 
  private:
   class File : public TextFile {

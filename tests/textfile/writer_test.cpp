@@ -188,13 +188,13 @@ TEST_F(WriterTest, DefDeviseComesFromTheCatalogue) {
 }
 
 // Every file operation failing in turn is covered by the fault-injection
-// test; here the message, the name and the backup when a null member of a
-// collection stops its section.
+// test; here the message, the name and the backup when a full disk stops a
+// section part-way.
 TEST_F(WriterTest, FailurePartWayKeepsThePreviousMarking) {
   const std::string previous = "[Calage]\r\nType=0\r\n";
   platform_->SetFileBytes(kTarget, previous);
   auto doc = BuildPriceSchedule();
-  doc->Pages.Item(2L)->Champs.Add(nullptr);
+  platform_->FailWriteAfter(20, ".tmp");
   EXPECT_EQ(doc->SauvegarderMarquageEx(false), 0);
   EXPECT_EQ(Bytes(kTarget) + Bytes(kBackup), previous + previous) << "the marking is not truncated";
   ASSERT_EQ(platform_->messages().size(), 1u);

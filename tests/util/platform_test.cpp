@@ -59,10 +59,13 @@ void ExpectCommonBehaviour(Platform& p, const std::string& dir,
   EXPECT_EQ(ReadAll(p, dir + "doc.xnf"), (Lines{"é€Œ", "", "?\x7F\u00FF"}));
   p.OpenTextFile(dir + "doc.xnf", OpenMode::kOutput)->WriteLine("short");
   EXPECT_EQ(raw(dir + "doc.xnf"), "short\r\n");  // output truncates
-  // A bare CR belongs to its line; an empty line between two line ends counts.
+  // A file with CR LF ends its lines there only: a lone LF or CR belongs to
+  // its line (a value holding one is not split). A file without CR LF ends
+  // its lines at LF. An empty line between two line ends counts.
   const struct { std::string bytes; Lines lines; } cases[] = {
-      {"one\ntwo\r\nthree", {"one", "two", "three"}}, {"a\r\n", {"a"}}, {"", {}}, {"\r\n", {""}},
-      {"a\r\n\nb\rc\r\n\r\n", {"a", "", "b\rc", ""}}};
+      {"one\ntwo\r\nthree", {"one\ntwo", "three"}}, {"a\r\n", {"a"}}, {"", {}}, {"\r\n", {""}},
+      {"a\r\n\nb\rc\r\n\r\n", {"a", "\nb\rc", ""}}, {"one\ntwo\n\nthree", {"one", "two", "", "three"}},
+      {"a\rb\n", {"a\rb"}}, {"x=1\r\ny=a\nb\r\nz=c\rd\r\n", {"x=1", "y=a\nb", "z=c\rd"}}};
   for (const auto& c : cases) {
     set_raw(dir + "in.cnf", c.bytes);
     EXPECT_EQ(ReadAll(p, dir + "in.cnf"), c.lines) << c.bytes;

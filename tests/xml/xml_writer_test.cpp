@@ -139,9 +139,10 @@ TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   auto catalogue = Read();
   auto dqe = catalogue->Item("mn1");
   // The reader's recurrent field is written even when it is only in Champs;
-  // a worksheet field made recurrent moves to the list (no second element
-  // that reading back would find twice); the data contract is never in the
-  // worksheet and takes the changed and added fields.
+  // a worksheet field made recurrent is written to the list and its
+  // worksheet element stays (its name is still the document's; reading back
+  // takes the list's first); the data contract is never in the worksheet and
+  // takes the changed and added fields.
   dqe->ChampsRecurrents = Collection<CChamp>();
   ASSERT_TRUE(dqe->Champs.Contains("NumMarché"));
   dqe->Champs.Item("1.1_Qté")->Recurrent(true);
@@ -158,8 +159,9 @@ TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   ExpectSaved("recurrent_contract.xml");
   EXPECT_TRUE(Read()->Item("mn1")->Champs.Item("1.1_Qté")->Recurrent());
 
-  // Without recurrent fields no list; a document without mn:DataContrat
-  // saves without one.
+  // Without recurrent fields no list. A document without mn:DataContrat has
+  // no place for a new data-contract field: the save fails with its message
+  // and leaves the file as it was, rather than report success without it.
   dqe->Champs.Item("1.1_Qté")->Recurrent(false);
   dqe->Champs.Remove("NumMarché");
   auto bpu = catalogue->Item("mn2");
@@ -167,8 +169,21 @@ TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   loose->IsDataContrat(true);
   bpu->champsDataContrat.Add(loose, "Remise");
   ASSERT_TRUE(Save(dqe));
+  const std::string before = Bytes();
+  platform_->ClearMessages();
+  EXPECT_FALSE(Save(bpu));
+  EXPECT_EQ(Bytes(), before);
+  ASSERT_EQ(platform_->messages().size(), 1u);
+  EXPECT_NE(platform_->messages()[0].text.find("Remise"), std::string::npos) << platform_->messages()[0].text;
+  EXPECT_EQ(platform_->messages()[0].title, "Sauvegarde annulée");
+  // Without the data-contract flag the same field is an ordinary one and is
+  // written as a page-level cell.
+  loose->IsDataContrat(false);
+  loose->Page = 1;
+  bpu->champsDataContrat.Remove("Remise");
   ASSERT_TRUE(Save(bpu));
   ExpectSaved("no_recurrent.xml");
+  EXPECT_TRUE(Read()->Item("mn2")->Champs.Contains("Remise"));
 }
 
 TEST_F(XmlWriterTest, ManyFieldsInOneCellAreRebuiltOnceEach) {
