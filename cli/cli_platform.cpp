@@ -154,6 +154,16 @@ void CliPlatform::WriteFileBytes(const std::string& path, std::string_view bytes
   Guarded(*this, path, [&] { SystemPlatform::WriteFileBytes(path, bytes); });
 }
 
+// The target is named: it is the file the user asked for, and the folder
+// where the temporary file goes is the target's.
+std::string CliPlatform::CreateTemporaryFile(const std::string& target) {
+  return Guarded(*this, target, [&] { return SystemPlatform::CreateTemporaryFile(target); });
+}
+
+void CliPlatform::CommitFile(const std::string& temporary, const std::string& target) {
+  Guarded(*this, target, [&] { SystemPlatform::CommitFile(temporary, target); });
+}
+
 CliPlatform* CurrentCliPlatform() { return dynamic_cast<CliPlatform*>(&mandor::CurrentPlatform()); }
 
 }  // namespace mandor_cli

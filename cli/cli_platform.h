@@ -49,6 +49,8 @@ class CliPlatform : public mandor::SystemPlatform {
   std::unique_ptr<mandor::TextFile> OpenTextFile(const std::string& path, mandor::OpenMode mode) override;
   std::string ReadFileBytes(const std::string& path) override;
   void WriteFileBytes(const std::string& path, std::string_view bytes) override;
+  std::string CreateTemporaryFile(const std::string& target) override;
+  void CommitFile(const std::string& temporary, const std::string& target) override;
 
   const std::vector<RecordedMessage>& messages() const { return messages_; }
 

@@ -340,17 +340,9 @@ std::string PrintToPdfBytes(Mandor& document, const PrintOptions& options, Print
 PrintReport PrintToPdf(Mandor& document, const PrintOptions& options, const std::string& output) {
   PrintReport report;
   const std::string bytes = PrintToPdfBytes(document, options, report);
-  mandor::Platform& platform = mandor::CurrentPlatform();
-  const std::string temporary = output + ".tmp-print";
   try {
-    platform.WriteFileBytes(temporary, bytes);
-    platform.RenameFile(temporary, output);
+    mandor::CurrentPlatform().ReplaceFileBytes(output, bytes);
   } catch (const std::exception& e) {
-    try {
-      if (platform.FileExists(temporary)) platform.DeleteFile(temporary);
-    } catch (const std::exception&) {
-      // The first failure is the one worth reporting.
-    }
     throw PrintFailure("cannot write " + output + ": " + e.what(), report.warnings);
   }
   return report;

@@ -534,7 +534,6 @@ TEST(PrintRobustness, AbsurdMarkingsStillPrint) {
   auto platform = std::make_shared<MemoryPlatform>();
   ScopedPlatform scope(platform);
   auto d = test::MakeDocument(2, 1e9f, 1e9f, 300);
-  d->Pages.Add(nullptr, "page_3");
   d->feuille_cm_largeur = 1e30f;
   d->feuille_cm_hauteur = std::numeric_limits<float>::quiet_NaN();
   d->imprimante_OrigineX_cm = std::numeric_limits<float>::infinity();
@@ -543,7 +542,6 @@ TEST(PrintRobustness, AbsurdMarkingsStillPrint) {
   test::AddField(*d, 1, "L1_NaN", std::numeric_limits<float>::quiet_NaN(), 0, 10, 10, "nan");
   test::AddField(*d, 1, "L2_Loin", 1e30f, 1e30f, -1e30f, 2e30f, "loin");
   test::AddField(*d, 1, "L3_Texte", 300, 300, 600, 400, std::string("ok \xff\xfe\x01 fin\r\nsuite"));
-  d->Pages.Item(2L)->Champs.Add(nullptr, "");
   for (const PrintMode mode : {PrintMode::kOnForm, PrintMode::kOverImage, PrintMode::kTestSheet}) {
     PrintOptions options;
     options.mode = mode;
