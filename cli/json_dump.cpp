@@ -477,7 +477,7 @@ void StreamDocument(JsonStreamWriter& writer, const std::shared_ptr<Mandor>& doc
     }
   });
   writer.Key("Valeurs");
-  writer.Value(DocumentValuesJson(book, document));
+  StreamDocumentValues(writer, book, document);
   writer.EndObject();
 }
 

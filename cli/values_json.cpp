@@ -1,6 +1,8 @@
 #include "cli/values_json.h"
 
 #include <exception>
+#include <string>
+#include <unordered_set>
 
 namespace mandor_cli {
 
@@ -17,16 +19,21 @@ std::unique_ptr<ValueBook> DumpValueBook(const std::shared_ptr<mandor::cMarquage
   return nullptr;
 }
 
-Json DocumentValuesJson(const ValueBook* book, const std::shared_ptr<mandor::Mandor>& document) {
-  Json json = Json::object();
-  if (!book || !document) return json;
-  for (const mandor::values::FieldValue& value : book->Values(document)) {
-    Json entry = Json::object();
-    entry["texte"] = value.text;
-    entry["nombre"] = value.number ? Json(*value.number) : Json(nullptr);
-    if (!json.contains(value.field->Nom())) json[value.field->Nom()] = std::move(entry);
+void StreamDocumentValues(JsonStreamWriter& writer, const ValueBook* book,
+                          const std::shared_ptr<mandor::Mandor>& document) {
+  writer.BeginObject();
+  if (book && document) {
+    std::unordered_set<std::string> written;
+    for (const mandor::values::FieldValue& value : book->Values(document)) {
+      if (!written.insert(value.field->Nom()).second) continue;
+      Json entry = Json::object();
+      entry["texte"] = value.text;
+      entry["nombre"] = value.number ? Json(*value.number) : Json(nullptr);
+      writer.Key(value.field->Nom());
+      writer.Value(entry);
+    }
   }
-  return json;
+  writer.EndObject();
 }
 
 }  // namespace mandor_cli

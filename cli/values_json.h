@@ -20,10 +20,12 @@ namespace mandor_cli {
 std::unique_ptr<mandor::values::ValueBook> DumpValueBook(const std::shared_ptr<mandor::cMarquage>& catalogue,
                                                          const std::shared_ptr<mandor::Mandor>& document);
 
-// {"<field name>": {"texte": ..., "nombre": ... or null}, ...} for every
-// field of the document (each name once, the first field of that name), in
-// the order of mandor::values::AllFields; {} without a book.
-Json DocumentValuesJson(const mandor::values::ValueBook* book, const std::shared_ptr<mandor::Mandor>& document);
+// Writes {"<field name>": {"texte": ..., "nombre": ... or null}, ...} for
+// every field of the document (each name once, the first field of that
+// name), in the order of mandor::values::AllFields, one field at a time;
+// {} without a book.
+void StreamDocumentValues(JsonStreamWriter& writer, const mandor::values::ValueBook* book,
+                          const std::shared_ptr<mandor::Mandor>& document);
 
 }  // namespace mandor_cli
 
