@@ -548,7 +548,8 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
       node = XmlCreateElement(CellOfColumn(row, column, regle_v->Nom), "iCell");
     }
     champ->MajXmlNodeFromChampProperties(node);
-    KeepAheadOfNamesakes(node);
+    // (An unnamed element's namesakes go in the clean-up: it stays last.)
+    if (oMandor->Champs.Contains(nom)) KeepAheadOfNamesakes(node);
     if (place != kNew) {
       current[place] = node;
       rewritten[place] = true;
