@@ -490,8 +490,25 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
     }
 
     pugi::xml_node node;
-    const auto known = index.cells.find(nom);
-    if (known != index.cells.end()) node = current[known->second];
+    constexpr size_t kNew = SIZE_MAX;
+    size_t place = kNew;
+    if (const auto known = index.cells.find(nom); known != index.cells.end()) {
+      place = known->second;
+      if (rewritten[place]) {
+        // An earlier field of the same name (unnamed fields share one) has
+        // taken that element: this one takes the next element of the name
+        // not rewritten yet, or is new, so that each element is rewritten
+        // once and a second save gives the same file.
+        place = kNew;
+        for (size_t i = 0; i < index.all_cells.size(); ++i) {
+          if (!rewritten[i] && Peek(index.all_cells[i], "mn:Name") == nom) {
+            place = i;
+            break;
+          }
+        }
+      }
+    }
+    if (place != kNew) node = current[place];
     if (!node) {
       // A new field: the cell at the crossing of its rulers' row and column.
       pugi::xml_node row;
@@ -531,11 +548,11 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
       node = XmlCreateElement(CellOfColumn(row, column, regle_v->Nom), "iCell");
     }
     champ->MajXmlNodeFromChampProperties(node);
-    KeepAheadOfNamesakes(node);
-    // Nothing above changes the map, so the place found for the name still holds.
-    if (known != index.cells.end()) {
-      current[known->second] = node;
-      rewritten[known->second] = true;
+    // (An unnamed element's namesakes go in the clean-up: it stays last.)
+    if (oMandor->Champs.Contains(nom)) KeepAheadOfNamesakes(node);
+    if (place != kNew) {
+      current[place] = node;
+      rewritten[place] = true;
     } else {
       index.cells.emplace(nom, current.size());
       current.push_back(node);
