@@ -558,7 +558,7 @@ RenderResult RenderPage(const Mandor& document, int page_number, double scale, R
     bytes = WriteSvg(scene, name + ", page " + std::to_string(page_number));
   }
   try {
-    mandor::CurrentPlatform().WriteFileBytes(output, bytes);
+    mandor::CurrentPlatform().ReplaceFileBytes(output, bytes);
   } catch (const std::exception& e) {
     throw CommandFailure("cannot write " + output + ": " + e.what());
   }
