@@ -42,6 +42,10 @@ TEST_F(PageImageTest, PdfPagesAndAPdfShortOfPages) {
   EXPECT_TRUE(images.Page(3).empty());
   ASSERT_EQ(images.warnings().size(), 1u);
   EXPECT_EQ(images.warnings()[0], "/scans/form.pdf has 2 pages: no image for page 3");
+  platform_->WriteFileBytes("/scans/one.pdf", MakePdfScan(1));
+  PageImages one = PageImages::OfFile("/scans/one.pdf");
+  EXPECT_TRUE(one.Page(2).empty());
+  EXPECT_EQ(one.warnings().at(0), "/scans/one.pdf has 1 page: no image for page 2");
 }
 
 TEST_F(PageImageTest, TwoPageTiff) {
