@@ -229,16 +229,10 @@ TEST(CliErrors, ControlCharactersFromFilesAreEscaped) {
   // A ruler name and a field name carrying an escape sequence and a C1
   // control (U+009B, 0x9B in Windows-1252 is "›", so written as UTF-8 in a
   // catalogue instead).
-  std::string xnf = ReadBytes(Sample("dqe-menuiseries.det.xnf"));
-  const size_t ruler = xnf.find("|Montant|Arial|10|65|");
-  ASSERT_NE(ruler, std::string::npos);
-  xnf.replace(ruler, 8, "|Mon\x1b[2Jtant");
-  WriteBytes(dir.File("evil.det.xnf"), xnf);
-  std::string xml = ReadBytes(Sample("menuiseries.xml"));
-  const size_t name = xml.find("mn:Name=\"Menuiseries intérieures\"") + 9;
-  ASSERT_NE(name, std::string::npos + 9);
-  xml.replace(name, 11, "Menu\xc2\x9b" "6n");
-  WriteBytes(dir.File("evil.xml"), xml);
+  WriteBytes(dir.File("evil.det.xnf"),
+             SampleWith("dqe-menuiseries.det.xnf", "|Montant|Arial|10|65|", "|Mon\x1b[2Jtant|Arial|10|65|"));
+  WriteBytes(dir.File("evil.xml"), SampleWith("menuiseries.xml", "mn:Name=\"Menuiseries intérieures\"",
+                                              "mn:Name=\"Menu\xc2\x9b" "6n intérieures\""));
 
   for (const std::vector<std::string>& args : {std::vector<std::string>{"info", dir.File("evil.det.xnf")},
                                                {"check", dir.File("evil.det.xnf")},
@@ -266,10 +260,7 @@ TEST(CliCheck, FoldersJsonStrictAndDoc) {
   WriteBytes(dir.File("lot/notes.txt"), "not a marking");
   WriteBytes(dir.File("lot/a.det.xak"), "a backup");
   // A field hanging on a ruler that is not there: a warning.
-  std::string anchored = ReadBytes(Sample("dqe-menuiseries.det.xnf"));
-  const size_t column = anchored.find("|Qt\xe9|0|L1|");
-  ASSERT_NE(column, std::string::npos);
-  WriteBytes(dir.File("ancre.det.xnf"), anchored.replace(column, 4, "|Qty"));
+  WriteBytes(dir.File("ancre.det.xnf"), SampleWith("dqe-menuiseries.det.xnf", "|Qt\xe9|0|L1|", "|Qty|0|L1|"));
 
   CliResult r = RunCli({"check", dir.File("lot")});
   EXPECT_EQ(r.status, 0) << r.err;
@@ -361,14 +352,8 @@ TEST(CliDiff, FieldByFieldTextAndJson) {
 
   // One field moved and given a formula, one removed (its line gone), the
   // quantity changed.
-  std::string text = ReadBytes(xnf);
-  auto replace = [&](const std::string& from, const std::string& to) {
-    const size_t at = text.find(from);
-    ASSERT_NE(at, std::string::npos) << from;
-    text.replace(at, from.size(), to);
-  };
-  replace("|14,00|Qt\xe9|0|L1|0|1||2|910|956|1520|1750|", "|15,00|Qt\xe9|0|L1|0|1|2*7|2|910|956|1530|1760|");
-  WriteBytes(dir.File("b.det.xnf"), text);
+  WriteBytes(dir.File("b.det.xnf"), SampleWith("dqe-menuiseries.det.xnf", "|14,00|Qt\xe9|0|L1|0|1||2|910|956|1520|1750|",
+                                              "|15,00|Qt\xe9|0|L1|0|1|2*7|2|910|956|1530|1760|"));
   r = RunCli({"diff", xnf, dir.File("b.det.xnf")});
   EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.out.find("moved \"L1_Qté\": page 1 (1520, 910, 1750, 956) -> page 1 (1530, 910, 1760, 956)\n"),
@@ -378,9 +363,8 @@ TEST(CliDiff, FieldByFieldTextAndJson) {
   EXPECT_NE(r.out.find("value \"L1_Qté\": \"14,00\" -> \"15,00\"\n"), std::string::npos) << r.out;
 
   // Hung on another row, in another size: re-anchored, font; nothing else.
-  text = ReadBytes(xnf);
-  replace("|L1_Qt\xe9|Arial|10|64|14,00|Qt\xe9|0|L1|", "|L1_Qt\xe9|Arial|12|64|14,00|Qt\xe9|0|L2|");
-  WriteBytes(dir.File("c.det.xnf"), text);
+  WriteBytes(dir.File("c.det.xnf"), SampleWith("dqe-menuiseries.det.xnf", "|L1_Qt\xe9|Arial|10|64|14,00|Qt\xe9|0|L1|",
+                                              "|L1_Qt\xe9|Arial|12|64|14,00|Qt\xe9|0|L2|"));
   r = RunCli({"diff", xnf, dir.File("c.det.xnf")});
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.out.substr(r.out.find('\n', r.out.find("+++")) + 1),
