@@ -112,6 +112,14 @@ void CopyTo(const std::string& from, const std::string& to) {
   fs::copy_file(from, to, fs::copy_options::overwrite_existing);
 }
 
+std::string SampleWith(const std::string& name, const std::string& from, const std::string& to) {
+  std::string bytes = ReadBytes(Sample(name));
+  const size_t at = bytes.find(from);
+  EXPECT_NE(at, std::string::npos) << "no \"" << from << "\" in " << name;
+  if (at != std::string::npos) bytes.replace(at, from.size(), to);
+  return bytes;
+}
+
 nlohmann::ordered_json ParseJson(const std::string& text) {
   try {
     return nlohmann::ordered_json::parse(text);

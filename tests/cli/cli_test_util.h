@@ -53,6 +53,9 @@ std::string Fixture(const std::string& name);  // a file of tests/data/
 using mandor::test_util::ReadBytes;
 using mandor::test_util::WriteBytes;
 void CopyTo(const std::string& from, const std::string& to);
+// The bytes of samples/<name> with the first `from` replaced by `to`; fails
+// the test when `from` is not there.
+std::string SampleWith(const std::string& name, const std::string& from, const std::string& to);
 
 // The JSON of `mandor dump` (ordered as written); fails the test when it
 // does not parse.

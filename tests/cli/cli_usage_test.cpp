@@ -25,15 +25,9 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
   CopyTo(xnf, dir.File("ab.xnf"));
   // A standard marking whose second line has the wrong key: the reader shows
   // a two-line message, escaped on one line, and reads on.
-  std::string cnf = ReadBytes(Sample("dqe-menuiseries.det.cnf"));
-  const size_t at = cnf.find("Orientation=1");
-  ASSERT_NE(at, std::string::npos);
-  WriteBytes(dir.File("faute.det.cnf"), cnf.replace(at, 13, "Orientaton=1"));
+  WriteBytes(dir.File("faute.det.cnf"), SampleWith("dqe-menuiseries.det.cnf", "Orientation=1", "Orientaton=1"));
   // A field hanging on a ruler that is not there: a warning of check.
-  std::string anchored = ReadBytes(xnf);
-  const size_t column = anchored.find("|Qt\xe9|0|L1|");
-  ASSERT_NE(column, std::string::npos);
-  WriteBytes(dir.File("ancre.det.xnf"), anchored.replace(column, 4, "|Qty"));
+  WriteBytes(dir.File("ancre.det.xnf"), SampleWith("dqe-menuiseries.det.xnf", "|Qt\xe9|0|L1|", "|Qty|0|L1|"));
 
   const std::vector<std::vector<std::string>> commands = {
       {"--help"}, {"render", "--help"}, {"dump", "--help"},

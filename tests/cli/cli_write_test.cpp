@@ -110,11 +110,8 @@ TEST(CliRender, SvgAndPngOfAPage) {
   // tests/data/cli/; page 2 has no image beside the catalogue, and the names
   // of devis.det need escaping.
   TempDir dir;
-  std::string xnf = ReadBytes(Sample("dqe-menuiseries.det.xnf"));
-  const size_t ruler = xnf.find("|Montant|Arial|10|65|");
-  ASSERT_NE(ruler, std::string::npos);
-  xnf.replace(ruler, 8, "|R&D <\"1\">");
-  WriteBytes(dir.File("devis.det.xnf"), xnf);
+  WriteBytes(dir.File("devis.det.xnf"),
+             SampleWith("dqe-menuiseries.det.xnf", "|Montant|Arial|10|65|", "|R&D <\"1\">|Arial|10|65|"));
   WriteBytes(dir.File("devis.det-1.png"), "not a picture");
   const struct { std::vector<std::string> args; const char* svg; bool over; } cases[] = {
       {{"render", Sample("menuiseries.xml"), "--doc", "mn1", "--page", "1"}, "cli/render-mn1-p1.svg", true},

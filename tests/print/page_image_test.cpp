@@ -42,6 +42,10 @@ TEST_F(PageImageTest, PdfPagesAndAPdfShortOfPages) {
   EXPECT_TRUE(images.Page(3).empty());
   ASSERT_EQ(images.warnings().size(), 1u);
   EXPECT_EQ(images.warnings()[0], "/scans/form.pdf has 2 pages: no image for page 3");
+  platform_->WriteFileBytes("/scans/one.pdf", MakePdfScan(1));
+  PageImages one = PageImages::OfFile("/scans/one.pdf");
+  EXPECT_TRUE(one.Page(2).empty());
+  EXPECT_EQ(one.warnings().at(0), "/scans/one.pdf has 1 page: no image for page 2");
 }
 
 TEST_F(PageImageTest, TwoPageTiff) {
@@ -81,48 +85,35 @@ TEST_F(PageImageTest, PngBesideTheDocumentComesBeforeItsPdf) {
 TEST_F(PageImageTest, MissingAndUnreadableImagesAreReported) {
   auto d = test::MakeDocument(1);
   d->Répertoire_Document = "/scans/";
-  {
+  struct Case {
+    const char* file;  // "" for none
+    std::string bytes;
+    bool unopenable;
+    std::string warning;  // expected in the one warning
+  };
+  const Case cases[] = {
+      {"", "", false,
+       "no image for page 1 (looked for /scans/essai.det-1.png, /scans/essai.det.png, /scans/essai.det.pdf, "
+       "/scans/essai.det.tif)"},
+      {"/scans/essai.det.pdf", "%PDF-1.4 this is no PDF", false, "/scans/essai.det.pdf is not a PDF that can be read"},
+      {"/scans/essai.det.tif", std::string("II*\0garbage", 11), false, "/scans/essai.det.tif"},
+      {"/scans/essai.det.png", "not a png", true, "cannot read /scans/essai.det.png"},
+      {"/scans/essai.det.png", "not a png", false, "/scans/essai.det.png is not a PNG image that can be read"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.warning);
+    if (*c.file != '\0') platform_->WriteFileBytes(c.file, c.bytes);
+    if (c.unopenable) platform_->FailOn(MemoryPlatform::Operation::kOpenInput, "essai.det.png");
     PageImages images(*d);
     EXPECT_TRUE(images.Page(1).empty());
+    // A PDF or TIFF scan is opened once: asking again adds no second failure.
+    if (c.bytes.rfind("%PDF", 0) == 0 || c.bytes.rfind("II*", 0) == 0) images.Page(1);
     ASSERT_EQ(images.warnings().size(), 1u);
-    EXPECT_EQ(images.warnings()[0],
-              "no image for page 1 (looked for /scans/essai.det-1.png, /scans/essai.det.png, /scans/essai.det.pdf, "
-              "/scans/essai.det.tif)");
+    EXPECT_NE(images.warnings()[0].find(c.warning), std::string::npos) << images.warnings()[0];
+    EXPECT_TRUE(images.Page(0).empty());
+    platform_->ClearFailures();
+    if (*c.file != '\0') platform_->DeleteFile(c.file);
   }
-  platform_->WriteFileBytes("/scans/essai.det.pdf", "%PDF-1.4 this is no PDF");
-  {
-    PageImages images(*d);
-    EXPECT_TRUE(images.Page(1).empty());
-    ASSERT_EQ(images.warnings().size(), 1u);
-    EXPECT_NE(images.warnings()[0].find("/scans/essai.det.pdf is not a PDF that can be read"), std::string::npos)
-        << images.warnings()[0];
-    // The source is opened once: asking again adds no second failure to open it.
-    images.Page(1);
-    EXPECT_EQ(images.warnings().size(), 1u);
-  }
-  platform_->DeleteFile("/scans/essai.det.pdf");
-  platform_->WriteFileBytes("/scans/essai.det.tif", std::string("II*\0garbage", 11));
-  {
-    PageImages images(*d);
-    EXPECT_TRUE(images.Page(1).empty());
-    ASSERT_EQ(images.warnings().size(), 1u);
-    EXPECT_NE(images.warnings()[0].find("/scans/essai.det.tif"), std::string::npos) << images.warnings()[0];
-  }
-  platform_->DeleteFile("/scans/essai.det.tif");
-  platform_->WriteFileBytes("/scans/essai.det.png", "not a png");
-  platform_->FailOn(MemoryPlatform::Operation::kOpenInput, "essai.det.png");
-  {
-    PageImages images(*d);
-    EXPECT_TRUE(images.Page(1).empty());
-    ASSERT_EQ(images.warnings().size(), 1u);
-    EXPECT_NE(images.warnings()[0].find("cannot read /scans/essai.det.png"), std::string::npos)
-        << images.warnings()[0];
-  }
-  platform_->ClearFailures();
-  PageImages images(*d);
-  EXPECT_TRUE(images.Page(1).empty());
-  EXPECT_EQ(images.warnings().at(0), "/scans/essai.det.png is not a PNG image that can be read");
-  EXPECT_TRUE(images.Page(0).empty());
 }
 
 // The scan of a document printed under its values: a PDF scan stays vector

@@ -107,23 +107,6 @@ TEST(CliPrint, BadInputAndExitStatus) {
   EXPECT_FALSE(std::filesystem::exists(dir.File("a.pdf")));
 }
 
-TEST(CliPrint, AScanShortOfPagesAndAnUnreadableOne) {
-  TempDir dir;
-  mandor_cli_test::CopyTo(Sample("dqe-menuiseries.det.xnf"), dir.File("lot.det.xnf"));
-  WriteBytes(dir.File("lot.det.pdf"), mandor::print::test::MakePdfScan(1));
-  CliResult r = RunCli({"print", dir.File("lot.det.xnf"), "--over-image", "-o", dir.File("a.pdf")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(Messages(r), "mandor: warning: " + dir.File("lot.det.pdf") + " has 1 page: no image for page 2\n");
-  const mandor::print::test::Pdf pdf(ReadBytes(dir.File("a.pdf")));
-  EXPECT_EQ(pdf.Find(1, "SCAN1").size(), 1u);
-
-  WriteBytes(dir.File("lot.det.pdf"), "garbage");
-  r = RunCli({"print", dir.File("lot.det.xnf"), "--over-image", "-o", dir.File("b.pdf")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.err.find("lot.det.pdf is not a PDF that can be read"), std::string::npos) << r.err;
-  EXPECT_TRUE(std::filesystem::exists(dir.File("b.pdf")));
-}
-
 TEST(CliRender, OverAPdfAndATiffScan) {
   TempDir dir;
   mandor_cli_test::CopyTo(Sample("dqe-menuiseries.det.xnf"), dir.File("lot.det.xnf"));

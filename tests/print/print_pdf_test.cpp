@@ -82,6 +82,31 @@ void ExpectPlaced(const test::Pdf& pdf, int page, const CChamp& field, const std
   EXPECT_NEAR(box->cy(), (top + bottom) / 2, kTolerancePt);
 }
 
+// The value given for this print to `field`, "" when none is.
+std::string GivenValue(const PrintOptions& options, const CChamp& field) {
+  const auto it = options.values.find(field.Nom());
+  return it == options.values.end() ? "" : it->second;
+}
+
+// Checks every printable field of every page whose text (as `text_of` gives
+// it) is not empty, placed as `expected_of` its page says; gives how many.
+int ExpectEveryFieldPlaced(const test::Pdf& pdf, const Mandor& d,
+                           const std::function<std::string(const std::shared_ptr<CChamp>&)>& text_of,
+                           const std::function<Expected(const CPage&)>& expected_of) {
+  EXPECT_EQ(pdf.pages(), static_cast<int>(d.Pages.Count()));
+  int checked = 0;
+  for (int page = 1; page <= pdf.pages(); ++page) {
+    const CPage& p = *d.Pages.Item(static_cast<long>(page));
+    for (const PageField& entry : FieldsOfPage(d, p)) {
+      const std::string text = text_of(entry.field);
+      if (text.empty() || entry.field->Imprimable() == 0) continue;
+      ExpectPlaced(pdf, page, *entry.field, text, expected_of(p));
+      ++checked;
+    }
+  }
+  return checked;
+}
+
 class PrintPdfTest : public ::testing::Test {
  protected:
   std::shared_ptr<MemoryPlatform> platform_ = std::make_shared<MemoryPlatform>();
@@ -109,80 +134,67 @@ std::shared_ptr<Mandor> AlignedDocument() {
   return d;
 }
 
-void ExpectAllPlaced(const test::Pdf& pdf, Mandor& d, const Expected& expected) {
-  ASSERT_TRUE(pdf.ok());
-  ASSERT_EQ(pdf.pages(), 2);
-  for (int page = 1; page <= 2; ++page) {
-    for (const auto& field : d.Pages.Item(static_cast<long>(page))->Champs) {
-      ExpectPlaced(pdf, page, *field, field->valeur(), expected);
+// Each calibration type, the marking's printer offset and one given for the
+// print, a page with a resolution of its own, and a type-1 calibration that
+// cannot be computed (printed through the page resolution, with a warning).
+TEST_F(PrintPdfTest, EveryAlignmentInPlaceForEachCalibration) {
+  struct Case {
+    const char* label;
+    std::function<void(Mandor&)> set_up;
+    std::optional<Offset> offset;  // given for the print
+    double expect_x = 0, expect_y = 0;  // offset expected in cm
+    double sheet_w = 2480.0 / 300 * 2.54, sheet_h = 3508.0 / 300 * 2.54;
+    int fallback_type = -1;  // the type the placement falls back to, -1 for none
+  };
+  const auto type_two = [](Mandor& d) {
+    d.Type_calage = 2;
+    d.X1_pixel = 236, d.Y1_pixel = 354, d.X1_cm = 2, d.Y1_cm = 3;
+    d.X2_pixel = 2244, d.Y2_pixel = 3189, d.X2_cm = 19, d.Y2_cm = 27;
+  };
+  const Case cases[] = {
+      {"type 0", [](Mandor& d) { d.Type_calage = 0; }, std::nullopt},
+      {"type 0, page 2 at 200 dpi", [](Mandor& d) { d.Pages.Item(2L)->SetSize(200, 200, 2480, 3508); }, std::nullopt},
+      {"type 0 with the marking's offset",
+       [](Mandor& d) { d.imprimante_OrigineX_cm = 1.0f, d.imprimante_OrigineY_cm = 0.5f; }, std::nullopt, 1.0, 0.5},
+      {"type 1",
+       [](Mandor& d) {
+         d.Type_calage = 1;
+         d.image_pixels_largeur = 2400, d.image_pixels_hauteur = 3400;  // a scan narrower than the page
+         d.feuille_cm_largeur = 21, d.feuille_cm_hauteur = 29.7f;
+       },
+       std::nullopt, 0, 0, 21, 29.7},
+      {"type 2", type_two, std::nullopt},
+      {"type 2 with the marking's offset",
+       [&](Mandor& d) { type_two(d), d.imprimante_OrigineX_cm = 0.4f, d.imprimante_OrigineY_cm = -0.3f; },
+       std::nullopt, 0.4, -0.3},
+      {"type 2 with an offset given over the marking's",
+       [&](Mandor& d) { type_two(d), d.imprimante_OrigineX_cm = 0.4f, d.imprimante_OrigineY_cm = -0.3f; },
+       Offset{-0.25, 0.6}, -0.25, 0.6},
+      {"type 1 with a sheet of size 0",
+       [](Mandor& d) { d.Type_calage = 1, d.image_pixels_largeur = 2480, d.image_pixels_hauteur = 3508; },
+       std::nullopt, 0, 0, 2480.0 / 300 * 2.54, 3508.0 / 300 * 2.54, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    auto d = AlignedDocument();
+    c.set_up(*d);
+    PrintOptions options;
+    options.offset = c.offset;
+    const test::Pdf pdf(Print(*d, options));
+    EXPECT_EQ(report_.fields, 6);
+    EXPECT_NEAR(pdf.width(1), c.sheet_w * kCm, 0.01);
+    EXPECT_NEAR(pdf.height(1), c.sheet_h * kCm, 0.01);
+    if (c.fallback_type >= 0) {
+      ASSERT_FALSE(report_.warnings.empty());
+      EXPECT_NE(report_.warnings[0].find("cannot be computed"), std::string::npos) << report_.warnings[0];
+      d->Type_calage = static_cast<int16_t>(c.fallback_type);
     }
+    ASSERT_TRUE(pdf.ok());
+    const int checked = ExpectEveryFieldPlaced(
+        pdf, *d, [](const auto& field) { return field->valeur(); },
+        [&](const CPage& page) { return ExpectedFor(*d, page.hResolution(), c.expect_x, c.expect_y); });
+    EXPECT_EQ(checked, 6);
   }
-}
-
-TEST_F(PrintPdfTest, TypeZeroPlacesPixelsThroughThePageResolution) {
-  auto d = AlignedDocument();
-  d->Type_calage = 0;
-  const test::Pdf pdf(Print(*d));
-  ExpectAllPlaced(pdf, *d, ExpectedFor(*d, 300));
-  // No sheet size in the marking: the page's own size, 2480 x 3508 px at 300 dpi.
-  EXPECT_NEAR(pdf.width(1), 2480.0 / 300 * 72, 0.01);
-  EXPECT_NEAR(pdf.height(1), 3508.0 / 300 * 72, 0.01);
-  EXPECT_EQ(report_.fields, 6);
-}
-
-TEST_F(PrintPdfTest, TypeZeroUsesEachPagesOwnResolution) {
-  auto d = AlignedDocument();
-  d->Pages.Item(2L)->SetSize(200, 200, 2480, 3508);
-  const test::Pdf pdf(Print(*d));
-  for (const auto& field : d->Pages.Item(1L)->Champs) ExpectPlaced(pdf, 1, *field, field->valeur(), ExpectedFor(*d, 300));
-  for (const auto& field : d->Pages.Item(2L)->Champs) ExpectPlaced(pdf, 2, *field, field->valeur(), ExpectedFor(*d, 200));
-}
-
-TEST_F(PrintPdfTest, TypeOneSpreadsTheImageOverTheSheet) {
-  auto d = AlignedDocument();
-  d->Type_calage = 1;
-  d->image_pixels_largeur = 2400;  // a scan a little narrower than the page
-  d->image_pixels_hauteur = 3400;
-  d->feuille_cm_largeur = 21;
-  d->feuille_cm_hauteur = 29.7f;
-  const test::Pdf pdf(Print(*d));
-  ExpectAllPlaced(pdf, *d, ExpectedFor(*d, 300));
-  EXPECT_NEAR(pdf.width(1), 21 * kCm, 0.01);
-  EXPECT_NEAR(pdf.height(1), 29.7 * kCm, 0.01);
-}
-
-TEST_F(PrintPdfTest, TypeTwoPlacesByTheTwoReferencePoints) {
-  auto d = AlignedDocument();
-  d->Type_calage = 2;
-  d->X1_pixel = 236, d->Y1_pixel = 354, d->X1_cm = 2, d->Y1_cm = 3;
-  d->X2_pixel = 2244, d->Y2_pixel = 3189, d->X2_cm = 19, d->Y2_cm = 27;
-  const test::Pdf pdf(Print(*d));
-  ExpectAllPlaced(pdf, *d, ExpectedFor(*d, 300));
-}
-
-TEST_F(PrintPdfTest, PrinterOffsetOfTheMarkingAndItsOverride) {
-  auto d = AlignedDocument();
-  d->Type_calage = 2;
-  d->X1_pixel = 100, d->Y1_pixel = 100, d->X1_cm = 1, d->Y1_cm = 1.5f;
-  d->X2_pixel = 2100, d->Y2_pixel = 3100, d->X2_cm = 18, d->Y2_cm = 27;
-  d->imprimante_OrigineX_cm = 0.4f;
-  d->imprimante_OrigineY_cm = -0.3f;
-  {
-    const test::Pdf pdf(Print(*d));
-    ExpectAllPlaced(pdf, *d, ExpectedFor(*d, 300, 0.4, -0.3));
-  }
-  PrintOptions options;
-  options.offset = Offset{-0.25, 0.6};
-  const test::Pdf pdf(Print(*d, options));
-  ExpectAllPlaced(pdf, *d, ExpectedFor(*d, 300, -0.25, 0.6));
-}
-
-TEST_F(PrintPdfTest, TypeZeroWithAnOffset) {
-  auto d = AlignedDocument();
-  d->imprimante_OrigineX_cm = 1.0f;
-  d->imprimante_OrigineY_cm = 0.5f;
-  const test::Pdf pdf(Print(*d));
-  ExpectAllPlaced(pdf, *d, ExpectedFor(*d, 300, 1.0, 0.5));
 }
 
 // Every field of the sample marking, each given a value of its own for this
@@ -209,38 +221,22 @@ TEST_F(PrintPdfTest, EveryValueOfTheSampleMarkingInPlaceForEachCalibrationType) 
     d->imprimante_OrigineY_cm = static_cast<float>(c.offset_y);
     const Expected expected = ExpectedFor(*d, 300, c.offset_x, c.offset_y);
 
-    // The marking's own values.
-    {
-      const test::Pdf pdf(Print(*d));
-      ASSERT_EQ(pdf.pages(), static_cast<int>(d->Pages.Count()));
-      int checked = 0;
-      for (int page = 1; page <= pdf.pages(); ++page) {
-        for (const PageField& entry : FieldsOfPage(*d, *d->Pages.Item(static_cast<long>(page)))) {
-          const std::string text = DisplayValue(*d, entry.field, entry.field->valeur());
-          if (text.empty() || entry.field->Imprimable() == 0) continue;
-          ExpectPlaced(pdf, page, *entry.field, text, expected);
-          ++checked;
-        }
-      }
-      EXPECT_EQ(checked, report_.fields);
-      EXPECT_GT(checked, 5);
-    }
-    // A distinct value for every field.
+    const auto expected_of = [&](const CPage&) { return expected; };
+    // The marking's own values, then a distinct value for every field.
+    const test::Pdf own(Print(*d));
+    int checked = ExpectEveryFieldPlaced(
+        own, *d, [&](const auto& field) { return DisplayValue(*d, field, field->valeur()); }, expected_of);
+    EXPECT_EQ(checked, report_.fields);
+    EXPECT_GT(checked, 5);
     PrintOptions options;
     int n = 0;
     for (const auto& page : d->Pages) {
       for (const auto& field : page->Champs) options.values[field->Nom()] = Labelled("V", 100 + n++);
     }
     for (const auto& field : d->ChampsRecurrents) options.values[field->Nom()] = Labelled("V", 100 + n++);
-    const test::Pdf pdf(Print(*d, options));
-    int checked = 0;
-    for (int page = 1; page <= pdf.pages(); ++page) {
-      for (const PageField& entry : FieldsOfPage(*d, *d->Pages.Item(static_cast<long>(page)))) {
-        if (entry.field->Imprimable() == 0) continue;
-        ExpectPlaced(pdf, page, *entry.field, options.values[entry.field->Nom()], expected);
-        ++checked;
-      }
-    }
+    const test::Pdf given(Print(*d, options));
+    checked = ExpectEveryFieldPlaced(
+        given, *d, [&](const auto& field) { return GivenValue(options, *field); }, expected_of);
     EXPECT_EQ(checked, report_.fields);
     EXPECT_GT(checked, 25);
   }
@@ -262,19 +258,12 @@ TEST_F(PrintPdfTest, EveryValueOfTheSampleCatalogueInPlace) {
     for (const auto& field : d->Champs) options.values[field->Nom()] = Labelled("W", 500 + n++);
     for (const bool own_values : {true, false}) {
       const test::Pdf pdf(Print(*d, own_values ? PrintOptions() : options));
-      ASSERT_EQ(pdf.pages(), static_cast<int>(d->Pages.Count()));
-      int checked = 0;
-      for (int page = 1; page <= pdf.pages(); ++page) {
-        const CPage& p = *d->Pages.Item(static_cast<long>(page));
-        for (const PageField& entry : FieldsOfPage(*d, p)) {
-          if (entry.field->Imprimable() == 0) continue;
-          const std::string text = own_values ? DisplayValue(*d, entry.field, entry.field->valeur())
-                                              : options.values[entry.field->Nom()];
-          if (text.empty()) continue;
-          ExpectPlaced(pdf, page, *entry.field, text, ExpectedFor(*d, p.hResolution()));
-          ++checked;
-        }
-      }
+      const int checked = ExpectEveryFieldPlaced(
+          pdf, *d,
+          [&](const auto& field) {
+            return own_values ? DisplayValue(*d, field, field->valeur()) : GivenValue(options, *field);
+          },
+          [&](const CPage& page) { return ExpectedFor(*d, page.hResolution()); });
       EXPECT_EQ(checked, report_.fields);
       if (!own_values) {
         EXPECT_GT(checked, 0);
@@ -376,39 +365,6 @@ TEST_F(PrintPdfTest, UnknownFontAndValueTooLongAreDrawnWithAWarning) {
   EXPECT_NE(report_.warnings[1].find("drawn anyway"), std::string::npos) << report_.warnings[1];
 }
 
-TEST_F(PrintPdfTest, SheetSizeAndOrientationFromTheMarking) {
-  auto d = AlignedDocument();
-  d->feuille_cm_largeur = 29.7f;
-  d->feuille_cm_hauteur = 21;
-  d->Orientation = 1;  // portrait: the long side runs down
-  {
-    const test::Pdf pdf(Print(*d));
-    EXPECT_NEAR(pdf.width(1), 21 * kCm, 0.01);
-    EXPECT_NEAR(pdf.height(1), 29.7 * kCm, 0.01);
-  }
-  d->Orientation = 2;
-  const test::Pdf pdf(Print(*d));
-  EXPECT_NEAR(pdf.width(1), 29.7 * kCm, 0.01);
-  EXPECT_NEAR(pdf.height(1), 21 * kCm, 0.01);
-}
-
-TEST_F(PrintPdfTest, SheetSizeOfZeroWithTypeOneFallsBackWithAMessage) {
-  auto d = AlignedDocument();
-  d->Type_calage = 1;
-  d->image_pixels_largeur = 2480;
-  d->image_pixels_hauteur = 3508;
-  d->feuille_cm_largeur = 0;
-  d->feuille_cm_hauteur = 0;
-  const test::Pdf pdf(Print(*d));
-  // Still printed, through the page resolution.
-  d->Type_calage = 0;
-  ExpectAllPlaced(pdf, *d, ExpectedFor(*d, 300));
-  ASSERT_FALSE(report_.warnings.empty());
-  EXPECT_NE(report_.warnings[0].find("cannot be computed"), std::string::npos) << report_.warnings[0];
-  // The calibration routine showed its own message too.
-  ASSERT_FALSE(platform_->messages().empty());
-}
-
 TEST_F(PrintPdfTest, TestSheetCrosshairsStandAtTheCalibrationPoints) {
   auto d = AlignedDocument();
   d->Type_calage = 2;
@@ -428,19 +384,18 @@ TEST_F(PrintPdfTest, TestSheetCrosshairsStandAtTheCalibrationPoints) {
       const int w = cairo_image_surface_get_width(picture.get());
       const int h = cairo_image_surface_get_height(picture.get());
       // The vertical arm: the column with the most red pixels; the horizontal arm likewise.
-      int best_column = -1, best_count = 0;
-      for (int px = 0; px < w; ++px) {
-        int count = 0;
-        for (int py = 0; py < h; ++py) count += test::PixelAt(picture.get(), px, py) == 0xFF0000u;
-        if (count > best_count) best_count = count, best_column = px;
-      }
-      int best_row = -1;
-      best_count = 0;
-      for (int py = 0; py < h; ++py) {
-        int count = 0;
-        for (int px = 0; px < w; ++px) count += test::PixelAt(picture.get(), px, py) == 0xFF0000u;
-        if (count > best_count) best_count = count, best_row = py;
-      }
+      const auto reddest = [&](int lines, int along, bool columns) {
+        int best = -1, best_count = 0;
+        for (int line = 0; line < lines; ++line) {
+          int count = 0;
+          for (int i = 0; i < along; ++i) {
+            count += test::PixelAt(picture.get(), columns ? line : i, columns ? i : line) == 0xFF0000u;
+          }
+          if (count > best_count) best_count = count, best = line;
+        }
+        return best;
+      };
+      const int best_column = reddest(w, h, true), best_row = reddest(h, w, false);
       ASSERT_GE(best_column, 0);
       ASSERT_GE(best_row, 0);
       EXPECT_NEAR(x - kCm / 2 + (best_column + 0.5) / kScale, x, kTolerancePt);

@@ -10,8 +10,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <algorithm>
 
@@ -46,15 +44,6 @@ std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& 
   owner->Champs.Add(field, name);
   document.Champs.Add(field, name);
   return field;
-}
-
-void WriteFile(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
-std::string ReadBytesForTest(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
@@ -290,7 +279,7 @@ std::string MakeTiff() {
     TIFFWriteDirectory(tiff);
   }
   TIFFClose(tiff);
-  std::string bytes = ReadBytesForTest(path);
+  std::string bytes = ReadBytes(path);
   std::filesystem::remove(path);
   return bytes;
 }

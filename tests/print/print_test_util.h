@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "mandor/mandor.h"
+#include "tests/test_util.h"
 
 namespace mandor::print::test {
 
@@ -25,9 +26,7 @@ std::shared_ptr<Mandor> MakeDocument(int pages, float w = 2480, float h = 3508, 
 std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& name, float left, float top,
                                  float right, float bottom, const std::string& value);
 
-void WriteFile(const std::string& path, const std::string& bytes);
-// The bytes of a file on disk, "" when it cannot be read.
-std::string ReadBytesForTest(const std::string& path);
+using mandor::test_util::ReadBytes;
 
 struct TextBox {
   double x1 = 0, y1 = 0, x2 = 0, y2 = 0;  // points, from the page's top-left corner

@@ -128,14 +128,12 @@ void CheckCollections(ITypeLib* lib, const wchar_t* label) {
     if (add != nullptr) info->ReleaseFuncDesc(add);
     info->Release();
   }
-  ITypeInfo* old = nullptr;
   for (UINT i = 0; i < lib->GetTypeInfoCount(); ++i) {
     BSTR name = nullptr;
     lib->GetDocumentation(static_cast<INT>(i), &name, nullptr, nullptr, nullptr);
     if (name != nullptr && std::wstring(name) == L"_Collection") Fail(std::wstring(label) + L" still has _Collection");
     SysFreeString(name);
   }
-  if (old != nullptr) old->Release();
 }
 
 // Parameters of a method: names, types (VT_PTR for by reference, with its target) and the result.

@@ -111,9 +111,8 @@ TEST(ValuesCliTest, SetTwiceIsByteIdenticalAndBadInputWritesNothing) {
 TEST(ValuesCliTest, FormulasThatFailAreReportedAndLeftEmpty) {
   TempDir dir;
   const std::string file = dir.File("menuiseries.xml");
-  std::string bytes = ReadBytes(Sample("menuiseries.xml"));
-  const std::string formula = "mn:Formula=\"L3_Qté*L3_PU\"";
-  bytes.replace(bytes.find(formula), formula.size(), "mn:Formula=\"L3_Qté*(L3_PU\"");
+  const std::string bytes =
+      SampleWith("menuiseries.xml", "mn:Formula=\"L3_Qté*L3_PU\"", "mn:Formula=\"L3_Qté*(L3_PU\"");
   WriteBytes(file, bytes);
   const CliResult compute = RunCli({"compute", file, "--doc", "mn1"}, kFrench);
   EXPECT_EQ(compute.status, 1);

@@ -1,7 +1,7 @@
 // Processor time of printing a 100-page document (30 fields a page, like a
 // full detail estimate) in each mode, over a 100-page PDF scan for
-// --over-image. Not a test: run build/tests/print/mandor_print_bench; the
-// figures go in BENCHMARKS.md.
+// --over-image. Built with -DMANDOR_BUILD_BENCH=ON; the figures go in
+// BENCHMARKS.md.
 #include <cairo-pdf.h>
 
 #include <cstdio>
@@ -66,7 +66,7 @@ int main(int argc, char** argv) {
                 report.fields, seconds, pdf.size());
   }
   // Over PNG scans, one per page (the sample's scan of 827 x 1170 pixels).
-  const std::string png = mandor::print::test::ReadBytesForTest(mandor::print::test::Sample("dqe-menuiseries.det-1.png"));
+  const std::string png = mandor::print::test::ReadBytes(mandor::print::test::Sample("dqe-menuiseries.det-1.png"));
   for (int page = 1; page <= pages; ++page) {
     platform->WriteFileBytes("/bench/essai.det-" + std::to_string(page) + ".png", png);
   }
