@@ -11,6 +11,10 @@
 //
 // Constants are plain character arrays so that they concatenate with
 // std::string ("Section " + std::string(kSectionCalage)) and compare with it.
+//
+// Threading: the constants may be read from any thread. The helpers hold no
+// state of their own but read the current platform's locale, so they follow
+// the platform's single-threaded contract.
 #ifndef MANDOR_TEXTFILE_FORMAT_H_
 #define MANDOR_TEXTFILE_FORMAT_H_
 

@@ -11,9 +11,9 @@
 // is never mapped twice; the standard reader's messages take their column
 // counts from the tables too.
 //
-// Threading: none of this holds state; the tables are constant and may be
-// read from any thread, but the objects they fill follow the object model's
-// single-threaded contract.
+// Threading: the tables are constant and may be read from any thread.
+// AppendRecord and ApplyRecord read the current platform's locale and the
+// objects of the model, so they follow the model's single-threaded contract.
 #ifndef MANDOR_TEXTFILE_RECORDS_H_
 #define MANDOR_TEXTFILE_RECORDS_H_
 
