@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstdint>
 #include <optional>
+#include <type_traits>
+#include <utility>
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/regle.h"
@@ -218,24 +220,49 @@ static_assert(kRulerRecord.size() == 11 && kFieldRecord.size() == 25 && kRecurre
 static_assert(kStdVerticalRulerRecord.size() == 9 && kStdPageRulerRecord.size() == 8 && kStdFieldRecord.size() == 18);
 static_assert(kFieldRecord[kFieldRecurrentRefColumn - 1].member == "ChampRecurrentDeRef");
 
-void AppendNumber(std::string& line, Code code, double value) {
+template <Code kCode>
+double ParseAs(std::string_view text) {
+  if constexpr (kCode == Code::kInt) {
+    return ToInt16(ParseFileNumber(text));
+  } else if constexpr (kCode == Code::kLong) {
+    return ToInt32(ParseFileNumber(text));
+  } else if constexpr (kCode == Code::kPixel || kCode == Code::kCentimetre) {
+    return ToSingle(ParseFileNumber(text));
+  } else {
+    static_assert(kCode == Code::kBool, "texts are not numbers");
+    const std::optional<bool> value = ParseBoolText(text);
+    if (!value) ThrowError(kTypeMismatch);
+    return *value ? 1 : 0;
+  }
+}
+
+template <Code kCode>
+void AppendNumberAs(std::string& line, double value, const Locale& locale) {
+  if constexpr (kCode == Code::kInt || kCode == Code::kLong) {
+    char buffer[24];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<long long>(value));
+    line.append(buffer, result.ptr);
+  } else if constexpr (kCode == Code::kPixel) {
+    AppendSingleText(line, static_cast<float>(value), locale);  // as PixelText writes it
+  } else if constexpr (kCode == Code::kCentimetre) {
+    line += CentimetreText(static_cast<float>(value));
+  } else {
+    static_assert(kCode == Code::kBool, "texts are not numbers");
+    line += BoolToText(value != 0, locale);
+  }
+}
+
+void AppendNumber(std::string& line, Code code, double value, const Locale& locale) {
   switch (code) {
     case Code::kInt:
-    case Code::kLong: {
-      char buffer[24];
-      const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<long long>(value));
-      line.append(buffer, result.ptr);
-      break;
-    }
+    case Code::kLong:
+      return AppendNumberAs<Code::kInt>(line, value, locale);
     case Code::kPixel:
-      AppendSingleText(line, static_cast<float>(value), CurrentPlatform().locale());
-      break;
+      return AppendNumberAs<Code::kPixel>(line, value, locale);
     case Code::kCentimetre:
-      line += CentimetreText(static_cast<float>(value));
-      break;
+      return AppendNumberAs<Code::kCentimetre>(line, value, locale);
     case Code::kBool:
-      line += BoolToText(value != 0, CurrentPlatform().locale());
-      break;
+      return AppendNumberAs<Code::kBool>(line, value, locale);
     case Code::kText:
       break;
   }
@@ -255,52 +282,139 @@ bool IsBlank(std::string_view text) { return text.find_first_not_of(' ') == std:
 double ParseValue(Code code, std::string_view text) {
   switch (code) {
     case Code::kInt:
-      return ToInt16(ParseFileNumber(text));
+      return ParseAs<Code::kInt>(text);
     case Code::kLong:
-      return ToInt32(ParseFileNumber(text));
+      return ParseAs<Code::kLong>(text);
     case Code::kPixel:
+      return ParseAs<Code::kPixel>(text);
     case Code::kCentimetre:
-      return ToSingle(ParseFileNumber(text));
-    case Code::kBool: {
-      const std::optional<bool> value = ParseBoolText(text);
-      if (!value) ThrowError(kTypeMismatch);
-      return *value ? 1 : 0;
-    }
+      return ParseAs<Code::kCentimetre>(text);
+    case Code::kBool:
+      return ParseAs<Code::kBool>(text);
     case Code::kText:
       break;
   }
   ThrowError(kInvalidArgument);
 }
 
+namespace {
+
+template <class Object>
+inline void AppendColumn(std::string& line, const Column<Object>& column, const Object& object,
+                         const RecordContext& context, const Locale& locale) {
+  if (column.code == Code::kText) {
+    line += column.get_text(object, context);
+  } else {
+    AppendNumber(line, column.code, column.get_number(object), locale);
+  }
+}
+
+// The same with the column's code known at compile time.
+template <Code kCode, class Object>
+inline void AppendColumnAs(std::string& line, const Column<Object>& column, const Object& object,
+                           const RecordContext& context, const Locale& locale) {
+  if constexpr (kCode == Code::kText) {
+    line += column.get_text(object, context);
+  } else {
+    AppendNumberAs<kCode>(line, column.get_number(object), locale);
+  }
+}
+
+template <class Object>
+inline void ApplyColumn(const Column<Object>& column, Object& object, std::string_view text) {
+  if (column.code == Code::kText) {
+    if (column.set_text) column.set_text(object, text);
+  } else if (column.set_number) {
+    if (!IsBlank(text)) {
+      column.set_number(object, ParseValue(column.code, text));
+    } else if (column.blank_is_false) {
+      column.set_number(object, 0);
+    }
+  }
+}
+
+// The same with the column's code known at compile time.
+template <Code kCode, class Object>
+inline void ApplyColumnAs(const Column<Object>& column, Object& object, std::string_view text) {
+  if constexpr (kCode == Code::kText) {
+    if (column.set_text) column.set_text(object, text);
+  } else {
+    if (!column.set_number) return;
+    if (text.find_first_not_of(' ') != std::string_view::npos) {
+      column.set_number(object, ParseAs<kCode>(text));
+    } else if (column.blank_is_false) {
+      column.set_number(object, 0);
+    }
+  }
+}
+
+// A table known at compile time is walked column by column in the code
+// itself, so that each accessor is called directly and inlined rather than
+// through its pointer: a marking has tens of thousands of records. These
+// return false when `record` is not kTable.
+template <const auto& kTable, class Object, size_t... I>
+void AppendTable(std::string& line, const Object& object, const RecordContext& context, std::index_sequence<I...>) {
+  const Locale& locale = CurrentPlatform().locale();
+  ((I == 0 ? void() : void(line.append(kRecordSeparator, sizeof kRecordSeparator - 1)),
+    AppendColumnAs<kTable[I].code>(line, kTable[I], object, context, locale)),
+   ...);
+}
+template <const auto& kTable, class Object>
+bool AppendIf(Record<Object> record, std::string& line, const Object& object, const RecordContext& context) {
+  if (record.data() != kTable.data() || record.size() != kTable.size()) return false;
+  AppendTable<kTable>(line, object, context, std::make_index_sequence<kTable.size()>());
+  return true;
+}
+
+template <const auto& kTable, class Object, size_t... I>
+void ApplyTable(Object& object, const RecordColumns& cols, std::index_sequence<I...>) {
+  (ApplyColumnAs<kTable[I].code>(kTable[I], object, cols[I + 1]), ...);
+}
+template <const auto& kTable, class Object>
+bool ApplyIf(Record<Object> record, Object& object, const RecordColumns& cols) {
+  if (record.data() != kTable.data() || record.size() != kTable.size()) return false;
+  ApplyTable<kTable>(object, cols, std::make_index_sequence<kTable.size()>());
+  return true;
+}
+
+}  // namespace
+
 template <class Object>
 void AppendRecord(std::string& line, Record<Object> record, const Object& object, const RecordContext& context) {
-  bool first = true;
-  for (const Column<Object>& column : record) {
-    if (!first) line.append(kRecordSeparator, sizeof kRecordSeparator - 1);
-    first = false;
-    if (column.code == Code::kText) {
-      line += column.get_text(object, context);
-    } else {
-      AppendNumber(line, column.code, column.get_number(object));
+  if constexpr (std::is_same_v<Object, CRegle>) {
+    if (AppendIf<kRulerRecord>(record, line, object, context) ||
+        AppendIf<kStdVerticalRulerRecord>(record, line, object, context) ||
+        AppendIf<kStdPageRulerRecord>(record, line, object, context)) {
+      return;
     }
+  } else {
+    if (AppendIf<kFieldRecord>(record, line, object, context) ||
+        AppendIf<kRecurrentRecord>(record, line, object, context) ||
+        AppendIf<kStdFieldRecord>(record, line, object, context)) {
+      return;
+    }
+  }
+  const Locale& locale = CurrentPlatform().locale();
+  for (size_t i = 0; i < record.size(); ++i) {
+    if (i != 0) line.append(kRecordSeparator, sizeof kRecordSeparator - 1);
+    AppendColumn(line, record[i], object, context, locale);
   }
 }
 
 template <class Object>
 void ApplyRecord(Record<Object> record, Object& object, const RecordColumns& cols) {
-  for (size_t i = 0; i < record.size(); ++i) {
-    const Column<Object>& column = record[i];
-    const std::string_view text = cols[i + 1];
-    if (column.code == Code::kText) {
-      if (column.set_text) column.set_text(object, text);
-    } else if (column.set_number) {
-      if (!IsBlank(text)) {
-        column.set_number(object, ParseValue(column.code, text));
-      } else if (column.blank_is_false) {
-        column.set_number(object, 0);
-      }
+  if constexpr (std::is_same_v<Object, CRegle>) {
+    if (ApplyIf<kRulerRecord>(record, object, cols) || ApplyIf<kStdVerticalRulerRecord>(record, object, cols) ||
+        ApplyIf<kStdPageRulerRecord>(record, object, cols)) {
+      return;
+    }
+  } else {
+    if (ApplyIf<kFieldRecord>(record, object, cols) || ApplyIf<kRecurrentRecord>(record, object, cols) ||
+        ApplyIf<kStdFieldRecord>(record, object, cols)) {
+      return;
     }
   }
+  for (size_t i = 0; i < record.size(); ++i) ApplyColumn(record[i], object, cols[i + 1]);
 }
 
 template void AppendRecord(std::string&, Record<CRegle>, const CRegle&, const RecordContext&);
