@@ -252,22 +252,6 @@ void AppendNumberAs(std::string& line, double value, const Locale& locale) {
   }
 }
 
-void AppendNumber(std::string& line, Code code, double value, const Locale& locale) {
-  switch (code) {
-    case Code::kInt:
-    case Code::kLong:
-      return AppendNumberAs<Code::kInt>(line, value, locale);
-    case Code::kPixel:
-      return AppendNumberAs<Code::kPixel>(line, value, locale);
-    case Code::kCentimetre:
-      return AppendNumberAs<Code::kCentimetre>(line, value, locale);
-    case Code::kBool:
-      return AppendNumberAs<Code::kBool>(line, value, locale);
-    case Code::kText:
-      break;
-  }
-}
-
 }  // namespace
 
 Record<CRegle> RulerRecord() { return kRulerRecord; }
@@ -299,17 +283,7 @@ double ParseValue(Code code, std::string_view text) {
 
 namespace {
 
-template <class Object>
-inline void AppendColumn(std::string& line, const Column<Object>& column, const Object& object,
-                         const RecordContext& context, const Locale& locale) {
-  if (column.code == Code::kText) {
-    line += column.get_text(object, context);
-  } else {
-    AppendNumber(line, column.code, column.get_number(object), locale);
-  }
-}
-
-// The same with the column's code known at compile time.
+// A column appended with its code known at compile time.
 template <Code kCode, class Object>
 inline void AppendColumnAs(std::string& line, const Column<Object>& column, const Object& object,
                            const RecordContext& context, const Locale& locale) {
@@ -320,27 +294,14 @@ inline void AppendColumnAs(std::string& line, const Column<Object>& column, cons
   }
 }
 
-template <class Object>
-inline void ApplyColumn(const Column<Object>& column, Object& object, std::string_view text) {
-  if (column.code == Code::kText) {
-    if (column.set_text) column.set_text(object, text);
-  } else if (column.set_number) {
-    if (!IsBlank(text)) {
-      column.set_number(object, ParseValue(column.code, text));
-    } else if (column.blank_is_false) {
-      column.set_number(object, 0);
-    }
-  }
-}
-
-// The same with the column's code known at compile time.
+// A column applied with its code known at compile time.
 template <Code kCode, class Object>
 inline void ApplyColumnAs(const Column<Object>& column, Object& object, std::string_view text) {
   if constexpr (kCode == Code::kText) {
     if (column.set_text) column.set_text(object, text);
   } else {
     if (!column.set_number) return;
-    if (text.find_first_not_of(' ') != std::string_view::npos) {
+    if (!IsBlank(text)) {
       column.set_number(object, ParseAs<kCode>(text));
     } else if (column.blank_is_false) {
       column.set_number(object, 0);
@@ -394,15 +355,12 @@ void AppendRecord(std::string& line, Record<Object> record, const Object& object
       return;
     }
   }
-  const Locale& locale = CurrentPlatform().locale();
-  for (size_t i = 0; i < record.size(); ++i) {
-    if (i != 0) line.append(kRecordSeparator, sizeof kRecordSeparator - 1);
-    AppendColumn(line, record[i], object, context, locale);
-  }
+  ThrowError(kInvalidArgument, "Not a record of the text marking files");
 }
 
 template <class Object>
 void ApplyRecord(Record<Object> record, Object& object, const RecordColumns& cols) {
+  if (cols.size() <= record.size()) ThrowError(kInvalidArgument, "A record holds fewer columns than its table");
   if constexpr (std::is_same_v<Object, CRegle>) {
     if (ApplyIf<kRulerRecord>(record, object, cols) || ApplyIf<kStdVerticalRulerRecord>(record, object, cols) ||
         ApplyIf<kStdPageRulerRecord>(record, object, cols)) {
@@ -414,7 +372,7 @@ void ApplyRecord(Record<Object> record, Object& object, const RecordColumns& col
       return;
     }
   }
-  for (size_t i = 0; i < record.size(); ++i) ApplyColumn(record[i], object, cols[i + 1]);
+  ThrowError(kInvalidArgument, "Not a record of the text marking files");
 }
 
 template void AppendRecord(std::string&, Record<CRegle>, const CRegle&, const RecordContext&);

@@ -82,6 +82,8 @@ inline constexpr size_t kFieldRecurrentRefColumn = 24;  // ChampRecurrentDeRef
 using RecordColumns = std::vector<std::string_view>;
 
 // Appends the record's columns to `line`, each after a "|" but the first.
+// `record` is one of the tables above (Error 5 otherwise): they are walked
+// with each column's code and accessors known at compile time.
 template <class Object>
 void AppendRecord(std::string& line, Record<Object> record, const Object& object, const RecordContext& context = {});
 
@@ -89,6 +91,8 @@ void AppendRecord(std::string& line, Record<Object> record, const Object& object
 // is set as it stands; a blank column of any other code leaves its member
 // unchanged (or sets false, see blank_is_false); a text that does not convert
 // raises Error 13 (Error 6 when out of the member's range), which ends the read.
+// Error 5 when `record` is not one of the tables above or cols holds fewer
+// columns than it.
 template <class Object>
 void ApplyRecord(Record<Object> record, Object& object, const RecordColumns& cols);
 

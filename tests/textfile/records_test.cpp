@@ -303,6 +303,14 @@ TEST_P(RecordsTest, MalformedColumnsRaiseTheirErrors) {
   EXPECT_EQ(ParseValue(Code::kBool, "0"), 0);
   EXPECT_EQ(ErrorNumberOf([] { ParseValue(Code::kBool, "peut-être"); }), kTypeMismatch);
   EXPECT_EQ(ErrorNumberOf([] { ParseValue(Code::kText, "x"); }), kInvalidArgument);
+  // Only the library's own tables, with all their columns, are applied.
+  CRegle ruler;
+  EXPECT_EQ(ErrorNumberOf([&] { ApplyRecord(RulerRecord().first(10), ruler, good); }), kInvalidArgument);
+  EXPECT_EQ(ErrorNumberOf([&] { ApplyRecord(RulerRecord(), ruler, RecordColumns(good.begin(), good.end() - 1)); }),
+            kInvalidArgument);
+  std::string out;
+  EXPECT_EQ(ErrorNumberOf([&] { AppendRecord(out, RulerRecord().last(3), ruler); }), kInvalidArgument);
+  EXPECT_EQ(out, "");
   EXPECT_TRUE(IsBlank("   "));
   EXPECT_FALSE(IsBlank(" 0 "));
 }
