@@ -11,6 +11,10 @@
 //
 // Constants are plain character arrays so that they concatenate with
 // std::string ("Section " + std::string(kSectionCalage)) and compare with it.
+//
+// Threading: the constants may be read from any thread. The helpers hold no
+// state of their own but read the current platform's locale, so they follow
+// the platform's single-threaded contract.
 #ifndef MANDOR_TEXTFILE_FORMAT_H_
 #define MANDOR_TEXTFILE_FORMAT_H_
 
@@ -103,6 +107,7 @@ inline constexpr char kKeyNombreChampsRecurrents[] = "Nombre_ChampsRecurrents";
 inline constexpr char kKeyRecurrentPrefix[] = "R";
 
 // --- [Règles verticales]: "Nombre", then one line per ruler keyed by the bare number.
+inline constexpr char kKeyVerticalRulerPrefix[] = "";
 
 // --- [Page n] ---
 inline constexpr char kKeyNombreReglesH[] = "Nombre_règles_h";
@@ -111,6 +116,15 @@ inline constexpr char kKeyImage[] = "Image";  // extended only
 inline constexpr char kKeyNombreChamps[] = "Nombre_champs";
 inline constexpr char kKeyFieldPrefix[] = "c";
 
+// The extended reader looks these keys up in the spellings of the older
+// readers. Keys are found without regard to case, so each names the same
+// line as the key the writer writes (kKeyNombre, kKeyNombreReglesH,
+// kKeyNombreChamps, kKeyFieldPrefix).
+inline constexpr char kLookupNombre[] = "nombre";
+inline constexpr char kLookupNombreReglesH[] = "nombre_règles_h";
+inline constexpr char kLookupNombreChamps[] = "nombre_champs";
+inline constexpr char kLookupFieldPrefix[] = "C";
+
 // Key of a page in Mandor::Pages, and its CPage::Id: "page_" + n.
 inline constexpr char kPageKeyPrefix[] = "page_";
 
@@ -118,110 +132,7 @@ inline constexpr char kPageKeyPrefix[] = "page_";
 inline constexpr char kRecordSeparator[] = "|";
 inline constexpr char kKeyValueSeparator[] = "=";
 
-// Columns of the records (1-based, as SeparateString fills them).
-
-// Extended ruler record: "[Règles verticales]" lines and a page's "r" lines.
-namespace ruler_col {
-inline constexpr int kId = 1;
-inline constexpr int kNom = 2;
-inline constexpr int kFontName = 3;
-inline constexpr int kFontSize = 4;
-inline constexpr int kFontSpecial = 5;
-inline constexpr int kDecimales = 6;
-inline constexpr int kPositionPixelX = 7;
-inline constexpr int kPositionPixelY = 8;
-inline constexpr int kLargeurCm = 9;
-inline constexpr int kImprimable = 10;
-inline constexpr int kReserved = 11;  // always "0", not applied on reading
-inline constexpr int kCount = 11;
-}  // namespace ruler_col
-
-// Extended field record: a page's "c" lines.
-namespace field_col {
-inline constexpr int kId = 1;
-inline constexpr int kNom = 2;
-inline constexpr int kFontName = 3;
-inline constexpr int kFontSize = 4;
-inline constexpr int kFontSpecial = 5;
-inline constexpr int kValue = 6;  // quantity value text
-inline constexpr int kAccrochageV = 7;
-inline constexpr int kAccrochageVType = 8;
-inline constexpr int kAccrochageH = 9;
-inline constexpr int kAccrochageHType = 10;
-inline constexpr int kTypeChamp = 11;
-inline constexpr int kFormule = 12;
-inline constexpr int kDecimales = 13;
-inline constexpr int kPixelTop = 14;
-inline constexpr int kPixelBottom = 15;
-inline constexpr int kPixelLeft = 16;
-inline constexpr int kPixelRight = 17;
-inline constexpr int kImprimable = 18;
-inline constexpr int kFontColor = 19;  // applied only when not empty
-inline constexpr int kBold = 20;       // applied only when not empty
-inline constexpr int kStrikeThrough = 21;
-inline constexpr int kUnderligne = 22;
-inline constexpr int kBackColor = 23;
-inline constexpr int kChampRecurrentDeRef = 24;
-inline constexpr int kTransparent = 25;
-inline constexpr int kCount = 25;
-}  // namespace field_col
-
-// Extended recurrent-field record: "[Champs Récurrents]" "R" lines. Columns
-// 1 to 23 are those of field_col; column 6 holds the InitialValue.
-namespace recurrent_col {
-inline constexpr int kInitialValue = 6;
-inline constexpr int kCount = 23;
-}  // namespace recurrent_col
-
-// Standard vertical ruler record: "[Règles verticales]" lines of a ".cnf".
-namespace std_vruler_col {
-inline constexpr int kId = 1;
-inline constexpr int kNom = 2;
-inline constexpr int kPositionCmX = 3;
-inline constexpr int kPositionCmY = 4;
-inline constexpr int kDecimales = 5;
-inline constexpr int kPositionPixelX = 6;
-inline constexpr int kPositionPixelY = 7;
-inline constexpr int kLargeurCm = 8;
-inline constexpr int kImprimable = 9;
-inline constexpr int kCount = 9;
-}  // namespace std_vruler_col
-
-// Standard page ruler record: a page's "r" lines of a ".cnf".
-namespace std_ruler_col {
-inline constexpr int kId = 1;
-inline constexpr int kNom = 2;
-inline constexpr int kPositionCmX = 3;
-inline constexpr int kPositionCmY = 4;
-inline constexpr int kPositionPixelX = 5;
-inline constexpr int kPositionPixelY = 6;
-inline constexpr int kLargeurCm = 7;
-inline constexpr int kImprimable = 8;
-inline constexpr int kCount = 8;
-}  // namespace std_ruler_col
-
-// Standard field record: a page's "c" lines of a ".cnf".
-namespace std_field_col {
-inline constexpr int kId = 1;
-inline constexpr int kNom = 2;
-inline constexpr int kCmLeft = 3;
-inline constexpr int kCmTop = 4;
-inline constexpr int kCmBottom = 5;
-inline constexpr int kCmRight = 6;
-inline constexpr int kAccrochageV = 7;
-inline constexpr int kAccrochageVType = 8;
-inline constexpr int kAccrochageH = 9;
-inline constexpr int kAccrochageHType = 10;
-inline constexpr int kTypeChamp = 11;
-inline constexpr int kFormule = 12;
-inline constexpr int kDecimales = 13;
-inline constexpr int kPixelTop = 14;
-inline constexpr int kPixelBottom = 15;
-inline constexpr int kPixelLeft = 16;
-inline constexpr int kPixelRight = 17;
-inline constexpr int kImprimable = 18;
-inline constexpr int kCount = 18;
-}  // namespace std_field_col
+// The columns of the records are described in records.h.
 
 // The formula column is escaped with ChangeCarSpec (type 1 on writing, 2 on
 // reading) only for fields of this type hanging with this vertical type.

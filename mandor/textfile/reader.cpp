@@ -29,6 +29,7 @@
 #include "mandor/model/mandor.h"
 #include "mandor/model/reading_order.h"
 #include "mandor/textfile/format.h"
+#include "mandor/textfile/records.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
 #include "mandor/util/number.h"
@@ -56,19 +57,15 @@ std::shared_ptr<Mandor> SelfOf(Mandor& doc) {
   return self;
 }
 
-bool IsBlank(std::string_view text) { return text.find_first_not_of(' ') == std::string_view::npos; }
+using tf::IsBlank;
 
-// Conversions of values read from a file. A blank value leaves the target
-// unchanged; any other value that does not convert raises Error 13 (or 6
-// when it is out of range), which ends the read.
-int16_t ToInt16Value(std::string_view text) { return ToInt16(tf::ParseFileNumber(text)); }
-int32_t ToInt32Value(std::string_view text) { return ToInt32(tf::ParseFileNumber(text)); }
-float ToSingleValue(std::string_view text) { return ToSingle(tf::ParseFileNumber(text)); }
-bool ToBoolValue(std::string_view text) {
-  std::optional<bool> value = tf::ParseBoolText(text);
-  if (!value) ThrowError(kTypeMismatch);
-  return *value;
-}
+// Conversions of values read from a file, by their code. A blank value
+// leaves the target unchanged; any other value that does not convert raises
+// Error 13 (or 6 when it is out of range), which ends the read.
+int16_t ToInt16Value(std::string_view text) { return static_cast<int16_t>(tf::ParseValue(tf::Code::kInt, text)); }
+int32_t ToInt32Value(std::string_view text) { return static_cast<int32_t>(tf::ParseValue(tf::Code::kLong, text)); }
+float ToSingleValue(std::string_view text) { return static_cast<float>(tf::ParseValue(tf::Code::kPixel, text)); }
+bool ToBoolValue(std::string_view text) { return tf::ParseValue(tf::Code::kBool, text) != 0; }
 
 template <class Set>
 void ApplyInt16(std::string_view text, Set set) {
@@ -164,19 +161,17 @@ std::string ValueOf(const NumberedLines& values, long long number) {
   return it == values.end() || it->first != number ? std::string() : std::string(it->second);
 }
 
-// Splits a record into exactly `columns` columns (cols[1..columns]); false,
-// without splitting, when the value holds another number of columns.
-// A record's columns, from 1 as SeparateString numbers them: views into the
-// record's text, valid while it is.
-using RecordColumns = std::vector<std::string_view>;
+using tf::RecordColumns;
 
-// The record is cut at each separator in one pass, as SeparateString cuts it
+// Splits a record into exactly `columns` columns (cols[1..columns]); false,
+// without splitting, when the value holds another number of columns. The
+// record is cut at each separator in one pass, as SeparateString cuts it
 // (the separator is ASCII, never part of a longer character), without copying
 // the columns.
-bool SplitRecord(std::string_view value, int columns, RecordColumns& cols) {
+bool SplitRecord(std::string_view value, size_t columns, RecordColumns& cols) {
   static_assert(sizeof(tf::kRecordSeparator) == 2 && static_cast<unsigned char>(tf::kRecordSeparator[0]) < 0x80);
   const char separator = tf::kRecordSeparator[0];
-  const size_t count = static_cast<size_t>(columns);
+  const size_t count = columns;
   cols.resize(count + 1);
   std::string_view* col = cols.data() + 1;
   std::string_view* const last = cols.data() + count;
@@ -223,15 +218,6 @@ std::string MessageNumber(long long n) {
   return FormatNumber(static_cast<double>(n), "###", CurrentPlatform().locale());
 }
 
-// The formula text of a record, unescaped for the fields that the writer escapes.
-std::string FormulaFromFile(const Mandor& doc, const CChamp& field, std::string_view text) {
-  if (field.Type_Champ() == tf::kEscapedFormulaTypeChamp &&
-      field.Accrochage_V_Type() == tf::kEscapedFormulaAccrochageVType) {
-    return doc.ChangeCarSpec(text, tf::kUnescapeType);
-  }
-  return std::string(text);
-}
-
 // A value text with its separators removed and formatted with the field's
 // display picture; a text that is not a number stays as it is.
 std::string FormattedValue(const Mandor& doc, const std::shared_ptr<CChamp>& field, std::string_view text) {
@@ -250,58 +236,20 @@ std::shared_ptr<CChamp> NewField(const std::shared_ptr<Mandor>& doc) {
   return field;
 }
 
-// Fills a field from an extended field record (25 columns) or recurrent-field
-// record (23 columns): every column but the value text, and those of the
-// field record that come after the 23rd.
-void FillFieldFromRecord(const Mandor& doc, const std::shared_ptr<CChamp>& field, const RecordColumns& cols,
-                         int16_t number) {
-  namespace col = tf::field_col;
-  field->Id = cols[col::kId];
-  field->Nom(std::string(cols[col::kNom]));
-  field->FontName(std::string(cols[col::kFontName]));
-  ApplyInt16(cols[col::kFontSize], [&](int16_t v) { field->FontSize(v); });
-  ApplyInt16(cols[col::kFontSpecial], [&](int16_t v) { field->FontSpecial(v); });
-  bool new_version = true;
-  field->ToggleVersion(new_version);
-  field->Accrochage_V(std::string(cols[col::kAccrochageV]));
-  ApplyInt16(cols[col::kAccrochageVType], [&](int16_t v) { field->Accrochage_V_Type(v); });
-  field->Accrochage_H(std::string(cols[col::kAccrochageH]));
-  ApplyInt16(cols[col::kAccrochageHType], [&](int16_t v) { field->Accrochage_H_Type = v; });
-  ApplyInt16(cols[col::kTypeChamp], [&](int16_t v) { field->Type_Champ(v); });
-  field->Formule(FormulaFromFile(doc, *field, cols[col::kFormule]));
-  ApplyInt16(cols[col::kDecimales], [&](int16_t v) { field->Décimales(v); });
-  ApplySingle(cols[col::kPixelTop], [&](float v) { field->Position_pixel_Top = v; });
-  ApplySingle(cols[col::kPixelBottom], [&](float v) { field->Position_pixel_Bottom = v; });
-  ApplySingle(cols[col::kPixelLeft], [&](float v) { field->Position_pixel_Left = v; });
-  ApplySingle(cols[col::kPixelRight], [&](float v) { field->Position_pixel_Right = v; });
-  ApplyInt16(cols[col::kImprimable], [&](int16_t v) { field->Imprimable(v); });
-  // Blank font columns keep what the field inherits.
-  ApplyInt32(cols[col::kFontColor], [&](int32_t v) { field->FontColor(v); });
-  ApplyBool(cols[col::kBold], [&](bool v) { field->Bold(v); });
-  ApplyBool(cols[col::kStrikeThrough], [&](bool v) { field->StrikeThrough(v); });
-  ApplyBool(cols[col::kUnderligne], [&](bool v) { field->Underligne(v); });
-  ApplyInt32(cols[col::kBackColor], [&](int32_t v) { field->BackColor(v); });
-  field->NumChamp = number;
-}
-
-// Creates a ruler of the document from an extended ruler record (11 columns).
-std::shared_ptr<CRegle> RulerFromRecord(const std::shared_ptr<Mandor>& doc, const RecordColumns& cols) {
-  namespace col = tf::ruler_col;
+// A new ruler of the document, filled from a record of either layout.
+std::shared_ptr<CRegle> RulerFromRecord(const std::shared_ptr<Mandor>& doc, tf::Record<CRegle> record,
+                                        const RecordColumns& cols) {
   auto ruler = std::make_shared<CRegle>();
   ruler->oOwnerMandor(doc);
-  bool new_version = true;
-  ruler->ToggleVersion(new_version);
-  ruler->Id = cols[col::kId];
-  ruler->Nom = cols[col::kNom];
-  ruler->FontName(std::string(cols[col::kFontName]));
-  ApplyInt16(cols[col::kFontSize], [&](int16_t v) { ruler->FontSize(v); });
-  ApplyInt16(cols[col::kFontSpecial], [&](int16_t v) { ruler->FontSpecial(v); });
-  ApplyInt16(cols[col::kDecimales], [&](int16_t v) { ruler->Décimales = v; });
-  ApplySingle(cols[col::kPositionPixelX], [&](float v) { ruler->Position_pixel_X = v; });
-  ApplySingle(cols[col::kPositionPixelY], [&](float v) { ruler->Position_pixel_Y = v; });
-  ApplySingle(cols[col::kLargeurCm], [&](float v) { ruler->largeur_cm = v; });
-  ApplyInt16(cols[col::kImprimable], [&](int16_t v) { ruler->Imprimable = v; });
+  tf::ApplyRecord(record, *ruler, cols);
   return ruler;
+}
+
+// The objects of the extended layout are marked as of the current version.
+template <class Object>
+void MarkNewVersion(Object& object) {
+  bool new_version = true;
+  object.ToggleVersion(new_version);
 }
 
 // Builds Docs from the numbered source lines and takes FichierMDN from them.
@@ -535,12 +483,15 @@ void Mandor::ExtractSource(StringArray& cLignes) {
 void Mandor::ExtractChampsRecurrents(StringArray& cLignes) {
   auto self = SelfOf(*this);
   const long long count = CountOf(FindValue(cLignes, tf::kKeyNombreChampsRecurrents));
+  const tf::Record<CChamp> record = tf::RecurrentRecord();
   RecordColumns cols;
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRecurrentPrefix, count)) {
-    if (!SplitRecord(value, tf::recurrent_col::kCount, cols)) continue;
+    if (!SplitRecord(value, record.size(), cols)) continue;
     auto field = NewField(self);
-    FillFieldFromRecord(*this, field, cols, ToInt16(static_cast<double>(i)));
-    field->InitialValue(FormattedValue(*this, field, cols[tf::recurrent_col::kInitialValue]));
+    MarkNewVersion(*field);
+    tf::ApplyRecord(record, *field, cols);
+    field->NumChamp = ToInt16(static_cast<double>(i));
+    field->InitialValue(FormattedValue(*this, field, cols[tf::kFieldValueColumn]));
     field->Recurrent(true);
     ChampsRecurrents.Add(field, field->Nom());
   }
@@ -548,17 +499,19 @@ void Mandor::ExtractChampsRecurrents(StringArray& cLignes) {
 
 void Mandor::ExtractRegles_V(StringArray& cLignes) {
   auto self = SelfOf(*this);
-  const long long count = CountOf(FindValue(cLignes, "nombre"));
+  const long long count = CountOf(FindValue(cLignes, tf::kLookupNombre));
+  const tf::Record<CRegle> record = tf::RulerRecord();
   RecordColumns cols;
-  for (const auto& [i, value] : NumberedValues(cLignes, "", count)) {
-    if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
-    auto ruler = RulerFromRecord(self, cols);
+  for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyVerticalRulerPrefix, count)) {
+    if (!SplitRecord(value, record.size(), cols)) continue;
+    auto ruler = RulerFromRecord(self, record, cols);
+    MarkNewVersion(*ruler);
     Regles_V.Add(ruler, ruler->Nom);
   }
 }
 
 bool Mandor::ExtractPages(StringArray& cLignes, TextFile& fich) {
-  const long long count = CountOf(FindValue(cLignes, "nombre"));
+  const long long count = CountOf(FindValue(cLignes, tf::kLookupNombre));
   std::vector<const CChamp*> referring;
   if (count > 0) {
     std::vector<std::string> lines = AllLines(fich);
@@ -587,7 +540,7 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t iPage, std::vector<const 
   page->Id = tf::PageKey(iPage);
   Pages.Add(page, page->Id);
 
-  const long long ruler_count = CountOf(FindValue(cLignes, "nombre_règles_h"));
+  const long long ruler_count = CountOf(FindValue(cLignes, tf::kLookupNombreReglesH));
   const std::string image = FindValue(cLignes, tf::kKeyImage);
   if (!image.empty()) page->NoImage = Val(image) == 0;
 
@@ -598,30 +551,31 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t iPage, std::vector<const 
   };
   page->Regles_H.Reserve(room_for(ruler_count));
   RecordColumns cols;
+  const tf::Record<CRegle> ruler_record = tf::RulerRecord();
   for (const auto& [i, value] : NumberedValues(cLignes, tf::kKeyRulerPrefix, ruler_count)) {
-    if (!SplitRecord(value, tf::ruler_col::kCount, cols)) continue;
-    auto ruler = RulerFromRecord(self, cols);
+    if (!SplitRecord(value, ruler_record.size(), cols)) continue;
+    auto ruler = RulerFromRecord(self, ruler_record, cols);
+    MarkNewVersion(*ruler);
     ruler->Page(page);
     page->Regles_H.Add(ruler, ruler->Nom);
   }
 
-  const long long field_count = CountOf(FindValue(cLignes, "nombre_champs"));
+  const long long field_count = CountOf(FindValue(cLignes, tf::kLookupNombreChamps));
   page->Champs.Reserve(room_for(field_count));
   ReadingOrder order;
-  for (const auto& [i, value] : NumberedValues(cLignes, "C", field_count)) {
-    if (!SplitRecord(value, tf::field_col::kCount, cols)) continue;
+  const tf::Record<CChamp> field_record = tf::FieldRecord();
+  for (const auto& [i, value] : NumberedValues(cLignes, tf::kLookupFieldPrefix, field_count)) {
+    if (!SplitRecord(value, field_record.size(), cols)) continue;
     auto field = NewField(self);
     // The page first, so that Accrochage_H finds the page's rulers.
     field->oOwnerPage = page;
     field->Page = iPage;
-    FillFieldFromRecord(*this, field, cols, ToInt16(static_cast<double>(i)));
-    const std::string_view referent = cols[tf::field_col::kChampRecurrentDeRef];
-    field->ChampRecurrentDeRef(std::string(referent));
-    if (referring && !referent.empty()) referring->push_back(field.get());
-    field->Transparent(IsBlank(cols[tf::field_col::kTransparent]) ? false
-                                                                  : ToBoolValue(cols[tf::field_col::kTransparent]));
+    MarkNewVersion(*field);
+    tf::ApplyRecord(field_record, *field, cols);
+    field->NumChamp = ToInt16(static_cast<double>(i));
+    if (referring && !cols[tf::kFieldRecurrentRefColumn].empty()) referring->push_back(field.get());
     // The value text tells the decimal separator of the document's data.
-    const std::string_view value_text = cols[tf::field_col::kValue];
+    const std::string_view value_text = cols[tf::kFieldValueColumn];
     if (value_text.find('.') != std::string::npos) {
       SepDecExt = ".";
     } else if (value_text.find(',') != std::string::npos) {
@@ -713,108 +667,69 @@ bool Mandor::RestaurerMarquageStd() {
 
     // [Règles verticales]
     expect_section(tf::kSectionReglesVerticales);
+    // The next numbered line, split into `cols` (views into `value`). A
+    // missing line and a wrong number of columns end the read with these messages.
+    std::string value;
     RecordColumns cols;
-    {
-      namespace col = tf::std_vruler_col;
-      const long long count = CountOf(read(tf::kKeyNombre));
-      for (long long i = 1; i <= count; ++i) {
-        const std::string value = read(std::to_string(i));
-        if (value.empty()) {
-          throw StdReadFailure{"ERREUR: impossible de retrouver la règle verticale " + MessageNumber(i)};
-        }
-        if (!SplitRecord(value, col::kCount, cols)) {
-          throw StdReadFailure{"ERREUR de format à la lecture du paramètre " + MessageNumber(i) +
-                               " de la section Règles verticales\nValeur: " + value + "\n" +
-                               MessageNumber(ColumnCount(value)) + " paramètres au lieu de 9\nFichier: " + path};
-        }
-        auto ruler = std::make_shared<CRegle>();
-        ruler->oOwnerMandor(self);
-        ruler->Id = cols[col::kId];
-        ruler->Nom = cols[col::kNom];
-        ApplySingle(cols[col::kPositionCmX], [&](float v) { ruler->Position_cm_X = v; });
-        ApplySingle(cols[col::kPositionCmY], [&](float v) { ruler->Position_cm_Y = v; });
-        ApplyInt16(cols[col::kDecimales], [&](int16_t v) { ruler->Décimales = v; });
-        ApplySingle(cols[col::kPositionPixelX], [&](float v) { ruler->Position_pixel_X = v; });
-        ApplySingle(cols[col::kPositionPixelY], [&](float v) { ruler->Position_pixel_Y = v; });
-        ApplySingle(cols[col::kLargeurCm], [&](float v) { ruler->largeur_cm = v; });
-        ApplyInt16(cols[col::kImprimable], [&](int16_t v) { ruler->Imprimable = v; });
-        Regles_V.Add(ruler, ruler->Nom);
+    auto read_record = [&](std::string_view record_name, const std::string& key, size_t columns,
+                           const std::string& missing, const std::string& where) {
+      value = read(key);
+      if (value.empty()) throw StdReadFailure{missing};
+      if (!SplitRecord(value, columns, cols)) {
+        // The vertical rulers' message reads "paramètres au lieu de", the pages' "paramètres trouvés au lieu de".
+        throw StdReadFailure{"ERREUR de format à la lecture du paramètre " + std::string(record_name) + where +
+                             "\nValeur: " + value + "\n" + MessageNumber(ColumnCount(value)) + " paramètres" +
+                             (record_name.empty() ? "" : " trouvés") + " au lieu de " +
+                             MessageNumber(static_cast<long long>(columns)) + "\nFichier: " + path};
       }
+    };
+    const tf::Record<CRegle> vruler_record = tf::StdVerticalRulerRecord();
+    const long long vruler_count = CountOf(read(tf::kKeyNombre));
+    for (long long i = 1; i <= vruler_count; ++i) {
+      read_record(tf::kKeyVerticalRulerPrefix, tf::NumberedKey(tf::kKeyVerticalRulerPrefix, i), vruler_record.size(),
+                  "ERREUR: impossible de retrouver la règle verticale " + MessageNumber(i),
+                  MessageNumber(i) + " de la section Règles verticales");
+      auto ruler = RulerFromRecord(self, vruler_record, cols);
+      Regles_V.Add(ruler, ruler->Nom);
     }
 
     // [Pages], then each [Page n]
     expect_section(tf::kSectionPages);
+    const tf::Record<CRegle> ruler_record = tf::StdPageRulerRecord();
+    const tf::Record<CChamp> field_record = tf::StdFieldRecord();
     const long long page_count = CountOf(read(tf::kKeyNombre));
     for (long long n = 1; n <= page_count; ++n) {
-      expect_header(tf::PageSectionHeader(n), "ERREUR: attendu [Page " + std::to_string(n) + " lu: ");
+      expect_header(tf::PageSectionHeader(n), "ERREUR: attendu " + std::string(tf::kPageSectionPrefix) +
+                                                  std::to_string(n) + " lu: ");
       auto page = std::make_shared<CPage>();
       page->oOwnerMandor = self;
       page->Id = tf::PageKey(n);
       Pages.Add(page, page->Id);
       const int16_t page_number = ToInt16(static_cast<double>(n));
+      const std::string in_page = " de la page " + MessageNumber(n);
 
-      namespace rcol = tf::std_ruler_col;
       const long long ruler_count = CountOf(read(tf::kKeyNombreReglesH));
       for (long long i = 1; i <= ruler_count; ++i) {
-        const std::string value = read(tf::NumberedKey(tf::kKeyRulerPrefix, i));
-        if (value.empty()) {
-          throw StdReadFailure{"ERREUR: impossible de retrouver la règle horizontale " + MessageNumber(i) +
-                               " dans la page " + MessageNumber(n)};
-        }
-        if (!SplitRecord(value, rcol::kCount, cols)) {
-          throw StdReadFailure{"ERREUR de format à la lecture du paramètre r" + MessageNumber(i) + " de la page " +
-                               MessageNumber(n) + "\nValeur: " + value + "\n" + MessageNumber(ColumnCount(value)) +
-                               " paramètres trouvés au lieu de 8\nFichier: " + path};
-        }
-        auto ruler = std::make_shared<CRegle>();
-        ruler->oOwnerMandor(self);
-        ruler->Id = cols[rcol::kId];
-        ruler->Nom = cols[rcol::kNom];
-        ApplySingle(cols[rcol::kPositionCmX], [&](float v) { ruler->Position_cm_X = v; });
-        ApplySingle(cols[rcol::kPositionCmY], [&](float v) { ruler->Position_cm_Y = v; });
-        ApplySingle(cols[rcol::kPositionPixelX], [&](float v) { ruler->Position_pixel_X = v; });
-        ApplySingle(cols[rcol::kPositionPixelY], [&](float v) { ruler->Position_pixel_Y = v; });
-        ApplySingle(cols[rcol::kLargeurCm], [&](float v) { ruler->largeur_cm = v; });
-        ApplyInt16(cols[rcol::kImprimable], [&](int16_t v) { ruler->Imprimable = v; });
+        read_record(tf::kKeyRulerPrefix, tf::NumberedKey(tf::kKeyRulerPrefix, i), ruler_record.size(),
+                    "ERREUR: impossible de retrouver la règle horizontale " + MessageNumber(i) + " dans la page " +
+                        MessageNumber(n),
+                    MessageNumber(i) + in_page);
+        auto ruler = RulerFromRecord(self, ruler_record, cols);
         ruler->Page(page);
         page->Regles_H.Add(ruler, ruler->Nom);
       }
 
-      namespace fcol = tf::std_field_col;
       const long long field_count = CountOf(read(tf::kKeyNombreChamps));
       ReadingOrder order;
       for (long long i = 1; i <= field_count; ++i) {
-        const std::string value = read(tf::NumberedKey(tf::kKeyFieldPrefix, i));
-        if (value.empty()) {
-          throw StdReadFailure{"ERREUR: impossible de retrouver le champ c" + MessageNumber(i) + " dans la page " +
-                               MessageNumber(n)};
-        }
-        if (!SplitRecord(value, fcol::kCount, cols)) {
-          throw StdReadFailure{"ERREUR de format à la lecture du paramètre c" + MessageNumber(i) + " de la page " +
-                               MessageNumber(n) + "\nValeur: " + value + "\n" + MessageNumber(ColumnCount(value)) +
-                               " paramètres trouvés au lieu de 18\nFichier: " + path};
-        }
+        read_record(tf::kKeyFieldPrefix, tf::NumberedKey(tf::kKeyFieldPrefix, i), field_record.size(),
+                    "ERREUR: impossible de retrouver le champ " + std::string(tf::kKeyFieldPrefix) + MessageNumber(i) +
+                        " dans la page " + MessageNumber(n),
+                    MessageNumber(i) + in_page);
         auto field = NewField(self);
         field->oOwnerPage = page;
         field->Page = page_number;
-        field->Id = cols[fcol::kId];
-        field->Nom(std::string(cols[fcol::kNom]));
-        ApplySingle(cols[fcol::kCmLeft], [&](float v) { field->Position_cm_Left = v; });
-        ApplySingle(cols[fcol::kCmTop], [&](float v) { field->Position_cm_Top = v; });
-        ApplySingle(cols[fcol::kCmBottom], [&](float v) { field->Position_cm_Bottom = v; });
-        ApplySingle(cols[fcol::kCmRight], [&](float v) { field->Position_cm_Right = v; });
-        field->Accrochage_V(std::string(cols[fcol::kAccrochageV]));
-        ApplyInt16(cols[fcol::kAccrochageVType], [&](int16_t v) { field->Accrochage_V_Type(v); });
-        field->Accrochage_H(std::string(cols[fcol::kAccrochageH]));
-        ApplyInt16(cols[fcol::kAccrochageHType], [&](int16_t v) { field->Accrochage_H_Type = v; });
-        ApplyInt16(cols[fcol::kTypeChamp], [&](int16_t v) { field->Type_Champ(v); });
-        field->Formule(FormulaFromFile(*this, *field, cols[fcol::kFormule]));
-        ApplyInt16(cols[fcol::kDecimales], [&](int16_t v) { field->Décimales(v); });
-        ApplySingle(cols[fcol::kPixelTop], [&](float v) { field->Position_pixel_Top = v; });
-        ApplySingle(cols[fcol::kPixelBottom], [&](float v) { field->Position_pixel_Bottom = v; });
-        ApplySingle(cols[fcol::kPixelLeft], [&](float v) { field->Position_pixel_Left = v; });
-        ApplySingle(cols[fcol::kPixelRight], [&](float v) { field->Position_pixel_Right = v; });
-        ApplyInt16(cols[fcol::kImprimable], [&](int16_t v) { field->Imprimable(v); });
+        tf::ApplyRecord(field_record, *field, cols);
         field->NumChamp = ToInt16(static_cast<double>(i));
         InsertInReadingOrder(*this, page->Champs, order, field);
       }

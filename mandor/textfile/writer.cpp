@@ -7,9 +7,7 @@
 // the same folder, which replaces the marking only once it is complete and
 // closed. A save that fails part-way leaves the previous marking as it was.
 
-#include <charconv>
 #include <exception>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,6 +16,7 @@
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
 #include "mandor/textfile/format.h"
+#include "mandor/textfile/records.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
 #include "mandor/util/number.h"
@@ -61,63 +60,12 @@ std::string KeyLine(std::string_view key, std::string_view value) {
   return line;
 }
 
-// One column of a record: a text, or a number written straight into the
-// record instead of into a string of its own (a field record has 25
-// columns, most of them numbers).
-struct Int {
-  long long value;
-};
-struct Pixel {
-  float value;
-};
-class Column {
- public:
-  // Implicit, so that a record is written as the list of its columns.
-  Column(std::string_view text) : text_(text) {}
-  Column(const std::string& text) : text_(text) {}
-  Column(const char* text) : text_(text) {}
-  Column(Int number) : kind_(Kind::kInt), int_(number.value) {}
-  Column(Pixel number) : kind_(Kind::kPixel), pixel_(number.value) {}
-
-  void AppendTo(std::string& record) const {
-    switch (kind_) {
-      case Kind::kText:
-        record.append(text_);
-        break;
-      case Kind::kInt: {
-        char buffer[24];
-        const auto result = std::to_chars(buffer, buffer + sizeof buffer, int_);
-        record.append(buffer, result.ptr);
-        break;
-      }
-      case Kind::kPixel:
-        AppendSingleText(record, pixel_, CurrentPlatform().locale());  // as PixelText writes it
-        break;
-    }
-  }
-
- private:
-  enum class Kind { kText, kInt, kPixel };
-  Kind kind_ = Kind::kText;
-  std::string_view text_;
-  long long int_ = 0;
-  float pixel_ = 0;
-};
-
-// Appends columns to a record, each after the record separator unless it is
-// the record's first.
-void AppendColumns(std::string& record, std::initializer_list<Column> columns, bool first) {
-  for (const Column& column : columns) {
-    if (!first) record.append(kRecordSeparator, sizeof kRecordSeparator - 1);
-    column.AppendTo(record);
-    first = false;
-  }
-}
-
-std::string Join(std::initializer_list<Column> columns) {
-  std::string record;
-  AppendColumns(record, columns, true);
-  return record;
+// The line "key=" followed by the record's columns, in `line`.
+template <class Object>
+const std::string& RecordLineOf(std::string& line, std::string_view key, Record<Object> record, const Object& object,
+                                const RecordContext& context = {}) {
+  AppendRecord(RecordLine(line, key), record, object, context);
+  return line;
 }
 
 // A text formatted with a number picture: a text the locale reads as a
@@ -128,79 +76,16 @@ std::string FormatText(const std::string& text, std::string_view picture) {
   return number ? FormatNumber(*number, picture, locale) : text;
 }
 
-// Column 12 of a field: empty once translated; escaped for the fields whose
-// formulas may hold the record and key separators.
-std::string FormulaText(const CChamp& champ) {
-  if (champ.HasTranslatted) return "";
-  if (champ.Type_Champ() == kEscapedFormulaTypeChamp &&
-      champ.Accrochage_V_Type() == kEscapedFormulaAccrochageVType) {
-    return ChangeCarSpec(champ.Formule(), kEscapeType);
+// Writes one ruler line per ruler, numbering those without an identifier.
+void WriteRulerLines(TextFile& fich, const Collection<CRegle>& rulers, std::string_view prefix, Record<CRegle> record) {
+  std::string line;
+  long i = 0;
+  for (const auto& regle : rulers) {
+    ++i;
+    Deref(regle);
+    if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
+    fich.WriteLine(RecordLineOf(line, NumberedKey(prefix, i), record, *regle));
   }
-  return champ.Formule();
-}
-
-// --- records ---
-
-std::string RulerRecord(const CRegle& r) {
-  return Join({r.Id, r.Nom, r.FontName(), Int{r.FontSize()}, Int{r.FontSpecial()}, Int{r.Décimales},
-               Pixel{r.Position_pixel_X}, Pixel{r.Position_pixel_Y}, CentimetreText(r.largeur_cm),
-               Int{r.Imprimable}, "0"});
-}
-
-// Appends the 23 columns shared by page fields and recurrent fields; column
-// 6 is value_text.
-void AppendFieldColumns(std::string& record, const CChamp& c, std::string_view value_text) {
-  AppendColumns(record,
-                {c.Id,
-                 c.Nom(),
-                 c.FontName(),
-                 Int{c.FontSize()},
-                 Int{c.FontSpecial()},
-                 value_text,
-                 c.Accrochage_V(),
-                 Int{c.Accrochage_V_Type()},
-                 c.Accrochage_H(),
-                 Int{c.Accrochage_H_Type},
-                 Int{c.Type_Champ()},
-                 FormulaText(c),
-                 Int{c.Décimales()},
-                 Pixel{c.Position_pixel_Top},
-                 Pixel{c.Position_pixel_Bottom},
-                 Pixel{c.Position_pixel_Left},
-                 Pixel{c.Position_pixel_Right},
-                 Int{c.Imprimable()},
-                 Int{c.FontColor()},
-                 BoolText(c.Bold()),
-                 BoolText(c.StrikeThrough()),
-                 BoolText(c.Underligne()),
-                 Int{c.BackColor()}},
-                true);
-}
-
-void AppendFieldRecord(std::string& record, const CChamp& c, std::string_view value_text) {
-  AppendFieldColumns(record, c, value_text);
-  AppendColumns(record, {c.ChampRecurrentDeRef(), BoolText(c.Transparent())}, false);
-}
-
-std::string StdVerticalRulerRecord(const CRegle& r) {
-  return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y), Int{r.Décimales},
-               Pixel{r.Position_pixel_X}, Pixel{r.Position_pixel_Y}, CentimetreText(r.largeur_cm),
-               Int{r.Imprimable}});
-}
-
-std::string StdPageRulerRecord(const CRegle& r) {
-  return Join({r.Id, r.Nom, CentimetreText(r.Position_cm_X), CentimetreText(r.Position_cm_Y),
-               Pixel{r.Position_pixel_X}, Pixel{r.Position_pixel_Y}, CentimetreText(r.largeur_cm),
-               Int{r.Imprimable}});
-}
-
-std::string StdFieldRecord(const CChamp& c) {
-  return Join({c.Id, c.Nom(), CentimetreText(c.Position_cm_Left), CentimetreText(c.Position_cm_Top),
-               CentimetreText(c.Position_cm_Bottom), CentimetreText(c.Position_cm_Right), c.Accrochage_V(),
-               Int{c.Accrochage_V_Type()}, c.Accrochage_H(), Int{c.Accrochage_H_Type},
-               Int{c.Type_Champ()}, FormulaText(c), Int{c.Décimales()}, Pixel{c.Position_pixel_Top},
-               Pixel{c.Position_pixel_Bottom}, Pixel{c.Position_pixel_Left},
-               Pixel{c.Position_pixel_Right}, Int{c.Imprimable()}});
 }
 
 // --- sections shared by both layouts ---
@@ -367,9 +252,7 @@ bool Mandor::WriteChampsRecurrents(TextFile& fich) {
     long i = 0;
     for (const auto& champ : ChampsRecurrents) {
       ++i;
-      const CChamp& recurrent = Deref(champ);
-      AppendFieldColumns(RecordLine(line, NumberedKey(kKeyRecurrentPrefix, i)), recurrent, recurrent.InitialValue());
-      fich.WriteLine(line);
+      fich.WriteLine(RecordLineOf(line, NumberedKey(kKeyRecurrentPrefix, i), RecurrentRecord(), Deref(champ)));
     }
   });
 }
@@ -378,13 +261,7 @@ bool Mandor::WriteRegle_V(TextFile& fich) {
   return RunTrapped([&] {
     fich.WriteLine(kSectionReglesVerticales);
     fich.WriteLine(KeyLine(kKeyNombre, IntText(Regles_V.Count())));
-    long i = 0;
-    for (const auto& regle : Regles_V) {
-      ++i;
-      Deref(regle);
-      if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
-      fich.WriteLine(KeyLine(NumberedKey("", i), RulerRecord(*regle)));
-    }
+    WriteRulerLines(fich, Regles_V, kKeyVerticalRulerPrefix, RulerRecord());
   });
 }
 
@@ -401,16 +278,10 @@ bool Mandor::WritePage(TextFile& fich, bool WithQte) {
       const CPage& page = Deref(page_ptr);
       fich.WriteLine(PageSectionHeader(n));
       fich.WriteLine(KeyLine(kKeyNombreReglesH, IntText(page.Regles_H.Count())));
-      long i = 0;
-      for (const auto& regle : page.Regles_H) {
-        ++i;
-        Deref(regle);
-        if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
-        fich.WriteLine(KeyLine(NumberedKey(kKeyRulerPrefix, i), RulerRecord(*regle)));
-      }
+      WriteRulerLines(fich, page.Regles_H, kKeyRulerPrefix, RulerRecord());
       fich.WriteLine(KeyLine(kKeyImage, Bool01Text(!page.NoImage)));
       fich.WriteLine(KeyLine(kKeyNombreChamps, IntText(page.Champs.Count())));
-      i = 0;
+      long i = 0;
       for (const auto& champ : page.Champs) {
         ++i;
         Deref(champ);
@@ -418,8 +289,7 @@ bool Mandor::WritePage(TextFile& fich, bool WithQte) {
         if (WithQte && champ->Nom().find(kQuantityMarker) != std::string::npos) {
           value_text = FormatText(EnlèveSéparateurs(champ->valeur()), FormatNombreSortie(champ));
         }
-        AppendFieldRecord(RecordLine(line, NumberedKey(kKeyFieldPrefix, i)), *champ, value_text);
-        fich.WriteLine(line);
+        fich.WriteLine(RecordLineOf(line, NumberedKey(kKeyFieldPrefix, i), FieldRecord(), *champ, {value_text}));
       }
     }
   });
@@ -449,13 +319,7 @@ int16_t Mandor::SauvegarderMarquageStd() {
 
     fich->WriteLine(kSectionReglesVerticales);
     fich->WriteLine(KeyLine(kKeyNombre, IntText(Regles_V.Count())));
-    long i = 0;
-    for (const auto& regle : Regles_V) {
-      ++i;
-      Deref(regle);
-      if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
-      fich->WriteLine(KeyLine(NumberedKey("", i), StdVerticalRulerRecord(*regle)));
-    }
+    WriteRulerLines(*fich, Regles_V, kKeyVerticalRulerPrefix, StdVerticalRulerRecord());
 
     fich->WriteLine(kSectionPages);
     fich->WriteLine(KeyLine(kKeyNombre, IntText(Pages.Count())));
@@ -465,20 +329,15 @@ int16_t Mandor::SauvegarderMarquageStd() {
       const CPage& page = Deref(page_ptr);
       fich->WriteLine(PageSectionHeader(n));
       fich->WriteLine(KeyLine(kKeyNombreReglesH, IntText(page.Regles_H.Count())));
-      i = 0;
-      for (const auto& regle : page.Regles_H) {
-        ++i;
-        Deref(regle);
-        if (regle->Id.empty()) regle->Id = GeneratedRulerId(i);
-        fich->WriteLine(KeyLine(NumberedKey(kKeyRulerPrefix, i), StdPageRulerRecord(*regle)));
-      }
+      WriteRulerLines(*fich, page.Regles_H, kKeyRulerPrefix, StdPageRulerRecord());
       fich->WriteLine(KeyLine(kKeyNombreChamps, IntText(page.Champs.Count())));
-      i = 0;
+      std::string line;
+      long i = 0;
       for (const auto& champ : page.Champs) {
         ++i;
         Deref(champ);
         if (champ->Id.empty()) champ->Id = GeneratedFieldId(n, i);
-        fich->WriteLine(KeyLine(NumberedKey(kKeyFieldPrefix, i), StdFieldRecord(*champ)));
+        fich->WriteLine(RecordLineOf(line, NumberedKey(kKeyFieldPrefix, i), StdFieldRecord(), *champ));
       }
     }
     fich->Close();
