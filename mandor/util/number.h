@@ -36,6 +36,11 @@ void AppendSingleText(std::string& out, float v, const Locale& locale);
 // when the exponent is below -4 or at least 15 (1E15 gives "1E+15").
 std::string DoubleToText(double v, const Locale& locale);
 
+// n with at least `width` digits, zeros on the left ("00007" for (7, 5)),
+// as Format(n, "00000") gives it: a negative n keeps its sign in front of
+// the digits ("-003" for (-3, 3)).
+std::string ZeroPadded(long long n, int width);
+
 // locale.true_text or locale.false_text.
 std::string BoolToText(bool v, const Locale& locale);
 

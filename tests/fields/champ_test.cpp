@@ -305,6 +305,25 @@ TEST_F(ChampTest, DiffWithInitialComparesFormattedValues) {
   EXPECT_EQ(ErrorNumberOf([&] { orphan->DiffWithInitial(); }), 91);
 }
 
+TEST_F(ChampTest, NumberPicturesFollowTheDecimals) {
+  // The field's own pictures and the document's agree, for a field that no
+  // shared pointer owns too; the sign of Décimales does not matter.
+  const struct { int16_t decimals; const char* display; const char* output; } cases[] = {
+      {0, "#,##0", "###########0."}, {2, "#,##0.00", "###########0.00"}, {-3, "#,##0.000", "###########0.000"}};
+  auto doc = std::make_shared<Mandor>();
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.decimals);
+    CChamp on_stack;
+    on_stack.Décimales(c.decimals);
+    EXPECT_EQ(FormatNombre(on_stack), c.display);
+    EXPECT_EQ(FormatNombreSortie(on_stack), c.output);
+    auto shared = std::make_shared<CChamp>();
+    shared->Décimales(c.decimals);
+    EXPECT_EQ(doc->FormatNombre(shared), c.display);
+    EXPECT_EQ(doc->FormatNombreSortie(shared), c.output);
+  }
+}
+
 TEST_F(ChampTest, NameAndFormulaPredicates) {
   // HasInPU / HasInMT test the start of the part after the first "_".
   const struct { const char* nom; bool pu, mt; } names[] = {

@@ -133,6 +133,27 @@ TEST(NumberTest, NarrowingRoundsHalfToEvenAndChecksTheRange) {
   }
 }
 
+TEST(NumberTest, ZeroPaddedIsTheZeroPicture) {
+  // Ids are zero-padded counters: the same text as the picture of zeros,
+  // the sign in front of the padding.
+  const long long values[] = {0, 7, 123, 99999, 123456, -3, -12345, std::numeric_limits<long long>::min()};
+  for (const int width : {0, 3, 5}) {
+    const std::string picture(static_cast<size_t>(width), '0');
+    for (const long long n : values) {
+      SCOPED_TRACE(testing::Message() << n << " width " << width);
+      const std::string text = ZeroPadded(n, width);
+      if (n != std::numeric_limits<long long>::min() && width > 0) {
+        EXPECT_EQ(text, FormatNumber(static_cast<double>(n), picture, kPoint));
+      }
+      const std::string digits = n < 0 ? text.substr(1) : text;
+      EXPECT_GE(digits.size(), static_cast<size_t>(width));
+      EXPECT_EQ(digits.find_first_not_of("0123456789"), std::string::npos);
+    }
+  }
+  EXPECT_EQ(ZeroPadded(-3, 3), "-003");
+  EXPECT_EQ(ZeroPadded(std::numeric_limits<long long>::min(), 0), "-9223372036854775808");
+}
+
 TEST(NumberTest, FormatNumber) {
   const std::string nbsp = "\xC2\xA0";
   const struct { double v; std::string picture; const Locale& l; std::string text; } cases[] = {

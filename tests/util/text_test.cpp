@@ -108,5 +108,36 @@ TEST(TextTest, MalformedTextIsHandledConsistently) {
   }
 }
 
+TEST(TextTest, DecodeUtf8SplitsLikeTheCharacterRoutines) {
+  // The decoder every routine shares: decoding then re-encoding gives the
+  // text back, and it cuts a text into the characters Mid sees.
+  for (const std::string& s : kSamples) {
+    std::string again;
+    long index = 1;
+    for (size_t i = 0; i < s.size(); ++index) {
+      const Utf8Char c = DecodeUtf8(s, i);
+      ASSERT_GE(c.length, 1u) << s;
+      ASSERT_LE(i + c.length, s.size()) << s;
+      EXPECT_EQ(s.substr(i, c.length), Mid(s, index, 1)) << s << " at byte " << i;
+      if (c.valid) {
+        AppendUtf8(again, c.code);
+      } else {
+        EXPECT_EQ(c.length, 1u) << s << " at byte " << i;
+        again += static_cast<char>(c.code);
+      }
+      i += c.length;
+    }
+    EXPECT_EQ(again, s);
+    EXPECT_EQ(static_cast<size_t>(index - 1), CharLength(s)) << s;
+  }
+  const Utf8Char euro = DecodeUtf8("\xE2\x82\xAC", 0);
+  EXPECT_TRUE(euro.valid);
+  EXPECT_EQ(euro.code, U'\u20AC');
+  EXPECT_EQ(euro.length, 3u);
+  const Utf8Char overlong = DecodeUtf8("\xC0\xAF", 0);
+  EXPECT_FALSE(overlong.valid);
+  EXPECT_EQ(overlong.length, 1u);
+}
+
 }  // namespace
 }  // namespace mandor
