@@ -5,6 +5,10 @@
 // rulers ("H_V"). A recurrent field repeats on several pages: one master in
 // the document's Champs and copies naming it in ChampRecurrentDeRef; the
 // formula settings of any copy travel to the master and every other copy.
+//
+// Threading: single-threaded, as the whole model is: a field is used by one
+// thread at a time (the host's); nothing here locks, and nothing is shared
+// between threads but what the platform holds.
 #ifndef MANDOR_FIELDS_CHAMP_H_
 #define MANDOR_FIELDS_CHAMP_H_
 

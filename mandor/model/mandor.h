@@ -7,6 +7,11 @@
 //
 // The same class carries the string routines of the marking format as
 // public methods; they forward to mandor/util/fct_util.h.
+//
+// Threading: single-threaded, as the whole model is: a document and
+// everything it owns are used by one thread at a time (the host's); nothing
+// here locks, and nothing is shared between threads but what the platform
+// holds.
 #ifndef MANDOR_MODEL_MANDOR_H_
 #define MANDOR_MODEL_MANDOR_H_
 

@@ -6,6 +6,8 @@
 // Every routine that depends on regional settings takes the Locale
 // explicitly; none reads global state (not even the C library's locale), so
 // all of them can be tested side by side in a comma and a point locale.
+//
+// Threading: stateless functions of their arguments; safe from any thread.
 #ifndef MANDOR_UTIL_NUMBER_H_
 #define MANDOR_UTIL_NUMBER_H_
 

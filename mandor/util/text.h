@@ -12,6 +12,8 @@
 // Greek and basic Cyrillic; other characters are left as they are. It is
 // one-to-one per character (ß stays ß), so upper-casing never changes the
 // character count.
+//
+// Threading: stateless functions of their arguments; safe from any thread.
 #ifndef MANDOR_UTIL_TEXT_H_
 #define MANDOR_UTIL_TEXT_H_
 

@@ -14,6 +14,12 @@
 // for in one walk, leaving the element as it is: for the catalogue read,
 // whose workbook is dropped afterwards, so that the attributes XmlGetAttribute
 // would add could never be seen.
+//
+// Threading: single-threaded, as the whole model is: a document and its nodes
+// are used by one thread at a time. The compiled queries are cached in a
+// thread_local table, since the same few query texts are run thousands of
+// times: each thread has its own, so that threads each reading its own
+// workbook never share one and need no lock.
 #ifndef MANDOR_XML_XML_ACCESS_H_
 #define MANDOR_XML_XML_ACCESS_H_
 
