@@ -84,9 +84,9 @@ TEST(NumberTest, PlainNumbersReadAsTheGeneralConversion) {
     const int digits = 1 + static_cast<int>(state >> 60);  // 1..16: the shortcut stops at 15
     const int point = static_cast<int>((state >> 50) % static_cast<uint64_t>(digits + 1));
     std::string number = std::to_string(state >> 1).substr(0, static_cast<size_t>(digits));
-    std::string with_point = number, with_comma = number;
-    with_point.insert(static_cast<size_t>(point), ".");
-    with_comma.insert(static_cast<size_t>(point), ",");
+    const std::string whole = number.substr(0, static_cast<size_t>(point));
+    const std::string decimals = number.substr(static_cast<size_t>(point));
+    const std::string with_point = whole + "." + decimals, with_comma = whole + "," + decimals;
     const double expected = reference(with_point);
     EXPECT_EQ(ParseNumber(with_comma, kComma), expected) << with_comma;
     EXPECT_EQ(ParseNumber("-" + with_point, kPoint), -expected) << with_point;
