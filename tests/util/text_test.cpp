@@ -84,8 +84,10 @@ TEST(TextTest, CaseMappingAndFolding) {
   EXPECT_EQ(LowerCase("İI"), "ii");
   EXPECT_NE(FoldCase("e"), FoldCase("é"));
   // A malformed byte only equals the same byte.
-  EXPECT_FALSE(EqualsIgnoreCase("Ref", "Réf") || EqualsIgnoreCase("abc", "ab") || EqualsIgnoreCase("ab", "abc") ||
-               EqualsIgnoreCase("\xC3", "Ã"));
+  EXPECT_FALSE(EqualsIgnoreCase("Ref", "Réf"));
+  EXPECT_FALSE(EqualsIgnoreCase("abc", "ab"));
+  EXPECT_FALSE(EqualsIgnoreCase("ab", "abc"));
+  EXPECT_FALSE(EqualsIgnoreCase("\xC3", "Ã"));
   EXPECT_TRUE(EqualsIgnoreCase("a\xC3", "A\xC3"));
   for (const std::string& s : kSamples) {
     EXPECT_EQ(EqualsIgnoreCase(s, UpperCase(s)), FoldCase(s) == FoldCase(UpperCase(s))) << s;
