@@ -21,16 +21,6 @@ namespace {
   ThrowError(kObjectNotSet, std::string("Object variable not set (") + what + ")");
 }
 
-// Runs step and swallows the model's errors, so that a failing step of a
-// best-effort procedure is skipped and the next one still runs.
-template <class Step>
-void IgnoringErrors(Step&& step) {
-  try {
-    std::forward<Step>(step)();
-  } catch (const Error&) {
-  }
-}
-
 // Format of a text value with a number picture: a text the locale reads as a
 // number is formatted as that number, any other text comes back as it is.
 std::string FormatText(const std::string& text, std::string_view picture, const Locale& locale) {
@@ -221,14 +211,10 @@ bool CChamp::DiffWithInitial() const {
 
   std::string initial = ReplaceAll(InitialValue(), ".", separator);
   initial = ReplaceAll(initial, ",", separator);
-  std::shared_ptr<Mandor> doc = Document();
-  // FormatNombre wants a shared pointer; a field on the stack gets a
-  // non-owning one for the length of the call.
-  std::shared_ptr<const CChamp> self = weak_from_this().lock();
-  std::shared_ptr<CChamp> champ = self ? std::const_pointer_cast<CChamp>(self)
-                                       : std::shared_ptr<CChamp>(const_cast<CChamp*>(this), [](CChamp*) {});
-  const std::string initial_text = FormatText(initial, doc->FormatNombre(champ), locale);
-  const std::string value_text = FormatText(Text(kValeur), doc->FormatNombre(champ), locale);
+  Document();  // a field without its document is an error, as for any picture
+  const std::string picture = FormatNombre(*this);
+  const std::string initial_text = FormatText(initial, picture, locale);
+  const std::string value_text = FormatText(Text(kValeur), picture, locale);
   return initial_text != value_text;
 }
 
@@ -293,15 +279,17 @@ void CChamp::SetFontPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont)
   if (!oFont) ThrowObjectNotSet("no font given");
   std::shared_ptr<CFont> font = oFont;  // oFont may alias a parent being cleared
   font_ = font;
+  font->SetParents(nullptr);  // left so when the field has no document (Error 91)
+  const auto [parent1, parent2] = FontParents();
+  font->SetParents(parent1, parent2);
+}
+
+std::pair<std::shared_ptr<CFont>, std::shared_ptr<CFont>> CChamp::FontParents() const {
   if (regle_h_) {
-    font->SetParents(regle_h_->GetFontClassFromProperties(),
-                     regle_v_ ? regle_v_->GetFontClassFromProperties() : nullptr);
-  } else if (regle_v_) {
-    font->SetParents(regle_v_->GetFontClassFromProperties());
-  } else {
-    font->SetParents(nullptr);  // left so when the field has no document (Error 91)
-    font->SetParents(Document()->Font());
+    return {regle_h_->GetFontClassFromProperties(), regle_v_ ? regle_v_->GetFontClassFromProperties() : nullptr};
   }
+  if (regle_v_) return {regle_v_->GetFontClassFromProperties(), nullptr};
+  return {Document()->Font(), nullptr};
 }
 
 // --- positions in points ---
@@ -347,10 +335,10 @@ void CChamp::SupprimerDuDocument(const std::string& key) {
   const std::string k = key;
   std::shared_ptr<Mandor> doc = owner_.lock();
   if (!doc) return;
-  IgnoringErrors([&] { doc->champsContenantReference.Remove(k); });
-  IgnoringErrors([&] { doc->Champs.Remove(k); });
+  RunIgnoringErrors([&] { doc->champsContenantReference.Remove(k); });
+  RunIgnoringErrors([&] { doc->Champs.Remove(k); });
   for (long i = 1; i <= doc->Pages.Count(); ++i) {
-    IgnoringErrors([&] {
+    RunIgnoringErrors([&] {
       std::shared_ptr<CPage> page = doc->Pages.Item(i);
       if (page) page->Champs.Remove(k);
     });
@@ -362,8 +350,8 @@ void CChamp::SupprimerDesRecurrents(const std::string& key) {
   const std::string k = key;
   std::shared_ptr<Mandor> doc = owner_.lock();
   if (!doc) return;
-  IgnoringErrors([&] { doc->ChampsRecurrents.Remove(k); });
-  IgnoringErrors([&] { doc->Champs.Remove(k); });
+  RunIgnoringErrors([&] { doc->ChampsRecurrents.Remove(k); });
+  RunIgnoringErrors([&] { doc->Champs.Remove(k); });
 }
 
 }  // namespace mandor

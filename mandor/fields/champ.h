@@ -5,6 +5,10 @@
 // rulers ("H_V"). A recurrent field repeats on several pages: one master in
 // the document's Champs and copies naming it in ChampRecurrentDeRef; the
 // formula settings of any copy travel to the master and every other copy.
+//
+// Threading: single-threaded, as the whole model is: a field is used by one
+// thread at a time (the host's); nothing here locks, and nothing is shared
+// between threads but what the platform holds.
 #ifndef MANDOR_FIELDS_CHAMP_H_
 #define MANDOR_FIELDS_CHAMP_H_
 
@@ -12,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "mandor/fields/font.h"
 #include "mandor/util/packed_texts.h"
@@ -163,6 +168,11 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   // Adopts oFont itself and makes it inherit from oRegleH then oRegleV, or
   // from the document's font when the field has no ruler.
   void SetFontPropertiesFromFontClass(const std::shared_ptr<CFont>& oFont);
+  // The fonts this field's font inherits from, first parent first: the
+  // horizontal ruler's then the vertical ruler's; the vertical ruler's
+  // alone; else the document's (Error 91 without a document). Readers that
+  // build a font before attaching it ask for its parents here.
+  std::pair<std::shared_ptr<CFont>, std::shared_ptr<CFont>> FontParents() const;
 
   // --- positions in points (0 without a page; Error 11 for a zero resolution) ---
   float Position_point_Left() const;

@@ -22,15 +22,6 @@ namespace mandor {
 
 namespace {
 
-// Attribute values are written in the invariant form: a decimal point
-// whatever the locale of the machine.
-std::string SingleText(float v) { return SingleToText(v, Locale::Point()); }
-std::string DoubleText(double v) { return DoubleToText(v, Locale::Point()); }
-
-void Set(pugi::xml_node element, const char* name, const std::string& value) {
-  XmlGetAttribute(element, name).set_value(value.c_str());
-}
-
 // Element to write on; Error 91 when the caller has none, as assigning an
 // attribute of a missing element is.
 void RequireElement(const pugi::xml_node& node) {
@@ -63,18 +54,18 @@ void CChamp::MajXmlNodeFromChampProperties(pugi::xml_node& node) {
   const double width = static_cast<double>(Position_pixel_Right) - static_cast<double>(Position_pixel_Left);
   const double height = static_cast<double>(Position_pixel_Bottom) - static_cast<double>(Position_pixel_Top);
   if (regle_v_) {
-    if (Position_pixel_Left != regle_v_->Position_pixel_X) append("mn:X", SingleText(Position_pixel_Left));
-    if (width != static_cast<double>(regle_v_->WidthChamp())) append("mn:W", DoubleText(width));
+    if (Position_pixel_Left != regle_v_->Position_pixel_X) append("mn:X", XmlNumberText(Position_pixel_Left));
+    if (width != static_cast<double>(regle_v_->WidthChamp())) append("mn:W", XmlNumberText(width));
   } else {
-    append("mn:X", SingleText(Position_pixel_Left));
-    append("mn:W", DoubleText(width));
+    append("mn:X", XmlNumberText(Position_pixel_Left));
+    append("mn:W", XmlNumberText(width));
   }
   if (regle_h_) {
-    if (Position_pixel_Top != regle_h_->Position_pixel_Y) append("mn:Y", SingleText(Position_pixel_Top));
-    if (height != static_cast<double>(regle_h_->hauteur_pixel)) append("mn:H", DoubleText(height));
+    if (Position_pixel_Top != regle_h_->Position_pixel_Y) append("mn:Y", XmlNumberText(Position_pixel_Top));
+    if (height != static_cast<double>(regle_h_->hauteur_pixel)) append("mn:H", XmlNumberText(height));
   } else {
-    append("mn:Y", SingleText(Position_pixel_Top));
-    append("mn:H", DoubleText(height));
+    append("mn:Y", XmlNumberText(Position_pixel_Top));
+    append("mn:H", XmlNumberText(height));
   }
 
   append("mn:iPrint", imprimable_ == -1 ? "1" : "0");
@@ -110,15 +101,15 @@ void CChamp::MajXmlNodeDataContratFromChampProperties(pugi::xml_node& node) {
   // document's, a field moved back onto its ruler).
   const auto set_or_remove = [&node](const char* name, bool write, const std::string& value) {
     if (write) {
-      Set(node, name, value);
+      XmlSetAttribute(node, name, value);
     } else {
       node.remove_attribute(name);
     }
   };
 
-  Set(node, "mn:Name", Nom());
-  Set(node, "mn:ID", doc->Id);
-  Set(node, "mn:Page", std::to_string(Page));
+  XmlSetAttribute(node, "mn:Name", Nom());
+  XmlSetAttribute(node, "mn:ID", doc->Id);
+  XmlSetAttribute(node, "mn:Page", std::to_string(Page));
 
   // Attributes go in pairs by ruler: "mn:X" and "mn:H" under the vertical
   // ruler, "mn:Y" and "mn:W" under the horizontal one. A measure is left out
@@ -130,22 +121,22 @@ void CChamp::MajXmlNodeDataContratFromChampProperties(pugi::xml_node& node) {
   const bool height_from_ruler = regle_h_ && height == static_cast<double>(regle_h_->hauteur_pixel);
   const bool width_from_ruler = regle_v_ && width == static_cast<double>(regle_v_->WidthChamp());
   if (regle_v_) {
-    set_or_remove("mn:X", Position_pixel_Left != regle_v_->Position_pixel_X, SingleText(Position_pixel_Left));
-    set_or_remove("mn:H", !height_from_ruler, DoubleText(height));
+    set_or_remove("mn:X", Position_pixel_Left != regle_v_->Position_pixel_X, XmlNumberText(Position_pixel_Left));
+    set_or_remove("mn:H", !height_from_ruler, XmlNumberText(height));
   } else {
-    Set(node, "mn:X", SingleText(Position_pixel_Left));
-    Set(node, "mn:H", DoubleText(height));
+    XmlSetAttribute(node, "mn:X", XmlNumberText(Position_pixel_Left));
+    XmlSetAttribute(node, "mn:H", XmlNumberText(height));
   }
   if (regle_h_) {
-    set_or_remove("mn:Y", Position_pixel_Top != regle_h_->Position_pixel_Y, SingleText(Position_pixel_Top));
-    set_or_remove("mn:W", !width_from_ruler, DoubleText(width));
+    set_or_remove("mn:Y", Position_pixel_Top != regle_h_->Position_pixel_Y, XmlNumberText(Position_pixel_Top));
+    set_or_remove("mn:W", !width_from_ruler, XmlNumberText(width));
   } else {
-    Set(node, "mn:Y", SingleText(Position_pixel_Top));
-    Set(node, "mn:W", DoubleText(width));
+    XmlSetAttribute(node, "mn:Y", XmlNumberText(Position_pixel_Top));
+    XmlSetAttribute(node, "mn:W", XmlNumberText(width));
   }
 
-  Set(node, "mn:iPrint", imprimable_ == -1 ? "1" : "0");
-  Set(node, "mn:Type", std::to_string(type_champ_));
+  XmlSetAttribute(node, "mn:iPrint", imprimable_ == -1 ? "1" : "0");
+  XmlSetAttribute(node, "mn:Type", std::to_string(type_champ_));
   set_or_remove("mn:Dec", décimales_ != doc->Decimales, std::to_string(décimales_));
   set_or_remove("mn:SubName", !SubName.empty(), SubName);
   set_or_remove("mn:subName", !SubName.empty(), SubName);
@@ -156,19 +147,19 @@ void CChamp::MajXmlNodeDataContratFromChampProperties(pugi::xml_node& node) {
   if (TextView(kFormule).empty()) {
     node.remove_attribute("mn:Formula");
   } else if (valeur.empty() || IsNumericText(valeur, CurrentPlatform().locale())) {
-    Set(node, "mn:Formula", Text(kFormule));
+    XmlSetAttribute(node, "mn:Formula", Text(kFormule));
   }
   set_or_remove("mn:V_Type", accrochage_v_type_ > 0, std::to_string(accrochage_v_type_));
 
-  Set(node, "mn:Label", RareText(&RareTexts::label));
-  Set(node, "mn:Optional", is_optional_ ? "1" : "0");
-  Set(node, "mn:Groupe", RareText(&RareTexts::groupe));
-  Set(node, "mn:ToReport", RareText(&RareTexts::to_report));
+  XmlSetAttribute(node, "mn:Label", RareText(&RareTexts::label));
+  XmlSetAttribute(node, "mn:Optional", is_optional_ ? "1" : "0");
+  XmlSetAttribute(node, "mn:Groupe", RareText(&RareTexts::groupe));
+  XmlSetAttribute(node, "mn:ToReport", RareText(&RareTexts::to_report));
   // A field that never received a value (one read from a file that keeps
   // its value only here) leaves the stored value alone instead of blanking it;
   // a value given and then cleared is written empty.
   if (!valeur.empty() || !TextView(kInitialValue).empty()) {
-    Set(node, "mn:Value", valeur);
+    XmlSetAttribute(node, "mn:Value", valeur);
   } else {
     XmlGetAttribute(node, "mn:Value");
   }

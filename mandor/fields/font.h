@@ -8,6 +8,10 @@
 // it would inherit (setting such a value clears the override).
 //
 // The chain is catalogue font -> document font -> ruler font -> field font.
+//
+// Threading: single-threaded, as the whole model is: a font (and the chain of
+// its parents) is used by one thread at a time (the host's); nothing here
+// locks, and nothing is shared between threads but what the platform holds.
 #ifndef MANDOR_FIELDS_FONT_H_
 #define MANDOR_FIELDS_FONT_H_
 

@@ -10,6 +10,7 @@
 #include <pugixml.hpp>
 
 #include "mandor/fields/font.h"
+#include "mandor/util/error.h"
 #include "mandor/util/number.h"
 #include "mandor/util/platform.h"
 #include "mandor/util/text.h"
@@ -33,10 +34,7 @@ void WhenNumeric(std::string_view text, Apply apply) {
   if (text.empty()) return;  // most attributes are absent: no need to ask for the locale
   const std::optional<double> value = ParseNumber(text, CurrentPlatform().locale());
   if (!value) return;
-  try {
-    apply(*value);
-  } catch (const std::exception&) {
-  }
+  RunIgnoringErrors([&] { apply(*value); });
 }
 
 void Apply(CFont& font, const FontTexts& text) {
@@ -108,7 +106,10 @@ pugi::xml_node CFont::GetXmlFontFromFontClass(pugi::xml_node oXmlParent) const {
   const bool transparent_differs = HasTransparent() && Transparent() != DefaultTransparent();
   const bool back_differs = HasBackColor() && BackColor() != DefaultBackColor();
   if (back_differs) {
-    font.append_attribute("mn:BackColor") = ((Transparent() ? "-" : "") + std::to_string(BackColor())).c_str();
+    // A transparent background is written as the negated colour.
+    std::string back = std::to_string(BackColor());
+    if (Transparent()) back.insert(back.begin(), '-');
+    font.append_attribute("mn:BackColor") = back.c_str();
   } else if (transparent_differs) {
     font.append_attribute("mn:BackColor") = Transparent() ? "-1" : "";
   }

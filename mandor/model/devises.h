@@ -4,6 +4,10 @@
 // under the key "EUR(Defaut)" rather than its plain code: it is reachable by
 // position 0 and by FindPos, but not by its code as a key. Every other entry
 // is stored under its plain code.
+//
+// Threading: single-threaded, as the whole model is: a currency table is used
+// by one thread at a time (the host's); nothing here locks, and nothing is
+// shared between threads but what the platform holds.
 #ifndef MANDOR_MODEL_DEVISES_H_
 #define MANDOR_MODEL_DEVISES_H_
 

@@ -58,14 +58,8 @@ void Mandor::iDevise(int16_t value) {
   // Resolution failures are ignored: Devise keeps the last code found.
   auto owner = oOwnerMarquage();
   if (!owner || !owner->oDevises) return;
-  try {
-    devise_ = owner->oDevises->Item(0L)->code();
-  } catch (const std::exception&) {
-  }
-  try {
-    devise_ = owner->oDevises->Item(static_cast<long>(value))->code();
-  } catch (const std::exception&) {
-  }
+  RunIgnoringErrors([&] { devise_ = owner->oDevises->Item(0L)->code(); });
+  RunIgnoringErrors([&] { devise_ = owner->oDevises->Item(static_cast<long>(value))->code(); });
 }
 
 std::shared_ptr<CRegle> Mandor::RegleV(std::string_view sNom) const {
@@ -127,17 +121,25 @@ std::string Mandor::EnleveCar(std::string& Nombre, std::string_view Car, std::st
   return mandor::EnleveCar(Nombre, Car, CarReplace);
 }
 
+std::string FormatNombre(const CChamp& Champ) {
+  const int d = std::abs(static_cast<int>(Champ.Décimales()));
+  return d == 0 ? "#,##0" : "#,##0." + std::string(static_cast<size_t>(d), '0');
+}
+
+std::string FormatNombreSortie(const CChamp& Champ) {
+  // The trailing point stays even without decimals.
+  const int d = std::abs(static_cast<int>(Champ.Décimales()));
+  return "###########0." + std::string(static_cast<size_t>(d), '0');
+}
+
 std::string Mandor::FormatNombre(const std::shared_ptr<CChamp>& Champ) const {
   if (!Champ) ThrowError(kObjectNotSet);
-  const int d = std::abs(static_cast<int>(Champ->Décimales()));
-  return d == 0 ? "#,##0" : "#,##0." + std::string(static_cast<size_t>(d), '0');
+  return mandor::FormatNombre(*Champ);
 }
 
 std::string Mandor::FormatNombreSortie(const std::shared_ptr<CChamp>& Champ) const {
   if (!Champ) ThrowError(kObjectNotSet);
-  // The trailing point stays even without decimals.
-  const int d = std::abs(static_cast<int>(Champ->Décimales()));
-  return "###########0." + std::string(static_cast<size_t>(d), '0');
+  return mandor::FormatNombreSortie(*Champ);
 }
 
 StringArray Mandor::ReadSection(TextFile& fich, std::string_view cSection) const {

@@ -7,6 +7,11 @@
 //
 // The same class carries the string routines of the marking format as
 // public methods; they forward to mandor/util/fct_util.h.
+//
+// Threading: single-threaded, as the whole model is: a document and
+// everything it owns are used by one thread at a time (the host's); nothing
+// here locks, and nothing is shared between threads but what the platform
+// holds.
 #ifndef MANDOR_MODEL_MANDOR_H_
 #define MANDOR_MODEL_MANDOR_H_
 
@@ -169,7 +174,7 @@ class Mandor : public std::enable_shared_from_this<Mandor> {
   // Writes oMandor back into its catalogue workbook (the catalogue's
   // FullPath); true when the file was saved.
   bool SauvegarderMarquageXml(std::shared_ptr<Mandor>& oMandor);
-  // XML WRITER STEPS: declared here by the XML writer's author.
+
  private:
   // The steps of SauvegarderMarquageXml, run in this order on the loaded
   // workbook (xml_writer.cpp). Nodes are pugi::xml_node; oXml is the
@@ -222,6 +227,12 @@ class Mandor : public std::enable_shared_from_this<Mandor> {
   int16_t i_devise_ = 0;
   mutable std::shared_ptr<CFont> font_;
 };
+
+// The number pictures of a field, for the model's own callers that hold the
+// field by reference (Mandor::FormatNombre and FormatNombreSortie check for a
+// null field and forward here).
+std::string FormatNombre(const CChamp& Champ);
+std::string FormatNombreSortie(const CChamp& Champ);
 
 }  // namespace mandor
 

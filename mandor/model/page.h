@@ -2,6 +2,10 @@
 // scanned image, its own fields (kept in reading order) and its own
 // horizontal rulers. Positions in points are derived from pixels and the
 // page's resolutions (300 x 300 dpi when the page is created).
+//
+// Threading: single-threaded, as the whole model is: a page is used by one
+// thread at a time (the host's); nothing here locks, and nothing is shared
+// between threads but what the platform holds.
 #ifndef MANDOR_MODEL_PAGE_H_
 #define MANDOR_MODEL_PAGE_H_
 

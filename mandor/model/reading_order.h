@@ -12,6 +12,10 @@
 // a number (NaN) compares false both ways and breaks the sort; from then on
 // the index walks its array from the start like InsérerChamp, which still
 // gives the same places.
+//
+// Threading: single-threaded, as the whole model is: an index is used by one
+// thread at a time (the host's); nothing here locks, and nothing is shared
+// between threads but what the platform holds.
 #ifndef MANDOR_MODEL_READING_ORDER_H_
 #define MANDOR_MODEL_READING_ORDER_H_
 

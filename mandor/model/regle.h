@@ -2,6 +2,10 @@
 // price schedule) belong to the document, horizontal rulers (its rows) to a
 // page. Fields are anchored to one ruler of each kind. A ruler has a font of
 // its own that inherits from its document's font.
+//
+// Threading: single-threaded, as the whole model is: a ruler is used by one
+// thread at a time (the host's); nothing here locks, and nothing is shared
+// between threads but what the platform holds.
 #ifndef MANDOR_MODEL_REGLE_H_
 #define MANDOR_MODEL_REGLE_H_
 

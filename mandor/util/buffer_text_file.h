@@ -17,6 +17,10 @@
 //
 // Any operation but AtEnd and Close on a closed file throws Error 52 (bad
 // file name or number).
+//
+// Threading: single-threaded, as the whole model is: a file object is used by
+// one thread at a time (the host's); nothing here locks, and nothing is
+// shared between threads but what the platform holds.
 #ifndef MANDOR_UTIL_BUFFER_TEXT_FILE_H_
 #define MANDOR_UTIL_BUFFER_TEXT_FILE_H_
 

@@ -13,6 +13,10 @@
 //
 // Key look-up is a hash look-up (KeyIndex); appending is amortised O(1);
 // inserting or removing in the middle shifts the sequence (O(n)).
+//
+// Threading: single-threaded, as the whole model is: a collection is used by
+// one thread at a time (the host's); nothing here locks, and nothing is
+// shared between threads but what the platform holds.
 #ifndef MANDOR_UTIL_COLLECTION_H_
 #define MANDOR_UTIL_COLLECTION_H_
 

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "mandor/util/text.h"
+
 namespace mandor {
 
 namespace {
@@ -14,56 +16,6 @@ constexpr char32_t kHighTable[32] = {
     0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,  // 90-97
     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,  // 98-9F
 };
-
-void AppendUtf8(std::string& out, char32_t cp) {
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    // Windows-1252 only reaches the Basic Multilingual Plane.
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
-}
-
-// Decodes the UTF-8 sequence starting at text[i]. On success stores the code
-// point and its length; fails on truncated, overlong, surrogate and
-// out-of-range sequences.
-bool DecodeUtf8(std::string_view text, size_t i, char32_t& cp, size_t& length) {
-  const auto byte = [&](size_t k) { return static_cast<uint8_t>(text[k]); };
-  const uint8_t lead = byte(i);
-  char32_t min;
-  if (lead < 0x80) {
-    cp = lead;
-    length = 1;
-    return true;
-  } else if ((lead & 0xE0) == 0xC0) {
-    cp = lead & 0x1F;
-    length = 2;
-    min = 0x80;
-  } else if ((lead & 0xF0) == 0xE0) {
-    cp = lead & 0x0F;
-    length = 3;
-    min = 0x800;
-  } else if ((lead & 0xF8) == 0xF0) {
-    cp = lead & 0x07;
-    length = 4;
-    min = 0x10000;
-  } else {
-    return false;
-  }
-  if (text.size() - i < length) return false;
-  for (size_t k = 1; k < length; ++k) {
-    const uint8_t b = byte(i + k);
-    if ((b & 0xC0) != 0x80) return false;
-    cp = (cp << 6) | (b & 0x3F);
-  }
-  if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
-  return true;
-}
 
 // The end of the run of ASCII bytes starting at i.
 size_t AsciiRunEnd(std::string_view text, size_t i) {
@@ -105,19 +57,15 @@ std::string EncodeSingleByte(std::string_view utf8, Encode&& encode, Unmappable&
       i = ascii_end;
       continue;
     }
-    char32_t cp;
-    size_t length;
-    if (!DecodeUtf8(utf8, i, cp, length)) {
+    const Utf8Char c = DecodeUtf8(utf8, i);
+    i += c.length;
+    if (!c.valid) {
       out += '?';  // an invalid byte: skip it alone and resynchronise
-      ++i;
-      continue;
-    }
-    if (const std::optional<uint8_t> byte = encode(cp)) {
+    } else if (const std::optional<uint8_t> byte = encode(c.code)) {
       out += static_cast<char>(*byte);
     } else {
-      unmappable(out, cp);
+      unmappable(out, c.code);
     }
-    i += length;
   }
   return out;
 }

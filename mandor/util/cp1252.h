@@ -6,6 +6,8 @@
 // Ÿ, typographic quotes, ...). Its five undefined bytes 0x81, 0x8D, 0x8F,
 // 0x90 and 0x9D map to the control characters U+0081, U+008D, U+008F, U+0090
 // and U+009D, so that any byte string survives a round trip through UTF-8.
+//
+// Threading: stateless functions of their arguments; safe from any thread.
 #ifndef MANDOR_UTIL_CP1252_H_
 #define MANDOR_UTIL_CP1252_H_
 

@@ -3,11 +3,14 @@
 // out of range, 11 division by zero, 13 type mismatch, 53 file not found,
 // 457 duplicate key, ...) beside a human description, so that a host written
 // against the original automation component can keep testing numbers.
+//
+// Thread safety: none needed; everything here is stateless.
 #ifndef MANDOR_UTIL_ERROR_H_
 #define MANDOR_UTIL_ERROR_H_
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace mandor {
 
@@ -43,6 +46,24 @@ class Error : public std::runtime_error {
  private:
   int number_;
 };
+
+// Runs step and swallows what it throws, for the best-effort procedures of
+// the model that carry on after a failing statement (a property keeps its
+// former value, a missing collection member is skipped). It swallows every
+// std::exception, not only Error: the standard library's own failures
+// (out_of_range, length_error, bad_alloc of an absurd size) are errors of
+// that statement too, and letting them through would stop the procedure
+// half-way on one input and not on another. Anything that is not a
+// std::exception is not ours and goes through. True when step ran to its end.
+template <class Step>
+bool RunIgnoringErrors(Step&& step) {
+  try {
+    std::forward<Step>(step)();
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
 
 // Throws Error(number, DefaultDescription(number)).
 [[noreturn]] void ThrowError(int number);

@@ -15,15 +15,7 @@ constexpr std::string_view kEscapedBar = "\x7F";             // U+007F
 constexpr std::string_view kEscapedCrLf = "\xC3\xBF\xC3\xBF";  // U+00FF U+00FF
 
 // Byte length of the UTF-8 character starting at s[i] (1 for a stray byte).
-size_t CharBytes(std::string_view s, size_t i) {
-  unsigned char c = static_cast<unsigned char>(s[i]);
-  size_t n = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 1;
-  if (i + n > s.size()) return 1;
-  for (size_t k = 1; k < n; ++k) {
-    if ((static_cast<unsigned char>(s[i + k]) & 0xC0) != 0x80) return 1;
-  }
-  return n;
-}
+size_t CharBytes(std::string_view s, size_t i) { return DecodeUtf8(s, i).length; }
 
 }  // namespace
 

@@ -9,6 +9,12 @@
 // empty vector is an undimensioned array.
 //
 // The Mandor methods of the same names forward here.
+//
+// Threading: single-threaded, as the whole model is; nothing locks.
+// EstVirguleDecimale keeps its answer for the last decimal separator it saw
+// in thread_local variables, since readers ask for it for every number: each
+// thread keeps its own, so that a second thread can never read a half-written
+// cache.
 #ifndef MANDOR_UTIL_FCT_UTIL_H_
 #define MANDOR_UTIL_FCT_UTIL_H_
 

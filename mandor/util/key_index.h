@@ -8,6 +8,10 @@
 // A catalogue or text marking keys hundreds of thousands of fields; a table
 // of nodes, one allocation and one folded copy of the key per member, was
 // the largest cost of loading them.
+//
+// Threading: single-threaded, as the whole model is: an index is used by one
+// thread at a time (the host's); nothing here locks, and nothing is shared
+// between threads but what the platform holds.
 #ifndef MANDOR_UTIL_KEY_INDEX_H_
 #define MANDOR_UTIL_KEY_INDEX_H_
 

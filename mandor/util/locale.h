@@ -28,8 +28,6 @@ struct Locale {
   std::string true_text = "True";
   std::string false_text = "False";
 
-  bool UsesDecimalComma() const { return decimal_separator == ","; }
-
   // French settings: decimal comma, no-break space grouping, "Vrai"/"Faux".
   static Locale Comma();
   // English settings: decimal point, comma grouping, "True"/"False".

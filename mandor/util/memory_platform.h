@@ -30,6 +30,9 @@
 //   ScopedPlatform scope(platform);
 //   ...
 //   EXPECT_EQ(platform->messages().size(), 1u);
+//
+// Threading: single-threaded; a MemoryPlatform is a test double used by the
+// one thread that runs the test.
 #ifndef MANDOR_UTIL_MEMORY_PLATFORM_H_
 #define MANDOR_UTIL_MEMORY_PLATFORM_H_
 

@@ -601,4 +601,18 @@ std::string FormatNumber(double v, std::string_view picture, const Locale& local
   return out;
 }
 
+std::string ZeroPadded(long long n, int width) {
+  // The magnitude as unsigned, so that the most negative value is safe.
+  const unsigned long long magnitude =
+      n < 0 ? 0ULL - static_cast<unsigned long long>(n) : static_cast<unsigned long long>(n);
+  std::string text;
+  if (n < 0) text.push_back('-');
+  char digits[24];
+  const char* const end = std::to_chars(digits, digits + sizeof digits, magnitude).ptr;
+  const long long count = end - digits;
+  if (count < width) text.append(static_cast<size_t>(width - count), '0');
+  text.append(digits, static_cast<size_t>(count));
+  return text;
+}
+
 }  // namespace mandor

@@ -6,6 +6,8 @@
 // Every routine that depends on regional settings takes the Locale
 // explicitly; none reads global state (not even the C library's locale), so
 // all of them can be tested side by side in a comma and a point locale.
+//
+// Threading: stateless functions of their arguments; safe from any thread.
 #ifndef MANDOR_UTIL_NUMBER_H_
 #define MANDOR_UTIL_NUMBER_H_
 
@@ -35,6 +37,11 @@ void AppendSingleText(std::string& out, float v, const Locale& locale);
 // Same for a double with 15 significant digits; the scientific form is used
 // when the exponent is below -4 or at least 15 (1E15 gives "1E+15").
 std::string DoubleToText(double v, const Locale& locale);
+
+// n with at least `width` digits, zeros on the left ("00007" for (7, 5)),
+// as Format(n, "00000") gives it: a negative n keeps its sign in front of
+// the digits ("-003" for (-3, 3)).
+std::string ZeroPadded(long long n, int width);
 
 // locale.true_text or locale.false_text.
 std::string BoolToText(bool v, const Locale& locale);

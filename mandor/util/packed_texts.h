@@ -8,6 +8,10 @@
 //
 // Texts that together do not fit move, all of them, to N std::strings on
 // the heap, and stay there: any length is kept, nothing is cut.
+//
+// Threading: single-threaded, as the whole model is: a block of texts is used
+// by one thread at a time (the host's); nothing here locks, and nothing is
+// shared between threads but what the platform holds.
 #ifndef MANDOR_UTIL_PACKED_TEXTS_H_
 #define MANDOR_UTIL_PACKED_TEXTS_H_
 
@@ -49,17 +53,23 @@ class PackedTexts {
 
   // Replaces text i; `text` may be a view of one of these texts.
   void Set(size_t i, std::string_view text) {
+    // Spilled texts are replaced by a fresh string rather than assigned in
+    // place: the text may be a view of the very string it replaces (and
+    // GCC 12 at -O3 reports a false overlap in the in-place assignment).
     if (spilled_) {
-      (*spilled_)[i].assign(text.data(), text.size());
+      (*spilled_)[i] = std::string(text);
       return;
     }
     const size_t begin = i == 0 ? 0 : ends_[i - 1];
     const size_t end = ends_[i];
     const size_t total = ends_[N - 1];
-    const size_t new_total = total - (end - begin) + text.size();
-    if (new_total > kInline) {
+    const size_t old_size = end - begin;
+    // The first test is implied by the second; it is written out so that
+    // the optimiser, which cannot know how the ends relate, sees every copy
+    // below stay inside the block.
+    if (text.size() > kInline || total - old_size + text.size() > kInline) {
       Spill();
-      (*spilled_)[i].assign(text.data(), text.size());
+      (*spilled_)[i] = std::string(text);
       return;
     }
     // A text taken from this block is copied out before the block moves.
@@ -68,10 +78,9 @@ class PackedTexts {
       std::memcpy(copy, text.data(), text.size());
       text = std::string_view(copy, text.size());
     }
-    const size_t old_size = end - begin;
     // Texts are mostly set once, in order, on an empty block: nothing after
     // them to move, no end to change when the size is the same.
-    if (end != total && text.size() != old_size) std::memmove(inline_ + begin + text.size(), inline_ + end, total - end);
+    if (end < total && text.size() != old_size) std::memmove(inline_ + begin + text.size(), inline_ + end, total - end);
     if (!text.empty()) std::memcpy(inline_ + begin, text.data(), text.size());
     if (text.size() != old_size) {
       for (size_t j = i; j < N; ++j) ends_[j] = static_cast<uint8_t>(ends_[j] + text.size() - old_size);

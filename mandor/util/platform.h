@@ -8,6 +8,11 @@
 // The current platform is process-wide (the model is single-threaded and has
 // no options object to carry one). By default it is a SystemPlatform; tests
 // and hosts install their own with SetPlatform or ScopedPlatform.
+//
+// Threading: the current platform is one process-wide slot, set by the host
+// or a test before the model is used (SetPlatform, ScopedPlatform) and not
+// while another thread uses the model; the model itself is single-threaded
+// and calls the platform from the host's thread.
 #ifndef MANDOR_UTIL_PLATFORM_H_
 #define MANDOR_UTIL_PLATFORM_H_
 

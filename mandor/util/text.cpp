@@ -22,44 +22,19 @@ bool IsContinuation(std::string_view s, size_t i) {
   return i < s.size() && (static_cast<unsigned char>(s[i]) & 0xC0) == 0x80;
 }
 
-// Decodes the character starting at byte i (i < s.size()).
+// Decodes the character starting at byte i (i < s.size()); an invalid byte
+// becomes kInvalidBase + byte.
 Decoded DecodeAt(std::string_view s, size_t i) {
-  const unsigned char b0 = static_cast<unsigned char>(s[i]);
-  if (b0 < 0x80) return {b0, 1};
-  auto cont = [&](size_t k) { return static_cast<char32_t>(static_cast<unsigned char>(s[i + k]) & 0x3F); };
-  if (b0 >= 0xC2 && b0 <= 0xDF) {
-    if (IsContinuation(s, i + 1)) return {((b0 & 0x1Fu) << 6) | cont(1), 2};
-  } else if (b0 >= 0xE0 && b0 <= 0xEF) {
-    if (IsContinuation(s, i + 1) && IsContinuation(s, i + 2)) {
-      const char32_t c = ((b0 & 0x0Fu) << 12) | (cont(1) << 6) | cont(2);
-      if (c >= 0x800 && (c < 0xD800 || c > 0xDFFF)) return {c, 3};
-    }
-  } else if (b0 >= 0xF0 && b0 <= 0xF4) {
-    if (IsContinuation(s, i + 1) && IsContinuation(s, i + 2) && IsContinuation(s, i + 3)) {
-      const char32_t c = ((b0 & 0x07u) << 18) | (cont(1) << 12) | (cont(2) << 6) | cont(3);
-      if (c >= 0x10000 && c <= 0x10FFFF) return {c, 4};
-    }
-  }
-  return {kInvalidBase + b0, 1};
+  const Utf8Char c = DecodeUtf8(s, i);
+  if (c.valid) return {c.code, c.length};
+  return {kInvalidBase + c.code, 1};
 }
 
 void Encode(char32_t c, std::string& out) {
   if (c >= kInvalidBase) {
     out.push_back(static_cast<char>(c - kInvalidBase));
-  } else if (c < 0x80) {
-    out.push_back(static_cast<char>(c));
-  } else if (c < 0x800) {
-    out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-  } else if (c < 0x10000) {
-    out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
   } else {
-    out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+    AppendUtf8(out, c);
   }
 }
 
@@ -164,6 +139,45 @@ size_t CheckedCount(long n) {
 }
 
 }  // namespace
+
+Utf8Char DecodeUtf8(std::string_view s, size_t i) {
+  const unsigned char b0 = static_cast<unsigned char>(s[i]);
+  if (b0 < 0x80) return {b0, 1, true};
+  const auto continuation = [&](size_t k) { return IsContinuation(s, i + k); };
+  const auto bits = [&](size_t k) { return static_cast<char32_t>(static_cast<unsigned char>(s[i + k]) & 0x3F); };
+  if (b0 >= 0xC2 && b0 <= 0xDF) {
+    if (continuation(1)) return {((b0 & 0x1Fu) << 6) | bits(1), 2, true};
+  } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+    if (continuation(1) && continuation(2)) {
+      const char32_t c = ((b0 & 0x0Fu) << 12) | (bits(1) << 6) | bits(2);
+      if (c >= 0x800 && (c < 0xD800 || c > 0xDFFF)) return {c, 3, true};
+    }
+  } else if (b0 >= 0xF0 && b0 <= 0xF4) {
+    if (continuation(1) && continuation(2) && continuation(3)) {
+      const char32_t c = ((b0 & 0x07u) << 18) | (bits(1) << 12) | (bits(2) << 6) | bits(3);
+      if (c >= 0x10000 && c <= 0x10FFFF) return {c, 4, true};
+    }
+  }
+  return {b0, 1, false};
+}
+
+void AppendUtf8(std::string& out, char32_t c) {
+  if (c < 0x80) {
+    out.push_back(static_cast<char>(c));
+  } else if (c < 0x800) {
+    out.push_back(static_cast<char>(0xC0 | (c >> 6)));
+    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+  } else if (c < 0x10000) {
+    out.push_back(static_cast<char>(0xE0 | (c >> 12)));
+    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+  } else {
+    out.push_back(static_cast<char>(0xF0 | (c >> 18)));
+    out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+  }
+}
 
 size_t CharLength(std::string_view s) {
   size_t count = 0;

@@ -12,6 +12,8 @@
 // Greek and basic Cyrillic; other characters are left as they are. It is
 // one-to-one per character (ß stays ß), so upper-casing never changes the
 // character count.
+//
+// Threading: stateless functions of their arguments; safe from any thread.
 #ifndef MANDOR_UTIL_TEXT_H_
 #define MANDOR_UTIL_TEXT_H_
 
@@ -20,6 +22,22 @@
 #include <string_view>
 
 namespace mandor {
+
+// One character of UTF-8 text, as DecodeUtf8 finds it.
+struct Utf8Char {
+  char32_t code;  // the code point; the byte itself when !valid
+  size_t length;  // bytes taken: 1 to 4, and 1 when !valid
+  bool valid;
+};
+
+// Decodes the character starting at byte i of s (i < s.size()). A byte
+// that does not start a valid sequence (stray continuation, truncated,
+// overlong, surrogate or beyond U+10FFFF) is a character of one byte of its
+// own, so that every caller splits malformed text the same way.
+Utf8Char DecodeUtf8(std::string_view s, size_t i);
+
+// Appends the UTF-8 encoding of code (at most U+10FFFF) to out.
+void AppendUtf8(std::string& out, char32_t code);
 
 // Number of characters in s.
 size_t CharLength(std::string_view s);

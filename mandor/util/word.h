@@ -1,6 +1,8 @@
 // Reading a text's bytes as 64-bit words, for the code that works on text a
 // word at a time (the key index of collections, the attribute names of the
 // catalogue reader, the text reader's record splitter).
+//
+// Threading: stateless functions of their arguments; safe from any thread.
 #ifndef MANDOR_UTIL_WORD_H_
 #define MANDOR_UTIL_WORD_H_
 

@@ -23,18 +23,6 @@
 
 namespace mandor {
 
-namespace {
-
-void Set(pugi::xml_node element, const char* name, const std::string& value) {
-  if (!element) ThrowError(kObjectNotSet, std::string("Object variable not set (element for ") + name + ")");
-  XmlGetAttribute(element, name).set_value(value.c_str());
-}
-
-// The numbers an image object returns, written as it returned them.
-std::string NumberText(double v) { return DoubleToText(v, Locale::Point()); }
-
-}  // namespace
-
 std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeMandor, ImagePdf& iPdf) {
   WorkbookDocument workbook;
   if (!workbook.Load(full_path_)) {
@@ -87,13 +75,13 @@ std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeM
   if (devise.empty()) act->iDevise(0);
 
   const pugi::xml_node image = XmlCreateElement(XmlSelectNode(xml, "//mn:MANDOR"), "mn:Image");
-  Set(image, "mn:ID", act->Id);
-  Set(image, "mn:Name", iPdf.File());
-  Set(image, "mn:Count", "0");
-  Set(image, "mn:Type", "AE");
-  Set(image, "mn:Orientation", std::to_string(act->Orientation));
-  Set(image, "mn:H", SingleToText(act->HauteurChamp, Locale::Point()));
-  Set(image, "mn:Devise", devise);
+  XmlSetAttribute(image, "mn:ID", act->Id);
+  XmlSetAttribute(image, "mn:Name", iPdf.File());
+  XmlSetAttribute(image, "mn:Count", "0");
+  XmlSetAttribute(image, "mn:Type", "AE");
+  XmlSetAttribute(image, "mn:Orientation", std::to_string(act->Orientation));
+  XmlSetAttribute(image, "mn:H", SingleToText(act->HauteurChamp, Locale::Point()));
+  XmlSetAttribute(image, "mn:Devise", devise);
 
   act->Pages = Collection<CPage>();
   const int16_t page_count = ToInt16(iPdf.PageCount());
@@ -114,11 +102,11 @@ std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeM
     page->vResolution(ToInt16(v_resol));
 
     const pugi::xml_node ipage = XmlCreateElement(image, "mn:iPage");
-    Set(ipage, "mn:ID", std::to_string(p));
-    Set(ipage, "mn:Width", NumberText(width));
-    Set(ipage, "mn:Height", NumberText(height));
-    Set(ipage, "mn:XRes", std::to_string(h_resol));
-    Set(ipage, "mn:YRes", std::to_string(v_resol));
+    XmlSetAttribute(ipage, "mn:ID", std::to_string(p));
+    XmlSetAttribute(ipage, "mn:Width", XmlNumberText(width));
+    XmlSetAttribute(ipage, "mn:Height", XmlNumberText(height));
+    XmlSetAttribute(ipage, "mn:XRes", std::to_string(h_resol));
+    XmlSetAttribute(ipage, "mn:YRes", std::to_string(v_resol));
   }
   act->numero_page = 1;
 

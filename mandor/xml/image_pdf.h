@@ -9,6 +9,10 @@
 // Usage:
 //   mandor::FixedImagePdf pdf("Acte.pdf", {{1653, 2339, 200, 200}});
 //   catalogue->XML_AddNewAE(act, pdf);
+//
+// Threading: single-threaded, as the whole model is: an image object is used
+// by one thread at a time (the host's); nothing here locks, and nothing is
+// shared between threads but what the platform holds.
 #ifndef MANDOR_XML_IMAGE_PDF_H_
 #define MANDOR_XML_IMAGE_PDF_H_
 

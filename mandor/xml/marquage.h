@@ -8,6 +8,10 @@
 // once from a catalogue workbook (XML_ReadCNF). Each document points back to
 // the catalogue through its oOwnerMarquage, so a catalogue must live in a
 // std::shared_ptr (std::make_shared<cMarquage>()).
+//
+// Threading: single-threaded, as the whole model is: a catalogue and its
+// documents are used by one thread at a time (the host's); nothing here
+// locks, and nothing is shared between threads but what the platform holds.
 #ifndef MANDOR_XML_MARQUAGE_H_
 #define MANDOR_XML_MARQUAGE_H_
 

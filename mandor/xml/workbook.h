@@ -8,7 +8,9 @@
 // renamed over the target, so that a failed save never leaves a truncated
 // catalogue.
 //
-// Not thread-safe; one document is used by one thread at a time.
+// Threading: single-threaded, as the whole model is: a workbook document is
+// used by one thread at a time (the host's); nothing here locks, and nothing
+// is shared between threads but what the platform holds.
 #ifndef MANDOR_XML_WORKBOOK_H_
 #define MANDOR_XML_WORKBOOK_H_
 

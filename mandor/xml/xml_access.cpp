@@ -7,6 +7,9 @@
 #include <string>
 #include <unordered_map>
 
+#include "mandor/util/error.h"
+#include "mandor/util/number.h"
+
 namespace mandor {
 
 namespace {
@@ -86,6 +89,18 @@ std::vector<pugi::xml_node> XmlSelectNodes(const pugi::xml_node& node, std::stri
   }
   return nodes;
 }
+
+void XmlSetAttribute(pugi::xml_node element, const char* name, const std::string& value) {
+  if (!element) ThrowError(kObjectNotSet, std::string("Object variable not set (element for ") + name + ")");
+  XmlGetAttribute(element, name).set_value(value.c_str());
+}
+
+std::string XmlPeekAttribute(const pugi::xml_node& element, const char* name) {
+  return element.attribute(name).value();
+}
+
+std::string XmlNumberText(float v) { return SingleToText(v, Locale::Point()); }
+std::string XmlNumberText(double v) { return DoubleToText(v, Locale::Point()); }
 
 pugi::xml_attribute XmlGetAttribute(pugi::xml_node element, std::string_view name) {
   if (!element || element.type() != pugi::node_element || name.empty()) return {};

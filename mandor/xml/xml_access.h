@@ -14,6 +14,12 @@
 // for in one walk, leaving the element as it is: for the catalogue read,
 // whose workbook is dropped afterwards, so that the attributes XmlGetAttribute
 // would add could never be seen.
+//
+// Threading: single-threaded, as the whole model is: a document and its nodes
+// are used by one thread at a time. The compiled queries are cached in a
+// thread_local table, since the same few query texts are run thousands of
+// times: each thread has its own, so that threads each reading its own
+// workbook never share one and need no lock.
 #ifndef MANDOR_XML_XML_ACCESS_H_
 #define MANDOR_XML_XML_ACCESS_H_
 
@@ -22,6 +28,7 @@
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -63,6 +70,21 @@ void ForEachChildElement(const pugi::xml_node& parent, const char* name, Visit&&
 // element has no such attribute it is appended with an empty value and that
 // new attribute is returned. A null element gives a null attribute.
 pugi::xml_attribute XmlGetAttribute(pugi::xml_node element, std::string_view name);
+
+// Sets the attribute called name of element to value, appending it when
+// missing. Error 91 when element is null: a writer that could not find the
+// element it writes on must not go on as if it had written.
+void XmlSetAttribute(pugi::xml_node element, const char* name, const std::string& value);
+
+// Text of the attribute called name of element, without adding it when it
+// is missing (an empty "ss:Index" added to a cell or row would break the
+// spreadsheet); "" for a missing attribute or a null element.
+std::string XmlPeekAttribute(const pugi::xml_node& element, const char* name);
+
+// A number as attribute values hold it: the invariant form, with a decimal
+// point whatever the locale (the default text of a Single or a Double).
+std::string XmlNumberText(float v);
+std::string XmlNumberText(double v);
 
 // The first child element of parent called name. When missing and name holds a
 // prefix ("mn:iFont"), the child named by the part after the first ":" is

@@ -26,6 +26,7 @@
 #include "mandor/model/page.h"
 #include "mandor/model/regle.h"
 #include "mandor/util/error.h"
+#include "mandor/util/fct_util.h"
 #include "mandor/util/number.h"
 #include "mandor/util/platform.h"
 #include "mandor/util/text.h"
@@ -69,56 +70,19 @@ pugi::xml_node FontElement(const pugi::xml_node& parent) {
   return parent.child("iFont");
 }
 
-// The text with its decimal separator, "." or ",", turned into the locale's,
-// so that "12,5" and "12.5" read alike in either locale.
-std::string InLocale(std::string_view text) {
-  const bool comma = CurrentPlatform().locale().UsesDecimalComma();
-  std::string converted(text);
-  for (char& c : converted) {
-    if (comma && c == '.') c = ',';
-    if (!comma && c == ',') c = '.';
-  }
-  return converted;
-}
-
 bool IsNumber(std::string_view text) {
   if (text.empty()) return false;  // most optional attributes are absent
-  return WholeNumber(text) || IsNumericText(InLocale(text), CurrentPlatform().locale());
+  return WholeNumber(text) || IsNumericText(NombreVersLocal(text), CurrentPlatform().locale());
 }
 
 // Conversions of a required number: Error 13 when the text is not numeric,
 // Error 6 when it is out of range.
 double Real(std::string_view text) {
   if (const std::optional<double> whole = WholeNumber(text)) return *whole;
-  return ToDouble(InLocale(text), CurrentPlatform().locale());
+  return ToDouble(NombreVersLocal(text), CurrentPlatform().locale());
 }
 float Single(std::string_view text) { return ToSingle(Real(text)); }
 int16_t Integer(std::string_view text) { return ToInt16(Real(text)); }
-
-// Sets text to value written with at least `digits` (at most 32) digits
-// ("000", "00000"), in place: Ids are set for every field and ruler.
-void SetZeroPadded(std::string& text, long value, int digits) {
-  char buffer[64];
-  if (value < 0) {
-    std::snprintf(buffer, sizeof buffer, "%0*ld", digits, value);
-    text = buffer;
-    return;
-  }
-  char* const end = std::to_chars(buffer + 32, buffer + sizeof buffer, value).ptr;
-  char* begin = buffer + 32;
-  while (end - begin < digits) *--begin = '0';
-  text.assign(begin, end);
-}
-
-// Runs one statement of a reader that carries on after a failing statement:
-// the property that statement sets keeps its former value.
-template <class Statement>
-void Resuming(Statement statement) {
-  try {
-    statement();
-  } catch (const std::exception&) {
-  }
-}
 
 // The child elements of parent called name whose "mn:ID" is id, in order, as
 // "name[@mn:ID='id']" selects them.
@@ -271,7 +235,7 @@ void cMarquage::XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Man
       regle->Imprimable = Attr(column, "mn:iPrint") != "0" ? -1 : 0;
       regle->Position_pixel_X = Single(Attr(column, "mn:X"));
       regle->WidthChamp(Single(Attr(column, "mn:W")));
-      SetZeroPadded(regle->Id, static_cast<long>(i) + 1, 3);
+      regle->Id = ZeroPadded(static_cast<long>(i) + 1, 3);
       regle->SetPropertiesFromFontClass(GetFont(XmlSelectNode(column, "mn:iFont"), oMandor->Font(), nullptr));
       oMandor->Regles_V.Add(regle, regle->Id);
     }
@@ -430,19 +394,19 @@ std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(const ElementAttributes& oIR
 
     regle->Nom = name;
     regle->oOwnerMandor(oMandor);
-    Resuming([&] { regle->Position_pixel_Y = Single(oIRow[kRowY]); });
+    RunIgnoringErrors([&] { regle->Position_pixel_Y = Single(oIRow[kRowY]); });
     const std::string_view height = oIRow[kRowH];
     regle->hauteur_pixel = IsNumber(height) ? Single(height) : oMandor->HauteurChamp;
     std::shared_ptr<CPage> page;
-    Resuming([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(oIRow[kRowPage]))); });
+    RunIgnoringErrors([&] { page = oMandor->Pages.Item(static_cast<long>(Integer(oIRow[kRowPage]))); });
     if (page) regle->Page(page);
     if (oIlm) {
       static const AttributeNames ilm_names{"mn:Type", "mn:Level"};
       const ElementAttributes ilm(oIlm, ilm_names);
       regle->TypeLigne = ilm[0];
-      Resuming([&] { regle->Level = Integer(ilm[1]); });
+      RunIgnoringErrors([&] { regle->Level = Integer(ilm[1]); });
     }
-    SetZeroPadded(regle->Id, static_cast<long>(number) + 1, 5);
+    regle->Id = ZeroPadded(static_cast<long>(number) + 1, 5);
     const KeyIndex::HashedKey key(regle->Id);  // hashed once for both collections
     if (page) page->Regles_H.Add(regle, key);
     oMandor->Regles_H.Add(regle, key);
@@ -493,8 +457,8 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
   auto champ = std::make_shared<CChamp>(nullptr);
   champ->Nom(std::string(attr[kName]));
   champ->oOwnerMandor(oMandor);
-  Resuming([&] { champ->Page = Integer(attr[kPage]); });
-  SetZeroPadded(champ->Id, lCounter, 5);
+  RunIgnoringErrors([&] { champ->Page = Integer(attr[kPage]); });
+  champ->Id = ZeroPadded(lCounter, 5);
 
   // Rulers, found by name (the name setters look them up by key, which
   // finds nothing here).
@@ -505,10 +469,10 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
   float left = 0, top = 0, width = 0, height = 0;
   const std::string_view x = attr[kX], y = attr[kY];
   const std::string_view w = attr[kW], h = attr[kH];
-  Resuming([&] { height = !h.empty() ? Single(h) : (oRegleH ? oRegleH->hauteur_pixel : 0.0f); });
-  Resuming([&] { width = !w.empty() ? Single(w) : (regle_v ? regle_v->WidthChamp() : 0.0f); });
-  Resuming([&] { left = !x.empty() ? Single(x) : (regle_v ? regle_v->Position_pixel_X : 0.0f); });
-  Resuming([&] { top = !y.empty() ? Single(y) : (oRegleH ? oRegleH->Position_pixel_Y : 0.0f); });
+  RunIgnoringErrors([&] { height = !h.empty() ? Single(h) : (oRegleH ? oRegleH->hauteur_pixel : 0.0f); });
+  RunIgnoringErrors([&] { width = !w.empty() ? Single(w) : (regle_v ? regle_v->WidthChamp() : 0.0f); });
+  RunIgnoringErrors([&] { left = !x.empty() ? Single(x) : (regle_v ? regle_v->Position_pixel_X : 0.0f); });
+  RunIgnoringErrors([&] { top = !y.empty() ? Single(y) : (oRegleH ? oRegleH->Position_pixel_Y : 0.0f); });
   champ->Position_pixel_Left = left;
   champ->Position_pixel_Top = top;
   champ->Position_pixel_Right = left + width;
@@ -523,17 +487,17 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
   champ->Imprimable(printable ? -1 : 0);
 
   const std::string_view type = attr[kType];
-  if (!type.empty()) Resuming([&] { champ->Type_Champ(Integer(type)); });
+  if (!type.empty()) RunIgnoringErrors([&] { champ->Type_Champ(Integer(type)); });
   const std::string_view v_type = attr[kVType];
-  if (IsNumber(v_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(v_type)); });
+  if (IsNumber(v_type)) RunIgnoringErrors([&] { champ->Accrochage_V_Type(Integer(v_type)); });
   const std::string_view sub_type = attr[kSubType];
-  if (IsNumber(sub_type)) Resuming([&] { champ->Accrochage_V_Type(Integer(sub_type)); });
+  if (IsNumber(sub_type)) RunIgnoringErrors([&] { champ->Accrochage_V_Type(Integer(sub_type)); });
   const std::string_view h_type = attr[kHType];
-  if (IsNumber(h_type)) Resuming([&] { champ->Accrochage_H_Type = Integer(h_type); });
+  if (IsNumber(h_type)) RunIgnoringErrors([&] { champ->Accrochage_H_Type = Integer(h_type); });
 
   const std::string_view dec = attr[kDec];
   if (!dec.empty()) {
-    Resuming([&] { champ->Décimales(Integer(dec)); });
+    RunIgnoringErrors([&] { champ->Décimales(Integer(dec)); });
   } else if (regle_v) {
     champ->Décimales(regle_v->Décimales);
   }
@@ -547,19 +511,11 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
   if (!attr[kReferant].empty()) champ->ChampRecurrentDeRef(std::string(attr[kReferant]));
 
   // The font is read against the parents the field will have, so that an
-  // override equal to the built-in default but not to the rulers' is kept.
-  // They are the parents SetFontPropertiesFromFontClass would give it, so
-  // the font is only attached.
-  std::shared_ptr<CFont> parent1, parent2;
-  if (oRegleH) {
-    parent1 = oRegleH->GetFontClassFromProperties();
-    if (regle_v) parent2 = regle_v->GetFontClassFromProperties();
-  } else if (regle_v) {
-    parent1 = regle_v->GetFontClassFromProperties();
-  } else {
-    parent1 = oMandor->Font();
-  }
-  Resuming([&] { champ->Font(GetFont(FirstChildElement(attr.element(), "mn:iFont"), parent1, parent2)); });
+  // override equal to the built-in default but not to the rulers' is kept;
+  // with those parents already set it is only attached.
+  const auto parents = champ->FontParents();
+  RunIgnoringErrors(
+      [&] { champ->Font(GetFont(FirstChildElement(attr.element(), "mn:iFont"), parents.first, parents.second)); });
   // A font that cannot be read leaves the field the default one.
   if (!champ->Font()) champ->Font(std::make_shared<CFont>());
 

@@ -35,19 +35,6 @@ namespace mandor {
 
 namespace {
 
-// Attribute values are written in the invariant form (decimal point).
-std::string SingleText(float v) { return SingleToText(v, Locale::Point()); }
-std::string DoubleText(double v) { return DoubleToText(v, Locale::Point()); }
-
-void Set(pugi::xml_node element, const char* name, const std::string& value) {
-  if (!element) ThrowError(kObjectNotSet, std::string("Object variable not set (element for ") + name + ")");
-  XmlGetAttribute(element, name).set_value(value.c_str());
-}
-
-// Text of an attribute without creating it when it is missing (an empty
-// "ss:Index" added to a cell or row would break the spreadsheet).
-std::string Peek(const pugi::xml_node& element, const char* name) { return element.attribute(name).value(); }
-
 // Page-level fields: a "T", then "A", "B" or "D", then digits only.
 bool IsPageLevelName(std::string_view name) {
   if (name.size() < 2 || name[0] != 'T' || (name[1] != 'A' && name[1] != 'B' && name[1] != 'D')) return false;
@@ -57,7 +44,7 @@ bool IsPageLevelName(std::string_view name) {
 // The document's mn:Image under Workbook/mn:MANDOR; null when absent.
 pugi::xml_node FindImage(const pugi::xml_node& xml, const std::string& id) {
   for (const pugi::xml_node& image : XmlSelectNodes(xml, "Workbook/mn:MANDOR/mn:Image")) {
-    if (Peek(image, "mn:ID") == id) return image;
+    if (XmlPeekAttribute(image, "mn:ID") == id) return image;
   }
   return {};
 }
@@ -68,9 +55,9 @@ pugi::xml_node FindImage(const pugi::xml_node& xml, const std::string& id) {
 // spreadsheet program): the read saw no rows then, and the save must not
 // touch rows it did not see in another worksheet.
 pugi::xml_node MarkingWorksheet(const pugi::xml_node& xml) {
-  const std::string name = Peek(XmlSelectNode(xml, "Workbook/mn:MANDOR"), "mn:Name");
+  const std::string name = XmlPeekAttribute(XmlSelectNode(xml, "Workbook/mn:MANDOR"), "mn:Name");
   for (const pugi::xml_node& sheet : XmlSelectNodes(xml, "Workbook/Worksheet")) {
-    if (Peek(sheet, "ss:Name") == name && sheet.child("Table")) return sheet;
+    if (XmlPeekAttribute(sheet, "ss:Name") == name && sheet.child("Table")) return sheet;
   }
   return {};
 }
@@ -110,7 +97,7 @@ std::string QuotedSheetName(const std::string& name) {
 std::unordered_map<std::string, pugi::xml_node> IndexNamedRanges(const pugi::xml_node& worksheet) {
   std::unordered_map<std::string, pugi::xml_node> ranges;
   for (const pugi::xml_node& range : XmlSelectNodes(worksheet, "Names/NamedRange")) {
-    ranges.emplace(Peek(range, "ss:Name"), range);
+    ranges.emplace(XmlPeekAttribute(range, "ss:Name"), range);
   }
   return ranges;
 }
@@ -126,7 +113,7 @@ pugi::xml_node CellOfColumn(pugi::xml_node row, long column, const std::string& 
   for (const pugi::xml_node& cell : XmlSelectNodes(row, "Cell")) {
     const long explicit_index = ExplicitIndex(cell);
     const long index = explicit_index > 0 ? explicit_index : next;
-    const std::string merge = Peek(cell, "ss:MergeAcross");
+    const std::string merge = XmlPeekAttribute(cell, "ss:MergeAcross");
     const long span = merge.empty() ? 0 : ToInt32(ToDouble(merge, Locale::Point()));
     if (column >= index && column <= index + span) return cell;
     if (index > column) {
@@ -136,9 +123,9 @@ pugi::xml_node CellOfColumn(pugi::xml_node row, long column, const std::string& 
     next = index + span + 1;
   }
   pugi::xml_node cell = XmlCreateElement(row, "Cell", pugi::xml_node(), after);
-  Set(cell, "ss:Index", std::to_string(column));
-  Set(XmlCreateElement(cell, "Data"), "ss:Type", "String");
-  Set(XmlCreateElement(cell, "NamedCell"), "ss:Name", range_name);
+  XmlSetAttribute(cell, "ss:Index", std::to_string(column));
+  XmlSetAttribute(XmlCreateElement(cell, "Data"), "ss:Type", "String");
+  XmlSetAttribute(XmlCreateElement(cell, "NamedCell"), "ss:Name", range_name);
   return cell;
 }
 
@@ -172,13 +159,13 @@ WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id
     });
   });
   index.rows.reserve(irows.size());
-  for (const auto& [irow, row] : irows) index.rows.emplace(Peek(irow, "mn:Name"), row);
+  for (const auto& [irow, row] : irows) index.rows.emplace(XmlPeekAttribute(irow, "mn:Name"), row);
   // A name's element is the one the reader took the field from: the first
   // in a row it reads, else the first anywhere.
   index.cells.reserve(index.all_cells.size());
   for (const bool pass_read : {true, false}) {
     for (size_t i = 0; i < index.all_cells.size(); ++i) {
-      if (read[i] == pass_read) index.cells.emplace(Peek(index.all_cells[i], "mn:Name"), i);
+      if (read[i] == pass_read) index.cells.emplace(XmlPeekAttribute(index.all_cells[i], "mn:Name"), i);
     }
   }
   return index;
@@ -188,7 +175,7 @@ WorksheetIndex IndexWorksheet(const pugi::xml_node& table, const std::string& id
 std::unordered_map<std::string, pugi::xml_node> IndexPages(const pugi::xml_node& image) {
   std::unordered_map<std::string, pugi::xml_node> pages;
   for (const pugi::xml_node& page : XmlSelectNodes(image, "mn:iPage")) {
-    const std::string id = Peek(page, "mn:ID");
+    const std::string id = XmlPeekAttribute(page, "mn:ID");
     const std::optional<double> number = ParseNumber(id, Locale::Point());
     pages.emplace(number ? std::to_string(static_cast<long long>(*number)) : id, page);
   }
@@ -219,7 +206,7 @@ void CheckDataContratPlace(const pugi::xml_node& xml, const pugi::xml_node& imag
   std::unordered_set<std::string> in_worksheet;
   if (const pugi::xml_node table = MarkingWorksheet(xml).child("Table")) {
     for (const pugi::xml_node& icell : IndexWorksheet(table, mandor.Id).all_cells) {
-      in_worksheet.insert(Peek(icell, "mn:Name"));
+      in_worksheet.insert(XmlPeekAttribute(icell, "mn:Name"));
     }
   }
   const auto check = [&](const std::shared_ptr<CChamp>& champ) {
@@ -305,8 +292,8 @@ bool Mandor::SauvegarderMarquageXml(std::shared_ptr<Mandor>& oMandor) {
 pugi::xml_node Mandor::EcrireImageXml(const pugi::xml_node& oXml, const std::shared_ptr<Mandor>& oMandor) {
   const pugi::xml_node image = FindImage(oXml, oMandor->Id);
   if (!image) return image;
-  Set(image, "mn:Dec", std::to_string(oMandor->Decimales));
-  Set(image, "mn:Devise", oMandor->Devise());
+  XmlSetAttribute(image, "mn:Dec", std::to_string(oMandor->Decimales));
+  XmlSetAttribute(image, "mn:Devise", oMandor->Devise());
   oMandor->Font()->GetXmlFontFromFontClass(image);
   return image;
 }
@@ -315,17 +302,17 @@ void Mandor::EcrireColonnesXml(const pugi::xml_node& oImage, const std::shared_p
   oMandor->Font()->GetXmlFontFromFontClass(oImage);
   std::unordered_map<std::string, pugi::xml_node> columns;
   for (const pugi::xml_node& column : XmlSelectNodes(oImage, "mn:iCol")) {
-    columns.emplace(Peek(column, "mn:Name"), column);
+    columns.emplace(XmlPeekAttribute(column, "mn:Name"), column);
   }
   // Columns are updated, never created.
   for (const auto& regle : oMandor->Regles_V) {
     const auto found = columns.find(regle->Nom);
     if (found == columns.end()) continue;
     const pugi::xml_node column = found->second;
-    Set(column, "mn:X", SingleText(regle->Position_pixel_X));
-    Set(column, "mn:Dec", std::to_string(regle->Décimales));
-    Set(column, "mn:iPrint", std::to_string(regle->Imprimable));
-    Set(column, "mn:W", SingleText(regle->WidthChamp()));
+    XmlSetAttribute(column, "mn:X", XmlNumberText(regle->Position_pixel_X));
+    XmlSetAttribute(column, "mn:Dec", std::to_string(regle->Décimales));
+    XmlSetAttribute(column, "mn:iPrint", std::to_string(regle->Imprimable));
+    XmlSetAttribute(column, "mn:W", XmlNumberText(regle->WidthChamp()));
     if (const std::shared_ptr<CFont> font = regle->GetFontClassFromProperties()) font->GetXmlFontFromFontClass(column);
   }
 }
@@ -340,12 +327,12 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
   ForEachChildElement(oTable, "Row", [&](const pugi::xml_node& row) {
     const long explicit_index = ExplicitIndex(row);
     last_row = explicit_index > 0 ? explicit_index : last_row + 1;
-    const std::string span = Peek(row, "ss:Span");
+    const std::string span = XmlPeekAttribute(row, "ss:Span");
     if (!span.empty()) last_row += ToInt32(ToDouble(span, Locale::Point()));
     ForEachChildElement(row, "mn:ILM",
-                        [&](const pugi::xml_node& line) { rows_by_line.emplace(Peek(line, "mn:Name"), row); });
+                        [&](const pugi::xml_node& line) { rows_by_line.emplace(XmlPeekAttribute(line, "mn:Name"), row); });
     ForEachChildElement(row, "mn:iRow", [&](const pugi::xml_node& irow) {
-      if (id == irow.attribute("mn:ID").value()) rows_by_ruler.emplace(Peek(irow, "mn:Name"), row);
+      if (id == irow.attribute("mn:ID").value()) rows_by_ruler.emplace(XmlPeekAttribute(irow, "mn:Name"), row);
     });
   });
   const pugi::xml_node worksheet = oTable.parent();
@@ -373,22 +360,22 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
         }
         const auto nump = ranges.find("NumP");
         if (nump == ranges.end()) ThrowError(kObjectNotSet, "Object variable not set (named range NumP)");
-        const std::string nump_reference = Peek(nump->second, "ss:RefersTo");
+        const std::string nump_reference = XmlPeekAttribute(nump->second, "ss:RefersTo");
         const int16_t nump_column = ColumnOfReference(nump_reference);
 
         row = XmlCreateElement(oTable, "Row");
         ++last_row;
         pugi::xml_node cell = XmlCreateElement(row, "Cell");
         // The first cell of a row is in column 1 unless it says otherwise.
-        if (nump_column != 1) Set(cell, "ss:Index", std::to_string(nump_column));
+        if (nump_column != 1) XmlSetAttribute(cell, "ss:Index", std::to_string(nump_column));
         pugi::xml_node data = XmlCreateElement(cell, "Data");
-        Set(data, "ss:Type", "String");
+        XmlSetAttribute(data, "ss:Type", "String");
         data.text().set(nom.c_str());
-        Set(XmlCreateElement(cell, "NamedCell"), "ss:Name", "NumP");
+        XmlSetAttribute(XmlCreateElement(cell, "NamedCell"), "ss:Name", "NumP");
         pugi::xml_node line = XmlCreateElement(row, "mn:ILM");
-        Set(line, "mn:Name", nom);
-        Set(line, "mn:Type", regle->TypeLigne);
-        Set(line, "mn:Level", std::to_string(regle->Level));
+        XmlSetAttribute(line, "mn:Name", nom);
+        XmlSetAttribute(line, "mn:Type", regle->TypeLigne);
+        XmlSetAttribute(line, "mn:Level", std::to_string(regle->Level));
 
         // "P_0_<name>" names the line-number cell of the new row. A range of
         // that name left from an earlier row is pointed at the new one
@@ -396,7 +383,7 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
         const size_t bang = nump_reference.rfind('!');
         std::string sheet;
         if (bang == std::string::npos) {
-          sheet.append("=").append(QuotedSheetName(Peek(worksheet, "ss:Name")));
+          sheet.append("=").append(QuotedSheetName(XmlPeekAttribute(worksheet, "ss:Name")));
         } else {
           sheet = nump_reference.substr(0, bang);
         }
@@ -407,10 +394,10 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
           range = existing->second;
         } else {
           range = XmlCreateElement(XmlGetNode(worksheet, "Names"), "NamedRange");
-          Set(range, "ss:Name", range_name);
+          XmlSetAttribute(range, "ss:Name", range_name);
           ranges.emplace(range_name, range);
         }
-        Set(range, "ss:RefersTo", refers_to);
+        XmlSetAttribute(range, "ss:RefersTo", refers_to);
 
         // The row count grows with the row; a table that does not state it
         // is left without it.
@@ -430,12 +417,12 @@ void Mandor::EcrireLignesXml(const pugi::xml_node& oTable, const std::shared_ptr
       });
       if (!irow) {
         irow = XmlCreateElement(row, "mn:iRow");
-        Set(irow, "mn:ID", id);
-        Set(irow, "mn:Name", nom);
+        XmlSetAttribute(irow, "mn:ID", id);
+        XmlSetAttribute(irow, "mn:Name", nom);
         rows_by_ruler.emplace(nom, row);
       }
-      Set(irow, "mn:Y", SingleText(regle->Position_pixel_Y));
-      Set(irow, "mn:Page", page->Id);
+      XmlSetAttribute(irow, "mn:Y", XmlNumberText(regle->Position_pixel_Y));
+      XmlSetAttribute(irow, "mn:Page", page->Id);
       if (const std::shared_ptr<CFont> font = regle->GetFontClassFromProperties()) font->GetXmlFontFromFontClass(irow);
     }
   }
@@ -501,7 +488,7 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
         // once and a second save gives the same file.
         place = kNew;
         for (size_t i = 0; i < index.all_cells.size(); ++i) {
-          if (!rewritten[i] && Peek(index.all_cells[i], "mn:Name") == nom) {
+          if (!rewritten[i] && XmlPeekAttribute(index.all_cells[i], "mn:Name") == nom) {
             place = i;
             break;
           }
@@ -523,7 +510,7 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
           ranges_indexed = true;
         }
         if (const auto found = ranges.find(regle_v->Nom); found != ranges.end()) {
-          column = ColumnOfReference(Peek(found->second, "ss:RefersTo"));
+          column = ColumnOfReference(XmlPeekAttribute(found->second, "ss:RefersTo"));
         }
       }
       if (!row || column < 1) {
@@ -534,13 +521,13 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
         // parts its rulers would have given are written out too.
         pugi::xml_node node = write_on_page(*champ);
         if (champ->oRegleV()) {
-          Set(node, "mn:X", SingleText(champ->Position_pixel_Left));
-          Set(node, "mn:W", DoubleText(static_cast<double>(champ->Position_pixel_Right) -
+          XmlSetAttribute(node, "mn:X", XmlNumberText(champ->Position_pixel_Left));
+          XmlSetAttribute(node, "mn:W", XmlNumberText(static_cast<double>(champ->Position_pixel_Right) -
                                        static_cast<double>(champ->Position_pixel_Left)));
         }
         if (champ->oRegleH()) {
-          Set(node, "mn:Y", SingleText(champ->Position_pixel_Top));
-          Set(node, "mn:H", DoubleText(static_cast<double>(champ->Position_pixel_Bottom) -
+          XmlSetAttribute(node, "mn:Y", XmlNumberText(champ->Position_pixel_Top));
+          XmlSetAttribute(node, "mn:H", XmlNumberText(static_cast<double>(champ->Position_pixel_Bottom) -
                                        static_cast<double>(champ->Position_pixel_Top)));
         }
         continue;
@@ -567,7 +554,7 @@ void Mandor::EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr
   // Other documents' elements stay.
   for (size_t i = 0; i < index.all_cells.size(); ++i) {
     if (rewritten[i]) continue;
-    if (oMandor->Champs.Contains(Peek(index.all_cells[i], "mn:Name"))) continue;
+    if (oMandor->Champs.Contains(XmlPeekAttribute(index.all_cells[i], "mn:Name"))) continue;
     if (pugi::xml_node cell = index.all_cells[i].parent()) cell.remove_child(index.all_cells[i]);
   }
 }
@@ -602,7 +589,7 @@ void Mandor::EcrireDataContratXml(const pugi::xml_node& oDataContrat, const std:
   if (!oDataContrat) return;
   std::unordered_map<std::string, pugi::xml_node> cells;
   for (const pugi::xml_node& cell : XmlSelectNodes(oDataContrat, "mn:iCell"))
-    cells.emplace(Peek(cell, "mn:Name"), cell);
+    cells.emplace(XmlPeekAttribute(cell, "mn:Name"), cell);
   for (const auto& champ : oMandor->champsDataContrat) {
     pugi::xml_node node;
     if (const auto found = cells.find(champ->Nom()); found != cells.end()) {

@@ -105,10 +105,12 @@ TEST_F(ChampTest, AccrochageLooksTheRulersUp) {
   EXPECT_EQ(champ->oRegleV(), v);
   auto doc_ruler = AddRegle(doc_->Regles_H, "L1");
   champ->Accrochage_V("L1");  // a horizontal ruler is no vertical anchor: the ruler stays
-  EXPECT_TRUE(champ->Accrochage_V() == "L1" && champ->oRegleV() == v);
+  EXPECT_EQ(champ->Accrochage_V(), "L1");
+  EXPECT_EQ(champ->oRegleV(), v);
   auto orphan = std::make_shared<CChamp>();
   orphan->Accrochage_V("PU");
-  EXPECT_TRUE(orphan->Accrochage_V() == "PU" && orphan->oRegleV() == nullptr);
+  EXPECT_EQ(orphan->Accrochage_V(), "PU");
+  EXPECT_EQ(orphan->oRegleV(), nullptr);
 
   // Accrochage_H prefers the ruler of the page at position Page, although
   // this page's key names page 5; no match keeps the ruler; no page at
@@ -119,7 +121,8 @@ TEST_F(ChampTest, AccrochageLooksTheRulersUp) {
   champ->Accrochage_H("L1");
   EXPECT_EQ(champ->oRegleH(), page_ruler);
   champ->Accrochage_H("nowhere");
-  EXPECT_TRUE(champ->Accrochage_H() == "nowhere" && champ->oRegleH() == page_ruler);
+  EXPECT_EQ(champ->Accrochage_H(), "nowhere");
+  EXPECT_EQ(champ->oRegleH(), page_ruler);
   champ->Page = 5;
   champ->Accrochage_H("L1");
   EXPECT_EQ(champ->oRegleH(), doc_ruler);
@@ -133,7 +136,8 @@ TEST_F(ChampTest, FontPropertiesDelegateToTheFieldFont) {
   champ->Bold(true), champ->BackColor(255), champ->FontColor(65280);  // colours are not swapped
   EXPECT_EQ(std::to_string(font->BackColor()) + "/" + std::to_string(font->Color()), "255/65280");
   champ->FontSpecial(2 + 32);
-  EXPECT_TRUE(!champ->Bold() && champ->Italic());
+  EXPECT_FALSE(champ->Bold());
+  EXPECT_TRUE(champ->Italic());
   EXPECT_EQ(champ->Alignement(), 2);
 
   // Alignement maps to the font's alignment codes; other codes change
@@ -170,7 +174,9 @@ TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
     auto font = std::make_shared<CFont>();
     font->ParentFont2 = std::make_shared<CFont>();  // stale: replaced
     champ->SetFontPropertiesFromFontClass(font);
-    EXPECT_TRUE(champ->Font() == font && font->ParentFont1 == c.parent1 && font->ParentFont2 == c.parent2);
+    EXPECT_EQ(champ->Font(), font);
+    EXPECT_EQ(font->ParentFont1, c.parent1);
+    EXPECT_EQ(font->ParentFont2, c.parent2);
   }
   // Without ruler and document the call fails, as it does without a font.
   auto orphan = std::make_shared<CChamp>();
@@ -232,9 +238,13 @@ TEST_F(ChampTest, TheRecurrentMasterPushesToCopiesNamingItExactly) {
   // A copy naming "m" is left alone, although Champs finds the master under "m".
   auto lower = add_copy("m_3", "m");
   master->Décimales(4);
-  EXPECT_EQ(copy1->Décimales() * 10 + lower->Décimales(), 40);
+  EXPECT_EQ(copy1->Décimales(), 4);
+  EXPECT_EQ(lower->Décimales(), 0);
+  // Its own change reaches the master, which the look-up finds, but not the
+  // copies naming the master exactly.
   lower->Décimales(1);
-  EXPECT_EQ(master->Décimales() * 10 + copy1->Décimales(), 14);
+  EXPECT_EQ(master->Décimales(), 1);
+  EXPECT_EQ(copy1->Décimales(), 4);
   // A copy whose master is missing: the value is stored, then the look-up fails.
   EXPECT_EQ(ErrorNumberOf([&] { other->Formule("lost"); }), 5);
   EXPECT_EQ(other->Formule(), "lost");
@@ -250,7 +260,9 @@ TEST_F(ChampTest, TheRecurrentMasterPushesToCopiesNamingItExactly) {
   copy2->bPropage = false;
   copy1->Accrochage_V_Type(3);
   EXPECT_EQ(settings(*master) + " " + settings(*copy2), "X+Y|5|3|4 X+Y|5|3|4");
-  EXPECT_TRUE(master->bPropage && copy1->bPropage && copy2->bPropage);
+  EXPECT_TRUE(master->bPropage);
+  EXPECT_TRUE(copy1->bPropage);
+  EXPECT_TRUE(copy2->bPropage);
 }
 
 TEST_F(ChampTest, NumericPredicatesInBothLocales) {
@@ -305,6 +317,25 @@ TEST_F(ChampTest, DiffWithInitialComparesFormattedValues) {
   EXPECT_EQ(ErrorNumberOf([&] { orphan->DiffWithInitial(); }), 91);
 }
 
+TEST_F(ChampTest, NumberPicturesFollowTheDecimals) {
+  // The field's own pictures and the document's agree, for a field that no
+  // shared pointer owns too; the sign of Décimales does not matter.
+  const struct { int16_t decimals; const char* display; const char* output; } cases[] = {
+      {0, "#,##0", "###########0."}, {2, "#,##0.00", "###########0.00"}, {-3, "#,##0.000", "###########0.000"}};
+  auto doc = std::make_shared<Mandor>();
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.decimals);
+    CChamp on_stack;
+    on_stack.Décimales(c.decimals);
+    EXPECT_EQ(FormatNombre(on_stack), c.display);
+    EXPECT_EQ(FormatNombreSortie(on_stack), c.output);
+    auto shared = std::make_shared<CChamp>();
+    shared->Décimales(c.decimals);
+    EXPECT_EQ(doc->FormatNombre(shared), c.display);
+    EXPECT_EQ(doc->FormatNombreSortie(shared), c.output);
+  }
+}
+
 TEST_F(ChampTest, NameAndFormulaPredicates) {
   // HasInPU / HasInMT test the start of the part after the first "_".
   const struct { const char* nom; bool pu, mt; } names[] = {
@@ -344,7 +375,8 @@ TEST_F(ChampTest, RendreRecurrentMovesTheFieldOffTheCurrentPage) {
   doc_->numero_page = 2;
   champ->RendreRecurrent();
   EXPECT_EQ(doc_->ChampsRecurrents.Item("total_mt"), champ);
-  EXPECT_TRUE(!page2->Champs.Contains("TOTAL_MT") && page1->Champs.Contains("keep"));
+  EXPECT_FALSE(page2->Champs.Contains("TOTAL_MT"));
+  EXPECT_TRUE(page1->Champs.Contains("keep"));
   EXPECT_EQ(champ->oOwnerPage.lock(), nullptr);
 
   // Page number 0: only the registration and the page link change.
@@ -372,7 +404,8 @@ TEST_F(ChampTest, SupprimerDuDocumentAndDesRecurrentsIgnoreMissingKeys) {
   }
   page1->Champs.Add(keep, "KEEP");
   keep->SupprimerDuDocument("GONE");
-  EXPECT_FALSE(doc_->champsContenantReference.Contains("GONE") || page2->Champs.Contains("GONE"));
+  EXPECT_FALSE(doc_->champsContenantReference.Contains("GONE"));
+  EXPECT_FALSE(page2->Champs.Contains("GONE"));
   EXPECT_TRUE(doc_->ChampsRecurrents.Contains("GONE"));
   EXPECT_TRUE(page1->Champs.Contains("KEEP"));
   EXPECT_EQ(doc_->Champs.Count(), 1);
@@ -393,7 +426,8 @@ TEST_F(ChampTest, SupprimerDuDocumentAndDesRecurrentsIgnoreMissingKeys) {
   page1->Champs.Add(last, "LAST");
   page2->Champs.Add(last, "LAST");
   doc_->Pages.Item(1L)->Champs.Item("LAST")->SupprimerDuDocument(last->Nom());
-  EXPECT_FALSE(page1->Champs.Contains("LAST") || page2->Champs.Contains("LAST"));
+  EXPECT_FALSE(page1->Champs.Contains("LAST"));
+  EXPECT_FALSE(page2->Champs.Contains("LAST"));
 
   auto orphan = std::make_shared<CChamp>();
   EXPECT_NO_THROW(orphan->SupprimerDuDocument("KEEP"); orphan->SupprimerDesRecurrents("KEEP"));

@@ -128,7 +128,8 @@ TEST_F(FontTest, SetMeCopiesOverridesOrEverythingWhenForced) {
   parent->Name("Times");
   auto inheriting = NewFont(parent);
   inheriting->SetMe(source, true);
-  EXPECT_TRUE(!inheriting->HasName() && inheriting->Name() == "Times");
+  EXPECT_FALSE(inheriting->HasName());
+  EXPECT_EQ(inheriting->Name(), "Times");
   target->SetMe(nullptr);
   EXPECT_EQ(target->Name(), "Times");
 }
@@ -149,7 +150,8 @@ TEST_F(FontTest, ParentLoopDoesNotHang) {
   a->ParentFont2 = a;
   EXPECT_EQ(a->Name() + std::to_string(b->DefaultSize()), "Arial9");
   a->Bold(true);  // within the loop a font inherits its own override: dropped
-  EXPECT_FALSE(a->HasBold() || b->Bold());
+  EXPECT_FALSE(a->HasBold());
+  EXPECT_FALSE(b->Bold());
   a->ParentFont1 = nullptr;  // break the loop so that both are freed
   a->ParentFont2 = nullptr;
 }

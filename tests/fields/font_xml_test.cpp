@@ -37,7 +37,10 @@ TEST_F(FontXmlTest, SkipsWhatIsNotANumberAndInheritsTheRest) {
   // Colour out of range, alignment out of range for a byte; its own "not
   // bold" over parent 2's bold.
   EXPECT_EQ(font->Size(), 12);
-  EXPECT_FALSE(font->HasName() || font->HasColor() || font->HasAlignment() || font->Bold());
+  EXPECT_FALSE(font->HasName());
+  EXPECT_FALSE(font->HasColor());
+  EXPECT_FALSE(font->HasAlignment());
+  EXPECT_FALSE(font->Bold());
   EXPECT_TRUE(font->HasBold());
 }
 

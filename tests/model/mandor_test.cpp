@@ -44,7 +44,8 @@ TEST_F(MandorTest, LookUpsReturnNullInsteadOfFailing) {
   doc_->Regles_V.Add(Ruler("PU"), "PU");
   doc_->Regles_H.Add(Ruler("L1"), "L1");
   EXPECT_EQ(doc_->RegleV("pu")->Nom + doc_->RegleH("l1")->Nom, "PUL1");
-  EXPECT_TRUE(doc_->RegleV("L1") == nullptr && doc_->RegleH("nope") == nullptr);
+  EXPECT_EQ(doc_->RegleV("L1"), nullptr);
+  EXPECT_EQ(doc_->RegleH("nope"), nullptr);
   EXPECT_EQ(doc_->PageCourante(), nullptr) << "numero_page 0";
   auto page = std::make_shared<CPage>();
   doc_->Pages.Add(page, "page_12");

@@ -23,7 +23,9 @@ void ExpectSameOrderAsInsererChamp(const std::vector<std::pair<float, float>>& e
   ReadingOrder order;
   for (size_t i = 0; i < edges.size(); ++i) {
     auto field = std::make_shared<CChamp>();
-    field->Nom("F" + std::to_string(i));
+    std::string name = "F";
+    name += std::to_string(i);
+    field->Nom(name);
     field->Position_pixel_Bottom = edges[i].first;
     field->Position_pixel_Right = edges[i].second;
     doc.InsérerChamp(by_walk, field);

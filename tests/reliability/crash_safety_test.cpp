@@ -90,7 +90,8 @@ TEST_F(CrashSafetyTest, KilledTextSaveLeavesOldOrNewMarking) {
   for (int p = 1; p <= 10; ++p) {
     auto page = AddPage(doc, p);
     for (int r = 1; r <= 200; ++r) {
-      const std::string row = "L" + std::to_string(p * 1000 + r);
+      std::string row = "L";
+      row += std::to_string(p * 1000 + r);
       AddRuler(doc, page->Regles_H, "", row, 0, {0, 3.4f, 0, 410.f + r, 0}, 1)->Page(page);
       AddField(doc, page, p, {"", row + "_Prix", "Prix", row, 0, 1, "Qté*PU", 2, 400.f + r, 450.f + r, 1520, 1900,
                               12.9f, 3.39f, 3.81f, 16.1f, 1, std::to_string(r) + ",25"});

@@ -109,7 +109,8 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
     // the table larger than its growth alone would.
     if (step == 1000) c.Reserve(3000);
     const std::string key = random() % 10 == 0 ? "" : stems[random() % stems.size()] + std::to_string(random() % 300);
-    const std::string name = "n" + std::to_string(step);
+    std::string name = "n";
+    name += std::to_string(step);
     if (random() % 3 == 0 && !model.empty()) {
       const size_t at = random() % model.size();
       c.Remove(static_cast<long>(at) + 1);

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
+#include "mandor/util/text.h"
 #include "tests/test_util.h"
 
 namespace mandor {
@@ -58,6 +61,36 @@ TEST_F(FctUtilTest, ReadSectionAndFindValue) {
                 FindValue(StringArray{"", "Nom= a = b "}, "Nom") + "|" + FindValue(StringArray{"", "Nom"}, "Nom"),
             "10|10|| a = b |");
   EXPECT_EQ(FindValue(StringArray{}, "Nom"), "0") << "an undimensioned array gives 0";
+}
+
+TEST_F(FctUtilTest, DecimalSeparatorRoutinesFollowTheLocalesNumberText) {
+  // The locale uses a comma when its text of 0.15 holds one: a separator
+  // such as " ," counts as a comma, every reader and writer sees the same.
+  const struct { const char* separator; bool comma; const char* local; const char* file; } cases[] = {
+      {",", true, "1,5", "1.5"}, {".", false, "1.5", "1,5"}, {" ,", true, "1,5", "1.5"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.separator);
+    Locale locale = Locale::Comma();
+    locale.decimal_separator = c.separator;
+    platform_->SetLocale(locale);
+    EXPECT_EQ(EstVirguleDecimale(), c.comma);
+    EXPECT_EQ(NombreVersLocal("1.5"), c.local);
+    EXPECT_EQ(NombreVersLocal("1,5"), c.local);
+    EXPECT_EQ(NombreVersFichier("1.5"), c.file);
+  }
+}
+
+TEST_F(FctUtilTest, EnleveCarRemovesTheFirstCharacterAsTheTextRoutinesSplitIt) {
+  // An overlong or truncated sequence is a one-byte character to every
+  // routine: only its lead byte is removed.
+  const char* const cars[] = {"\xE0\x80\x80", "\xC0\xAF", "\xC3", "\xC3\xA9x", "\xF0\x9F\x98\x80"};
+  for (const char* car : cars) {
+    SCOPED_TRACE(testing::PrintToString(std::string(car)));
+    std::string nombre = std::string("1") + car + "2" + car;
+    const std::string expected = ReplaceAll(nombre, Left(car, 1), "");
+    EXPECT_EQ(EnleveCar(nombre, car), expected);
+    EXPECT_EQ(nombre, expected);
+  }
 }
 
 }  // namespace

@@ -84,9 +84,9 @@ TEST(NumberTest, PlainNumbersReadAsTheGeneralConversion) {
     const int digits = 1 + static_cast<int>(state >> 60);  // 1..16: the shortcut stops at 15
     const int point = static_cast<int>((state >> 50) % static_cast<uint64_t>(digits + 1));
     std::string number = std::to_string(state >> 1).substr(0, static_cast<size_t>(digits));
-    std::string with_point = number, with_comma = number;
-    with_point.insert(static_cast<size_t>(point), ".");
-    with_comma.insert(static_cast<size_t>(point), ",");
+    const std::string whole = number.substr(0, static_cast<size_t>(point));
+    const std::string decimals = number.substr(static_cast<size_t>(point));
+    const std::string with_point = whole + "." + decimals, with_comma = whole + "," + decimals;
     const double expected = reference(with_point);
     EXPECT_EQ(ParseNumber(with_comma, kComma), expected) << with_comma;
     EXPECT_EQ(ParseNumber("-" + with_point, kPoint), -expected) << with_point;
@@ -131,6 +131,27 @@ TEST(NumberTest, NarrowingRoundsHalfToEvenAndChecksTheRange) {
   for (double v : {3.5e38, -1e300, std::nan("")}) {
     EXPECT_EQ(ErrorNumberOf([&] { ToSingle(v); }), kOverflow) << v;
   }
+}
+
+TEST(NumberTest, ZeroPaddedIsTheZeroPicture) {
+  // Ids are zero-padded counters: the same text as the picture of zeros,
+  // the sign in front of the padding.
+  const long long values[] = {0, 7, 123, 99999, 123456, -3, -12345, std::numeric_limits<long long>::min()};
+  for (const int width : {0, 3, 5}) {
+    const std::string picture(static_cast<size_t>(width), '0');
+    for (const long long n : values) {
+      SCOPED_TRACE(testing::Message() << n << " width " << width);
+      const std::string text = ZeroPadded(n, width);
+      if (n != std::numeric_limits<long long>::min() && width > 0) {
+        EXPECT_EQ(text, FormatNumber(static_cast<double>(n), picture, kPoint));
+      }
+      const std::string digits = n < 0 ? text.substr(1) : text;
+      EXPECT_GE(digits.size(), static_cast<size_t>(width));
+      EXPECT_EQ(digits.find_first_not_of("0123456789"), std::string::npos);
+    }
+  }
+  EXPECT_EQ(ZeroPadded(-3, 3), "-003");
+  EXPECT_EQ(ZeroPadded(std::numeric_limits<long long>::min(), 0), "-9223372036854775808");
 }
 
 TEST(NumberTest, FormatNumber) {

@@ -103,7 +103,8 @@ TEST_F(EngagementTest, Failures) {
   ASSERT_EQ(platform_->messages().size(), 1u);
   EXPECT_EQ(platform_->messages()[0].text, "Impossible d'ouvrir le fichier XML [lots/lot3.xml] !");
   EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kCritical);
-  EXPECT_TRUE(catalogue->Count() == 2 && act->Id.empty());
+  EXPECT_EQ(catalogue->Count(), 2);
+  EXPECT_TRUE(act->Id.empty());
   EXPECT_EQ(platform_->FileBytes(kPath).value(), "not xml <");
 
   // A former act whose image ID holds no number fails before anything is removed.

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -68,6 +69,34 @@ TEST(XmlAccessTest, ElementAttributesReadTheNamedOnesWithoutChangingTheElement) 
 
   // A null node reads as an element without attributes.
   EXPECT_EQ(ElementAttributes(pugi::xml_node(), names)[2], "");
+}
+
+TEST(XmlAccessTest, SetAndPeekAttributes) {
+  pugi::xml_document doc;
+  pugi::xml_node cell = doc.append_child("mn:iCell");
+  // Peeking leaves a missing attribute missing; setting adds or replaces.
+  EXPECT_EQ(XmlPeekAttribute(cell, "ss:Index"), "");
+  EXPECT_FALSE(cell.attribute("ss:Index"));
+  XmlSetAttribute(cell, "mn:Name", "L1_MT");
+  XmlSetAttribute(cell, "mn:Name", "L2_MT");
+  EXPECT_EQ(XmlPeekAttribute(cell, "mn:Name"), "L2_MT");
+  EXPECT_EQ(std::distance(cell.attributes_begin(), cell.attributes_end()), 1);
+  // Writing on an element that is not there is Error 91; peeking gives "".
+  EXPECT_EQ(ErrorNumberOf([] { XmlSetAttribute(pugi::xml_node(), "mn:Name", "x"); }), 91);
+  EXPECT_EQ(XmlPeekAttribute(pugi::xml_node(), "mn:Name"), "");
+}
+
+TEST(XmlAccessTest, NumberTextsIgnoreTheLocale) {
+  for (const bool comma : {true, false}) {
+    SCOPED_TRACE(comma ? "comma locale" : "point locale");
+    auto platform = std::make_shared<MemoryPlatform>();
+    platform->SetLocale(comma ? Locale::Comma() : Locale::Point());
+    ScopedPlatform scoped(platform);
+    EXPECT_EQ(XmlNumberText(12.5f), "12.5");
+    EXPECT_EQ(XmlNumberText(0.1f), "0.1");  // the Single's 7 digits, not the double's
+    EXPECT_EQ(XmlNumberText(1234.5678), "1234.5678");
+    EXPECT_EQ(XmlNumberText(-3.0), "-3");
+  }
 }
 
 TEST(XmlAccessTest, GetNodeFindsOrCreatesTheChild) {

@@ -73,7 +73,9 @@ TEST_F(XmlReaderTest, DocumentHeaderAttributes) {
   // needs no currency table.
   auto plain = ReadBytes(Workbook("<mn:Image mn:ID=\"a\" mn:Name=\"Avis.pdf\" mn:Orientation=\"0\" mn:H=\"0\""
                                   " mn:Devise=\"1\"/>", ""));
-  EXPECT_TRUE(plain->Item(1)->Decimales == 2 && plain->Item(1)->Pages.Count() == 0 && !plain->oDevises);
+  EXPECT_EQ(plain->Item(1)->Decimales, 2);
+  EXPECT_EQ(plain->Item(1)->Pages.Count(), 0);
+  EXPECT_FALSE(plain->oDevises);
 }
 
 TEST_F(XmlReaderTest, VatRateIsTheFirstTextOfItsElement) {
@@ -100,7 +102,9 @@ TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
   platform_->SetFileBytes("lots/broken.xml", "<Workbook><mn:MANDOR></Workbook>");
   for (const char* path : {"lots/missing.xml", "lots/broken.xml"}) EXPECT_EQ(fresh->XML_ReadCNF(path), nullptr);
   EXPECT_EQ(fresh->FullPath() + "|" + fresh->Name(), "lots/previous.xml|previous");
-  EXPECT_TRUE(fresh->Count() == 0 && !fresh->Font && platform_->messages().empty());
+  EXPECT_EQ(fresh->Count(), 0);
+  EXPECT_FALSE(fresh->Font);
+  EXPECT_TRUE(platform_->messages().empty());
 
   // A malformed header after a good image throws and leaves a loaded
   // catalogue as it was (the other header errors: MarquageTest).
@@ -110,7 +114,9 @@ TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
                                                    "mn:Orientation=\"portrait\" mn:H=\"3\"/>", ""));
   EXPECT_EQ(ErrorNumberOf([&] { catalogue->XML_ReadCNF("lots/bad.xml"); }), kTypeMismatch);
   EXPECT_EQ(catalogue->Name() + "|" + catalogue->File(), "Électricité|tender.xml");
-  EXPECT_TRUE(catalogue->Count() == 3 && catalogue->Font == font && catalogue->Item(1)->TVA == 5.5f);
+  EXPECT_EQ(catalogue->Count(), 3);
+  EXPECT_EQ(catalogue->Font, font);
+  EXPECT_EQ(catalogue->Item(1)->TVA, 5.5f);
   // A data-contract field on a missing page fails the whole read.
   platform_->SetFileBytes("lots/bad.xml", Workbook(Image("<mn:DataContrat><mn:iCell mn:ID=\"mn1\" mn:Name=\"Nom\" "
                                                          "mn:Page=\"3\"/></mn:DataContrat>"), ""));
@@ -120,7 +126,8 @@ TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
   // A second good file appends its documents.
   platform_->SetFileBytes("lots/more.xml", Workbook(Image("", "mn4"), ""));
   EXPECT_EQ(catalogue->XML_ReadCNF("lots/more.xml"), catalogue);
-  EXPECT_TRUE(catalogue->Count() == 4 && catalogue->Name() == "Lot");
+  EXPECT_EQ(catalogue->Count(), 4);
+  EXPECT_EQ(catalogue->Name(), "Lot");
 }
 
 TEST_F(XmlReaderTest, RowAndCellEdgeCases) {
@@ -137,7 +144,8 @@ TEST_F(XmlReaderTest, RowAndCellEdgeCases) {
 
   // A bad column (B) stops the columns, with a message; the rest is read.
   const auto document = ReadBytes(Workbook(DataFile("bad_columns.image.xml"), ""))->Item(1);
-  EXPECT_TRUE(document->Regles_V.Count() == 1 && document->Pages.Count() == 1);
+  EXPECT_EQ(document->Regles_V.Count(), 1);
+  EXPECT_EQ(document->Pages.Count(), 1);
   ASSERT_EQ(platform_->messages().size(), 1u);
   EXPECT_EQ(platform_->messages()[0].text, Error::DefaultDescription(kTypeMismatch));
 }

@@ -227,7 +227,8 @@ TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
   EXPECT_FALSE(Save(dqe));
   ASSERT_EQ(platform_->messages().size(), 1u);
   EXPECT_EQ(platform_->messages()[0].text, "Impossible d'ouvrir le fichier XML [lots/lot3.xml].");
-  EXPECT_TRUE(platform_->messages()[0].style == MessageStyle::kCritical && Bytes() == "<Workbook><unclosed>");
+  EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kCritical);
+  EXPECT_EQ(Bytes(), "<Workbook><unclosed>");
   platform_->ClearMessages();
 
   // A new ruler in a worksheet without "NumP" aborts the save with the message.
@@ -250,7 +251,8 @@ TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
   platform_->SetFileBytes(kPath, original);
   AddField(dqe, "TA9", nullptr, nullptr, 7);  // no such mn:iPage
   EXPECT_EQ(test_util::ErrorNumberOf([&] { Save(dqe); }), 91);
-  EXPECT_TRUE(platform_->messages().empty() && Bytes() == original);
+  EXPECT_TRUE(platform_->messages().empty());
+  EXPECT_EQ(Bytes(), original);
 
   // A document outside any catalogue.
   auto orphan = std::make_shared<Mandor>();
