@@ -115,25 +115,6 @@ cairo_status_t AppendBytes(void* closure, const unsigned char* data, unsigned in
 
 // --- text ---
 
-// Appends the code point cp as UTF-8.
-void AppendUtf8(std::string& out, uint32_t cp) {
-  if (cp < 0x80) {
-    out += static_cast<char>(cp);
-  } else if (cp < 0x800) {
-    out += static_cast<char>(0xC0 | (cp >> 6));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else if (cp < 0x10000) {
-    out += static_cast<char>(0xE0 | (cp >> 12));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (cp >> 18));
-    out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (cp & 0x3F));
-  }
-}
-
 // --- building the scene ---
 
 std::string FormatNumberForSvg(double v) {
@@ -466,40 +447,18 @@ RenderFormat RenderFormatOf(const std::string& file) {
 std::string CleanText(const std::string& text) {
   std::string out;
   out.reserve(text.size());
-  const auto* s = reinterpret_cast<const unsigned char*>(text.data());
   const size_t size = text.size();
   size_t i = 0;
   while (i < size) {
-    const unsigned char c = s[i];
-    uint32_t cp = 0;
-    size_t length = 0;
-    if (c < 0x80) {
-      cp = c, length = 1;
-    } else if (c >= 0xC2 && c <= 0xDF) {
-      cp = c & 0x1F, length = 2;
-    } else if (c >= 0xE0 && c <= 0xEF) {
-      cp = c & 0x0F, length = 3;
-    } else if (c >= 0xF0 && c <= 0xF4) {
-      cp = c & 0x07, length = 4;
-    }
-    bool valid = length > 0 && i + length <= size;
-    for (size_t k = 1; valid && k < length; ++k) {
-      if ((s[i + k] & 0xC0) != 0x80) valid = false;
-      cp = (cp << 6) | (s[i + k] & 0x3F);
-    }
-    // Overlong forms, surrogates and code points past U+10FFFF.
-    if (valid && ((length == 3 && cp < 0x800) || (length == 4 && (cp < 0x10000 || cp > 0x10FFFF)) ||
-                  (cp >= 0xD800 && cp <= 0xDFFF))) {
-      valid = false;
-    }
-    if (!valid) {
-      AppendUtf8(out, 0xFFFD);
-      ++i;
+    const mandor::Utf8Char c = mandor::DecodeUtf8(text, i);
+    i += c.length;
+    if (!c.valid) {
+      mandor::AppendUtf8(out, 0xFFFD);
       continue;
     }
+    char32_t cp = c.code;
     if (cp < 0x20 || cp == 0x7F || cp == 0xFFFE || cp == 0xFFFF) cp = ' ';
-    AppendUtf8(out, cp);
-    i += length;
+    mandor::AppendUtf8(out, cp);
   }
   return out;
 }

@@ -26,15 +26,6 @@ std::string PageSectionHeader(long long n) {
 
 std::string PageKey(long long n) { return NumberedKey(kPageKeyPrefix, n); }
 
-std::string ZeroPadded(long long n, int width) {
-  // The magnitude as unsigned, so that the most negative value is safe.
-  const unsigned long long magnitude =
-      n < 0 ? 0ULL - static_cast<unsigned long long>(n) : static_cast<unsigned long long>(n);
-  std::string digits = std::to_string(magnitude);
-  if (static_cast<int>(digits.size()) < width) digits.insert(0, width - digits.size(), '0');
-  return n < 0 ? "-" + digits : digits;
-}
-
 std::string GeneratedRulerId(long long line) {
   return ZeroPadded(line, static_cast<int>(sizeof(kIdLineFormat) - 1));
 }

@@ -160,9 +160,6 @@ std::string PageSectionHeader(long long n);
 // "page_" + n: the key of page n in Mandor::Pages and the page's Id.
 std::string PageKey(long long n);
 
-// n with at least `width` digits, zeros on the left ("00007" for (7, 5)); a
-// negative n keeps its sign in front ("-003" for (-3, 3)).
-std::string ZeroPadded(long long n, int width);
 
 // Identifier given to a ruler without one: its line number formatted "00000".
 std::string GeneratedRulerId(long long line);

@@ -225,7 +225,7 @@ std::string FormattedValue(const Mandor& doc, const std::shared_ptr<CChamp>& fie
   const Locale& locale = CurrentPlatform().locale();
   const std::optional<double> number = ParseNumber(cleaned, locale);
   if (!number) return cleaned;
-  return FormatNumber(*number, doc.FormatNombre(field), locale);
+  return FormatNumber(*number, FormatNombre(*field), locale);
 }
 
 // A new field of the document, its font inheriting from the document's.

@@ -130,17 +130,6 @@ void WriteSourceLines(const Mandor& doc, TextFile& fich) {
   }
 }
 
-// Runs a step with errors trapped: false when it stopped early. Each
-// section is written this way.
-template <class Step>
-bool RunTrapped(Step&& step) {
-  try {
-    step();
-    return true;
-  } catch (const std::exception&) {
-    return false;
-  }
-}
 
 }  // namespace
 
@@ -164,7 +153,7 @@ int16_t Mandor::SauvegarderMarquageEx(bool Confirmation, bool& WithQte) {
   // It is replaced like the marking itself, so it is never left half copied.
   if (platform.FileExists(target)) platform.ReplaceFileBytes(backup, platform.ReadFileBytes(target));
 
-  const bool complete = RunTrapped([&] {
+  const bool complete = RunIgnoringErrors([&] {
     platform.ReplaceFile(target, [&](const std::string& temporary) {
       std::unique_ptr<TextFile> fich = OpenFileWrite(temporary);
       if (fich == nullptr) ThrowError(kPathFileAccessError);
@@ -195,11 +184,11 @@ std::unique_ptr<TextFile> Mandor::OpenFileWrite(const std::string& cFileName) {
 }
 
 bool Mandor::WriteCalage(TextFile& fich) {
-  return RunTrapped([&] { WriteCalageLines(*this, fich, true); });
+  return RunIgnoringErrors([&] { WriteCalageLines(*this, fich, true); });
 }
 
 bool Mandor::WritePresentation(TextFile& fich) {
-  return RunTrapped([&] {
+  return RunIgnoringErrors([&] {
     const std::shared_ptr<CFont> font = Font();
     fich.WriteLine(kSectionPresentation);
     fich.WriteLine(KeyLine(kKeyFonte, font->Name()));
@@ -227,16 +216,16 @@ bool Mandor::WritePresentation(TextFile& fich) {
 }
 
 bool Mandor::WriteConstante(TextFile& fich) {
-  return RunTrapped([&] { WriteConstanteLines(*this, fich); });
+  return RunIgnoringErrors([&] { WriteConstanteLines(*this, fich); });
 }
 
 bool Mandor::WriteSource(TextFile& fich) {
-  if (!RunTrapped([&] { WriteSourceLines(*this, fich); })) return false;
+  if (!RunIgnoringErrors([&] { WriteSourceLines(*this, fich); })) return false;
   if (Docs.Count() == 0) {
     // The document's default data file, created empty when missing. It is
     // not part of the marking, so failing to create it fails nothing.
     const std::string data_file = Répertoire_Document + Nom_Document() + kDataExtension;
-    RunTrapped([&] {
+    RunIgnoringErrors([&] {
       if (CurrentPlatform().FileExists(data_file)) return;
       if (std::unique_ptr<TextFile> data = OpenFileWrite(data_file)) data->Close();
     });
@@ -245,7 +234,7 @@ bool Mandor::WriteSource(TextFile& fich) {
 }
 
 bool Mandor::WriteChampsRecurrents(TextFile& fich) {
-  return RunTrapped([&] {
+  return RunIgnoringErrors([&] {
     fich.WriteLine(kSectionChampsRecurrents);
     fich.WriteLine(KeyLine(kKeyNombreChampsRecurrents, IntText(ChampsRecurrents.Count())));
     std::string line;
@@ -258,7 +247,7 @@ bool Mandor::WriteChampsRecurrents(TextFile& fich) {
 }
 
 bool Mandor::WriteRegle_V(TextFile& fich) {
-  return RunTrapped([&] {
+  return RunIgnoringErrors([&] {
     fich.WriteLine(kSectionReglesVerticales);
     fich.WriteLine(KeyLine(kKeyNombre, IntText(Regles_V.Count())));
     WriteRulerLines(fich, Regles_V, kKeyVerticalRulerPrefix, RulerRecord());
@@ -266,7 +255,7 @@ bool Mandor::WriteRegle_V(TextFile& fich) {
 }
 
 bool Mandor::WritePage(TextFile& fich, bool WithQte) {
-  return RunTrapped([&] {
+  return RunIgnoringErrors([&] {
     fich.WriteLine(kSectionPages);
     fich.WriteLine(KeyLine(kKeyNombre, IntText(Pages.Count())));
     // The last quantity value met, written in every field until the next.

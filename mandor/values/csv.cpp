@@ -12,25 +12,10 @@ namespace {
 
 // True when bytes are well-formed UTF-8.
 bool IsUtf8(std::string_view bytes) {
-  size_t i = 0;
-  while (i < bytes.size()) {
-    const auto c = static_cast<unsigned char>(bytes[i]);
-    size_t extra = 0;
-    if (c < 0x80) {
-      extra = 0;
-    } else if (c >= 0xC2 && c <= 0xDF) {
-      extra = 1;
-    } else if (c >= 0xE0 && c <= 0xEF) {
-      extra = 2;
-    } else if (c >= 0xF0 && c <= 0xF4) {
-      extra = 3;
-    } else {
-      return false;
-    }
-    for (size_t k = 1; k <= extra; ++k) {
-      if (i + k >= bytes.size() || (static_cast<unsigned char>(bytes[i + k]) & 0xC0) != 0x80) return false;
-    }
-    i += extra + 1;
+  for (size_t i = 0; i < bytes.size();) {
+    const Utf8Char c = DecodeUtf8(bytes, i);
+    if (!c.valid) return false;
+    i += c.length;
   }
   return true;
 }

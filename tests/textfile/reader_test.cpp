@@ -124,7 +124,7 @@ class ReaderTest : public TextFileTest {
 TEST_F(ReaderTest, FormatHelpers) {
   // The cases the saved files do not show.
   const std::pair<std::string, std::string> texts[] = {
-      {tf::NumberedKey("", 7), "7"}, {tf::GeneratedRulerId(123456), "123456"}, {tf::ZeroPadded(-3, 3), "-003"},
+      {tf::NumberedKey("", 7), "7"}, {tf::GeneratedRulerId(123456), "123456"},
       {tf::SeparatorToText(""), ""}};
   for (const auto& [actual, expected] : texts) EXPECT_EQ(actual, expected);
 
