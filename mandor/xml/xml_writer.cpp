@@ -203,6 +203,11 @@ bool WrittenByLaterStep(const Mandor& mandor, const std::shared_ptr<CChamp>& cha
 // anything is written.
 void CheckDataContratPlace(const pugi::xml_node& xml, const pugi::xml_node& image, const Mandor& mandor) {
   if (image.child("mn:DataContrat")) return;
+  // Most documents have no data-contract field: the worksheet is walked only
+  // for those that do.
+  bool any = mandor.champsDataContrat.Count() > 0;
+  for (auto it = mandor.Champs.begin(); !any && it != mandor.Champs.end(); ++it) any = *it && (*it)->IsDataContrat();
+  if (!any) return;
   std::unordered_set<std::string> in_worksheet;
   if (const pugi::xml_node table = MarkingWorksheet(xml).child("Table")) {
     for (const pugi::xml_node& icell : IndexWorksheet(table, mandor.Id).all_cells) {
