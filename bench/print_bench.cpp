@@ -9,7 +9,7 @@
 #include <string>
 
 #include "mandor/print/print.h"
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/print/print_test_util.h"
 
 namespace {

@@ -22,6 +22,7 @@
 
 #include "bench/generator.h"
 #include "mandor/mandor.h"
+#include "mandor/testing/memory_platform.h"
 #include "mandor/values/values.h"
 
 namespace {

@@ -13,6 +13,7 @@
 #include "cli/json_dump.h"
 #include "cli/marking.h"
 #include "cli/output.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor_cli {
 

@@ -17,6 +17,7 @@
 #include "cli/render.h"
 #include "cli/values_cmd.h"
 #include "mandor/mandor.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/values/values.h"
 
 namespace mandor_cli {

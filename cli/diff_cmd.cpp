@@ -6,6 +6,7 @@
 
 #include "cli/json_dump.h"
 #include "cli/marking.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor_cli {
 

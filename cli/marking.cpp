@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <iostream>
 #include <set>
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor_cli {
 

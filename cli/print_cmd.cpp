@@ -10,10 +10,10 @@
 
 #include "cli/marking.h"
 #include "cli/values_cmd.h"
+#include "mandor/util/internal/text.h"
+#include "mandor/util/platform.h"
 #include "mandor/values/csv.h"
 #include "mandor/values/values.h"
-#include "mandor/util/platform.h"
-#include "mandor/util/text.h"
 
 namespace mandor_cli {
 

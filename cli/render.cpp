@@ -17,6 +17,7 @@
 #include "mandor/print/page_fields.h"
 #include "mandor/print/page_image.h"
 #include "mandor/print/sheet.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor_cli {
 

@@ -4,6 +4,7 @@
 
 #include "cli/json_dump.h"
 #include "cli/marking.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/values/csv.h"
 #include "mandor/values/values.h"
 

@@ -10,13 +10,13 @@
 #include <vector>
 
 #include "mandor/mandor.h"
-#include "mandor/util/buffer_text_file.h"
-#include "mandor/util/cp1252.h"
+#include "mandor/testing/memory_platform.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
-#include "mandor/util/memory_platform.h"
-#include "mandor/util/number.h"
-#include "mandor/util/text.h"
+#include "mandor/util/internal/buffer_text_file.h"
+#include "mandor/util/internal/cp1252.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/xml/image_pdf.h"
 
 namespace mandor::fuzz {

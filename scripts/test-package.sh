@@ -15,6 +15,19 @@ fail() { echo "test-package: $*" >&2; exit 1; }
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 grep -q '#define MANDOR_VERSION_MAJOR' "$prefix/include/mandor/version.h" || fail "no mandor/version.h"
+# The public boundary: of the internal headers only the two a public class
+# holds are installed, and every installed header compiles on its own with a
+# pugixml.hpp that fails ahead on the include path (a host needs no pugixml).
+internal=$(cd "$prefix/include" && find mandor -path '*/internal/*' -name '*.h' | sort | xargs)
+[ "$internal" = "mandor/util/internal/key_index.h mandor/util/internal/packed_texts.h" ] ||
+  fail "internal headers installed: $internal"
+mkdir -p "$root/poison" && echo '#error "an installed header includes pugixml"' > "$root/poison/pugixml.hpp"
+for header in $(cd "$prefix/include" && find mandor -name '*.h' | sort); do
+  echo "#include \"$header\"" | "${CXX:-c++}" -std=c++20 -fsyntax-only -Wall -Wextra -Werror \
+    -I"$root/poison" -I"$prefix/include" -x c++ - || fail "$header does not compile alone without pugixml"
+done
+lines=$(echo '#include "mandor/mandor.h"' | "${CXX:-c++}" -std=c++20 -E -I"$prefix/include" -x c++ - | wc -l)
+echo "test-package: mandor/mandor.h preprocesses to $lines lines, without pugixml"
 pc=$(find "$prefix" -name mandor.pc | head -n 1)
 [ -n "$pc" ] || fail "no mandor.pc"
 if shared=$(find "$prefix" -name 'libmandor.so.*.*' | head -n 1) && [ -n "$shared" ]; then

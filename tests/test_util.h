@@ -10,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "mandor/testing/memory_platform.h"
 #include "mandor/util/error.h"
-#include "mandor/util/memory_platform.h"
 
 namespace mandor::test_util {
 

@@ -7,9 +7,9 @@
 #include "mandor/model/page.h"
 #include "mandor/model/regle.h"
 #include "mandor/util/error.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
 
 namespace mandor {
 

@@ -19,7 +19,7 @@
 #include <utility>
 
 #include "mandor/fields/font.h"
-#include "mandor/util/packed_texts.h"
+#include "mandor/util/internal/packed_texts.h"
 
 namespace pugi {
 class xml_node;

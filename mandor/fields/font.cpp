@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 #include "mandor/util/platform.h"
 
 namespace mandor {

@@ -11,10 +11,10 @@
 
 #include "mandor/fields/font.h"
 #include "mandor/util/error.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
-#include "mandor/xml/xml_access.h"
+#include "mandor/xml/internal/xml_access.h"
 
 namespace mandor {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 #include "mandor/util/platform.h"
 
 namespace mandor {

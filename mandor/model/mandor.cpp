@@ -3,10 +3,10 @@
 #include <cstdlib>
 
 #include "mandor/fields/champ.h"
-#include "mandor/model/reading_order.h"
+#include "mandor/model/internal/reading_order.h"
+#include "mandor/model/marquage.h"
 #include "mandor/util/error.h"
-#include "mandor/util/text.h"
-#include "mandor/xml/marquage.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor {
 

@@ -8,7 +8,7 @@
 #include <exception>
 #include <utility>
 
-#include "mandor/util/text.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor::print {
 

@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "mandor/util/text.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor::print {
 

@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
 
 namespace mandor::print {
 

@@ -16,9 +16,9 @@
 #include "mandor/print/page_fields.h"
 #include "mandor/print/page_image.h"
 #include "mandor/util/fct_util.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
 
 namespace mandor::print {
 

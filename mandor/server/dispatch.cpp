@@ -8,7 +8,7 @@
 #include "mandor/server/com_object.h"
 #include "mandor/server/typelib.h"
 #include "mandor/util/error.h"
-#include "mandor/util/text.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor::server {
 

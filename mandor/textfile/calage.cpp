@@ -14,7 +14,7 @@
 
 #include "mandor/model/mandor.h"
 #include "mandor/util/error.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 #include "mandor/util/platform.h"
 
 namespace mandor {

@@ -1,13 +1,13 @@
-#include "mandor/textfile/format.h"
+#include "mandor/textfile/internal/format.h"
 
 #include <algorithm>
 #include <cstdlib>
 
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
 
 namespace mandor::textfile {
 

@@ -26,17 +26,17 @@
 #include <vector>
 
 #include "mandor/fields/champ.h"
+#include "mandor/model/internal/reading_order.h"
 #include "mandor/model/mandor.h"
-#include "mandor/model/reading_order.h"
-#include "mandor/textfile/format.h"
-#include "mandor/textfile/records.h"
+#include "mandor/model/marquage.h"
+#include "mandor/textfile/internal/format.h"
+#include "mandor/textfile/internal/records.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
+#include "mandor/util/internal/word.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
-#include "mandor/util/word.h"
-#include "mandor/xml/marquage.h"
 
 namespace mandor {
 

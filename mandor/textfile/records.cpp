@@ -1,4 +1,4 @@
-#include "mandor/textfile/records.h"
+#include "mandor/textfile/internal/records.h"
 
 #include <array>
 #include <charconv>
@@ -9,10 +9,10 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/regle.h"
-#include "mandor/textfile/format.h"
+#include "mandor/textfile/internal/format.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 #include "mandor/util/platform.h"
 
 namespace mandor::textfile {

@@ -15,13 +15,13 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
-#include "mandor/textfile/format.h"
-#include "mandor/textfile/records.h"
+#include "mandor/model/marquage.h"
+#include "mandor/textfile/internal/format.h"
+#include "mandor/textfile/internal/records.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 #include "mandor/util/platform.h"
-#include "mandor/xml/marquage.h"
 
 namespace mandor {
 

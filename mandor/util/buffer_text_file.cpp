@@ -1,11 +1,11 @@
-#include "mandor/util/buffer_text_file.h"
+#include "mandor/util/internal/buffer_text_file.h"
 
 #include <cstddef>
 #include <iterator>
 #include <utility>
 
-#include "mandor/util/cp1252.h"
 #include "mandor/util/error.h"
+#include "mandor/util/internal/cp1252.h"
 
 namespace mandor {
 

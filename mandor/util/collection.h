@@ -27,8 +27,7 @@
 #include <vector>
 
 #include "mandor/util/error.h"
-#include "mandor/util/key_index.h"
-#include "mandor/util/text.h"
+#include "mandor/util/internal/key_index.h"
 
 namespace mandor {
 

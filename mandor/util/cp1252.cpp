@@ -1,8 +1,8 @@
-#include "mandor/util/cp1252.h"
+#include "mandor/util/internal/cp1252.h"
 
 #include <string>
 
-#include "mandor/util/text.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor {
 

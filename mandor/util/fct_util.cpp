@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "mandor/util/error.h"
-#include "mandor/util/number.h"
-#include "mandor/util/text.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor {
 

@@ -1,7 +1,7 @@
-#include "mandor/util/key_index.h"
+#include "mandor/util/internal/key_index.h"
 
-#include "mandor/util/text.h"
-#include "mandor/util/word.h"
+#include "mandor/util/internal/text.h"
+#include "mandor/util/internal/word.h"
 
 namespace mandor {
 

@@ -10,8 +10,8 @@
 #include <system_error>
 #include <utility>
 
-#include "mandor/util/buffer_text_file.h"
 #include "mandor/util/error.h"
+#include "mandor/util/internal/buffer_text_file.h"
 
 #ifndef _WIN32
 #include <fcntl.h>

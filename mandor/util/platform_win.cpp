@@ -14,9 +14,9 @@
 #include <string>
 
 #include "mandor/util/error.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/locale.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
 
 namespace mandor {
 

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <string>
 
-#include "mandor/util/number.h"
-#include "mandor/util/text.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 
 namespace mandor::values {
 

@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "mandor/util/cp1252.h"
-#include "mandor/util/text.h"
+#include "mandor/util/internal/cp1252.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/values/amount.h"
 
 namespace mandor::values {

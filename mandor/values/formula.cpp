@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <utility>
 
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/locale.h"
-#include "mandor/util/number.h"
-#include "mandor/util/text.h"
 #include "mandor/values/words.h"
 
 namespace mandor::values {

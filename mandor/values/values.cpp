@@ -6,8 +6,10 @@
 #include <unordered_set>
 #include <utility>
 
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/values/amount.h"
-#include "mandor/xml/workbook.h"
+#include "mandor/xml/internal/workbook.h"
 
 namespace mandor::values {
 

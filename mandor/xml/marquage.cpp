@@ -1,13 +1,13 @@
-#include "mandor/xml/marquage.h"
+#include "mandor/model/marquage.h"
 
 #include <utility>
 
 #include "mandor/model/mandor.h"
 #include "mandor/util/error.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
-#include "mandor/xml/workbook.h"
-#include "mandor/xml/xml_access.h"
+#include "mandor/xml/internal/workbook.h"
+#include "mandor/xml/internal/xml_access.h"
 
 namespace mandor {
 

@@ -1,13 +1,13 @@
-#include "mandor/xml/workbook.h"
+#include "mandor/xml/internal/workbook.h"
 
 #include <cstring>
 #include <exception>
 #include <sstream>
 
-#include "mandor/util/cp1252.h"
 #include "mandor/util/error.h"
+#include "mandor/util/internal/cp1252.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
 
 namespace mandor {
 

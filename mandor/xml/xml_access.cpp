@@ -1,4 +1,4 @@
-#include "mandor/xml/xml_access.h"
+#include "mandor/xml/internal/xml_access.h"
 
 #include <cstring>
 #include <exception>
@@ -8,7 +8,7 @@
 #include <unordered_map>
 
 #include "mandor/util/error.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 
 namespace mandor {
 

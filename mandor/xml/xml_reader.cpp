@@ -23,15 +23,15 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
+#include "mandor/model/marquage.h"
 #include "mandor/model/page.h"
 #include "mandor/model/regle.h"
 #include "mandor/util/error.h"
 #include "mandor/util/fct_util.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
-#include "mandor/util/text.h"
-#include "mandor/xml/marquage.h"
-#include "mandor/xml/xml_access.h"
+#include "mandor/xml/internal/xml_access.h"
 
 namespace mandor {
 

@@ -24,12 +24,12 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
+#include "mandor/model/marquage.h"
 #include "mandor/util/error.h"
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 #include "mandor/util/platform.h"
-#include "mandor/xml/marquage.h"
-#include "mandor/xml/workbook.h"
-#include "mandor/xml/xml_access.h"
+#include "mandor/xml/internal/workbook.h"
+#include "mandor/xml/internal/xml_access.h"
 
 namespace mandor {
 

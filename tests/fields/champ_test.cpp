@@ -8,7 +8,7 @@
 #include <tuple>
 
 #include "mandor/model/mandor.h"
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor {

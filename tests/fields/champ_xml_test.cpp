@@ -10,9 +10,9 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
+#include "mandor/model/marquage.h"
 #include "mandor/model/regle.h"
-#include "mandor/util/memory_platform.h"
-#include "mandor/xml/marquage.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/test_util.h"
 #include "tests/xml/xml_test_util.h"
 

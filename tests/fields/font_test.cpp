@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor {

@@ -8,7 +8,7 @@
 #include <pugixml.hpp>
 
 #include "mandor/fields/font.h"
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/xml/xml_test_util.h"
 
 namespace mandor {

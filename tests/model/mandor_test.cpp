@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor {

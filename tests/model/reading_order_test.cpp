@@ -1,4 +1,4 @@
-#include "mandor/model/reading_order.h"
+#include "mandor/model/internal/reading_order.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,7 @@
 
 #include "mandor/print/page_image.h"
 #include "mandor/print/print.h"
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/print/print_test_util.h"
 
 namespace mandor::print {

@@ -13,7 +13,7 @@
 #include "mandor/print/field_text.h"
 #include "mandor/print/page_fields.h"
 #include "mandor/print/print.h"
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/print/print_test_util.h"
 
 namespace mandor::print {

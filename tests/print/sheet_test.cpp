@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "mandor/print/sheet.h"
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/print/print_test_util.h"
 
 namespace mandor::print {

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "mandor/util/cp1252.h"
+#include "mandor/util/internal/cp1252.h"
 #include "tests/textfile/textfile_test_util.h"
 #include "tests/xml/xml_test_util.h"
 

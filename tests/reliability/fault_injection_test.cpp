@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "mandor/testing/memory_platform.h"
 #include "mandor/util/error.h"
-#include "mandor/util/memory_platform.h"
 #include "mandor/xml/image_pdf.h"
 #include "tests/textfile/textfile_test_util.h"
 #include "tests/xml/xml_test_util.h"

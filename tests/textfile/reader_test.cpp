@@ -9,9 +9,9 @@
 #include <tuple>
 #include <vector>
 
-#include "mandor/textfile/format.h"
-#include "mandor/util/text.h"
-#include "mandor/xml/marquage.h"
+#include "mandor/model/marquage.h"
+#include "mandor/textfile/internal/format.h"
+#include "mandor/util/internal/text.h"
 #include "tests/model/describe.h"
 #include "tests/test_util.h"
 #include "tests/textfile/textfile_test_util.h"

@@ -2,7 +2,7 @@
 // written as, how each is read back, and what a blank or a malformed column
 // does, for every record kind of both layouts.
 
-#include "mandor/textfile/records.h"
+#include "mandor/textfile/internal/records.h"
 
 #include <gtest/gtest.h>
 

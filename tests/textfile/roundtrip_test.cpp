@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "mandor/util/number.h"
-#include "mandor/xml/marquage.h"
+#include "mandor/model/marquage.h"
+#include "mandor/util/internal/number.h"
 #include "tests/model/describe.h"
 #include "tests/textfile/textfile_test_util.h"
 

@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "mandor/util/text.h"
-#include "mandor/xml/marquage.h"
+#include "mandor/model/marquage.h"
+#include "mandor/util/internal/text.h"
 #include "tests/model/describe.h"
 #include "tests/textfile/textfile_test_util.h"
 

@@ -14,7 +14,7 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor::textfile_test {

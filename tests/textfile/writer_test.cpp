@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "mandor/util/cp1252.h"
-#include "mandor/util/text.h"
-#include "mandor/xml/marquage.h"
+#include "mandor/model/marquage.h"
+#include "mandor/util/internal/cp1252.h"
+#include "mandor/util/internal/text.h"
 #include "tests/test_util.h"
 #include "tests/textfile/textfile_test_util.h"
 

@@ -1,4 +1,5 @@
 #include "mandor/util/collection.h"
+#include "mandor/util/internal/text.h"
 
 #include <gtest/gtest.h>
 

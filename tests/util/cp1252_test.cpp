@@ -1,4 +1,4 @@
-#include "mandor/util/cp1252.h"
+#include "mandor/util/internal/cp1252.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "mandor/util/text.h"
+#include "mandor/util/internal/text.h"
 #include "tests/test_util.h"
 
 namespace mandor {

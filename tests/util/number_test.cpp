@@ -1,4 +1,4 @@
-#include "mandor/util/number.h"
+#include "mandor/util/internal/number.h"
 
 #include <gtest/gtest.h>
 

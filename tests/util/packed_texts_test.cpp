@@ -1,4 +1,4 @@
-#include "mandor/util/packed_texts.h"
+#include "mandor/util/internal/packed_texts.h"
 
 #include <gtest/gtest.h>
 

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 #include "mandor/util/platform.h"
 #include "tests/test_util.h"
 

@@ -1,4 +1,4 @@
-#include "mandor/util/text.h"
+#include "mandor/util/internal/text.h"
 
 #include <gtest/gtest.h>
 

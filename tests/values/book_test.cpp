@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "mandor/testing/memory_platform.h"
 #include "mandor/values/csv.h"
 
 namespace mandor::values {

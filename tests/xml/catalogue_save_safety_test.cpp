@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "mandor/util/text.h"
+#include "mandor/util/internal/text.h"
 #include "mandor/xml/image_pdf.h"
 #include "tests/xml/xml_test_util.h"
 

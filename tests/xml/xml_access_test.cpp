@@ -7,10 +7,10 @@
 #include <memory>
 #include <string>
 
-#include "mandor/util/cp1252.h"
-#include "mandor/util/memory_platform.h"
-#include "mandor/xml/workbook.h"
-#include "mandor/xml/xml_access.h"
+#include "mandor/testing/memory_platform.h"
+#include "mandor/util/internal/cp1252.h"
+#include "mandor/xml/internal/workbook.h"
+#include "mandor/xml/internal/xml_access.h"
 #include "tests/test_util.h"
 #include "tests/xml/xml_test_util.h"
 

@@ -12,12 +12,12 @@
 
 #include "mandor/fields/champ.h"
 #include "mandor/model/mandor.h"
+#include "mandor/model/marquage.h"
 #include "mandor/model/page.h"
 #include "mandor/model/regle.h"
-#include "mandor/util/memory_platform.h"
-#include "mandor/xml/marquage.h"
-#include "mandor/xml/workbook.h"
-#include "mandor/xml/xml_access.h"
+#include "mandor/testing/memory_platform.h"
+#include "mandor/xml/internal/workbook.h"
+#include "mandor/xml/internal/xml_access.h"
 #include "tests/model/describe.h"
 
 namespace mandor::xml_test {

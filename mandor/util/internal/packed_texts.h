@@ -1,3 +1,6 @@
+// Not API: installed only because a public class holds one (CChamp); it may
+// change in any release. Use the public class instead.
+//
 // PackedTexts holds a fixed number of texts in one small block. Eight
 // std::string members take 256 bytes whatever they hold, while the texts of
 // a marking's field (its name, the names of its rulers, its value and first
@@ -12,8 +15,8 @@
 // Threading: single-threaded, as the whole model is: a block of texts is used
 // by one thread at a time (the host's); nothing here locks, and nothing is
 // shared between threads but what the platform holds.
-#ifndef MANDOR_UTIL_PACKED_TEXTS_H_
-#define MANDOR_UTIL_PACKED_TEXTS_H_
+#ifndef MANDOR_UTIL_INTERNAL_PACKED_TEXTS_H_
+#define MANDOR_UTIL_INTERNAL_PACKED_TEXTS_H_
 
 #include <array>
 #include <cstddef>
@@ -103,4 +106,4 @@ class PackedTexts {
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_PACKED_TEXTS_H_
+#endif  // MANDOR_UTIL_INTERNAL_PACKED_TEXTS_H_

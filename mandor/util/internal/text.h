@@ -14,8 +14,8 @@
 // character count.
 //
 // Threading: stateless functions of their arguments; safe from any thread.
-#ifndef MANDOR_UTIL_TEXT_H_
-#define MANDOR_UTIL_TEXT_H_
+#ifndef MANDOR_UTIL_INTERNAL_TEXT_H_
+#define MANDOR_UTIL_INTERNAL_TEXT_H_
 
 #include <cstddef>
 #include <string>
@@ -89,4 +89,4 @@ bool EndsWith(std::string_view s, std::string_view suffix);
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_TEXT_H_
+#endif  // MANDOR_UTIL_INTERNAL_TEXT_H_

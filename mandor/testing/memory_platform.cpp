@@ -1,12 +1,12 @@
-#include "mandor/util/memory_platform.h"
+#include "mandor/testing/memory_platform.h"
 
 #include <deque>
 #include <map>
 #include <set>
 #include <utility>
 
-#include "mandor/util/buffer_text_file.h"
-#include "mandor/util/cp1252.h"
+#include "mandor/util/internal/buffer_text_file.h"
+#include "mandor/util/internal/cp1252.h"
 
 namespace mandor {
 

@@ -15,8 +15,8 @@
 // Threading: the constants may be read from any thread. The helpers hold no
 // state of their own but read the current platform's locale, so they follow
 // the platform's single-threaded contract.
-#ifndef MANDOR_TEXTFILE_FORMAT_H_
-#define MANDOR_TEXTFILE_FORMAT_H_
+#ifndef MANDOR_TEXTFILE_INTERNAL_FORMAT_H_
+#define MANDOR_TEXTFILE_INTERNAL_FORMAT_H_
 
 #include <cstdint>
 #include <optional>
@@ -204,4 +204,4 @@ double ParseFileNumber(std::string_view text);
 
 }  // namespace mandor::textfile
 
-#endif  // MANDOR_TEXTFILE_FORMAT_H_
+#endif  // MANDOR_TEXTFILE_INTERNAL_FORMAT_H_

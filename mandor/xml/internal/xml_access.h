@@ -20,8 +20,8 @@
 // thread_local table, since the same few query texts are run thousands of
 // times: each thread has its own, so that threads each reading its own
 // workbook never share one and need no lock.
-#ifndef MANDOR_XML_XML_ACCESS_H_
-#define MANDOR_XML_XML_ACCESS_H_
+#ifndef MANDOR_XML_INTERNAL_XML_ACCESS_H_
+#define MANDOR_XML_INTERNAL_XML_ACCESS_H_
 
 #include <array>
 #include <cstddef>
@@ -34,7 +34,7 @@
 
 #include <pugixml.hpp>
 
-#include "mandor/util/word.h"
+#include "mandor/util/internal/word.h"
 
 namespace mandor {
 
@@ -190,4 +190,4 @@ inline size_t AttributeNames::Find(const char* name) const {
 
 }  // namespace mandor
 
-#endif  // MANDOR_XML_XML_ACCESS_H_
+#endif  // MANDOR_XML_INTERNAL_XML_ACCESS_H_

@@ -11,8 +11,8 @@
 // Threading: single-threaded, as the whole model is: a workbook document is
 // used by one thread at a time (the host's); nothing here locks, and nothing
 // is shared between threads but what the platform holds.
-#ifndef MANDOR_XML_WORKBOOK_H_
-#define MANDOR_XML_WORKBOOK_H_
+#ifndef MANDOR_XML_INTERNAL_WORKBOOK_H_
+#define MANDOR_XML_INTERNAL_WORKBOOK_H_
 
 #include <string>
 #include <string_view>
@@ -65,4 +65,4 @@ class WorkbookDocument {
 
 }  // namespace mandor
 
-#endif  // MANDOR_XML_WORKBOOK_H_
+#endif  // MANDOR_XML_INTERNAL_WORKBOOK_H_

@@ -16,8 +16,8 @@
 // Threading: single-threaded, as the whole model is: an index is used by one
 // thread at a time (the host's); nothing here locks, and nothing is shared
 // between threads but what the platform holds.
-#ifndef MANDOR_MODEL_READING_ORDER_H_
-#define MANDOR_MODEL_READING_ORDER_H_
+#ifndef MANDOR_MODEL_INTERNAL_READING_ORDER_H_
+#define MANDOR_MODEL_INTERNAL_READING_ORDER_H_
 
 #include <algorithm>
 #include <cmath>
@@ -66,4 +66,4 @@ class ReadingOrder {
 
 }  // namespace mandor
 
-#endif  // MANDOR_MODEL_READING_ORDER_H_
+#endif  // MANDOR_MODEL_INTERNAL_READING_ORDER_H_

@@ -8,8 +8,8 @@
 // all of them can be tested side by side in a comma and a point locale.
 //
 // Threading: stateless functions of their arguments; safe from any thread.
-#ifndef MANDOR_UTIL_NUMBER_H_
-#define MANDOR_UTIL_NUMBER_H_
+#ifndef MANDOR_UTIL_INTERNAL_NUMBER_H_
+#define MANDOR_UTIL_INTERNAL_NUMBER_H_
 
 #include <cstdint>
 #include <optional>
@@ -128,4 +128,4 @@ std::string FormatNumber(double v, std::string_view picture, const Locale& local
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_NUMBER_H_
+#endif  // MANDOR_UTIL_INTERNAL_NUMBER_H_

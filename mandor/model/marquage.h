@@ -12,8 +12,8 @@
 // Threading: single-threaded, as the whole model is: a catalogue and its
 // documents are used by one thread at a time (the host's); nothing here
 // locks, and nothing is shared between threads but what the platform holds.
-#ifndef MANDOR_XML_MARQUAGE_H_
-#define MANDOR_XML_MARQUAGE_H_
+#ifndef MANDOR_MODEL_MARQUAGE_H_
+#define MANDOR_MODEL_MARQUAGE_H_
 
 #include <cstdint>
 #include <memory>
@@ -21,11 +21,13 @@
 #include <string_view>
 #include <vector>
 
-#include <pugixml.hpp>
-
 #include "mandor/fields/font.h"
 #include "mandor/model/devises.h"
 #include "mandor/util/collection.h"
+
+namespace pugi {
+class xml_node;
+}  // namespace pugi
 
 namespace mandor {
 
@@ -129,4 +131,4 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
 
 }  // namespace mandor
 
-#endif  // MANDOR_XML_MARQUAGE_H_
+#endif  // MANDOR_MODEL_MARQUAGE_H_

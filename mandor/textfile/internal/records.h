@@ -14,8 +14,8 @@
 // Threading: the tables are constant and may be read from any thread.
 // AppendRecord and ApplyRecord read the current platform's locale and the
 // objects of the model, so they follow the model's single-threaded contract.
-#ifndef MANDOR_TEXTFILE_RECORDS_H_
-#define MANDOR_TEXTFILE_RECORDS_H_
+#ifndef MANDOR_TEXTFILE_INTERNAL_RECORDS_H_
+#define MANDOR_TEXTFILE_INTERNAL_RECORDS_H_
 
 #include <span>
 #include <string>
@@ -107,4 +107,4 @@ double ParseValue(Code code, std::string_view text);
 
 }  // namespace mandor::textfile
 
-#endif  // MANDOR_TEXTFILE_RECORDS_H_
+#endif  // MANDOR_TEXTFILE_INTERNAL_RECORDS_H_

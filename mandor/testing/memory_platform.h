@@ -23,6 +23,9 @@
 // The locale starts as Locale::Point() (not the process environment) so that
 // tests behave the same on every machine; call SetLocale to change it.
 //
+// It is a testing header, not part of mandor/mandor.h; the implementation is
+// in the library.
+//
 // Usage:
 //   auto platform = std::make_shared<MemoryPlatform>();
 //   platform->SetFileText("dir/doc.xnf", "[Pages]\r\n");
@@ -33,8 +36,8 @@
 //
 // Threading: single-threaded; a MemoryPlatform is a test double used by the
 // one thread that runs the test.
-#ifndef MANDOR_UTIL_MEMORY_PLATFORM_H_
-#define MANDOR_UTIL_MEMORY_PLATFORM_H_
+#ifndef MANDOR_TESTING_MEMORY_PLATFORM_H_
+#define MANDOR_TESTING_MEMORY_PLATFORM_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -163,4 +166,4 @@ class MemoryPlatform : public Platform {
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_MEMORY_PLATFORM_H_
+#endif  // MANDOR_TESTING_MEMORY_PLATFORM_H_

@@ -8,8 +8,8 @@
 // and U+009D, so that any byte string survives a round trip through UTF-8.
 //
 // Threading: stateless functions of their arguments; safe from any thread.
-#ifndef MANDOR_UTIL_CP1252_H_
-#define MANDOR_UTIL_CP1252_H_
+#ifndef MANDOR_UTIL_INTERNAL_CP1252_H_
+#define MANDOR_UTIL_INTERNAL_CP1252_H_
 
 #include <cstdint>
 #include <optional>
@@ -46,4 +46,4 @@ std::optional<uint8_t> CodePointToWindows1252(char32_t code_point);
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_CP1252_H_
+#endif  // MANDOR_UTIL_INTERNAL_CP1252_H_

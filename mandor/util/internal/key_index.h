@@ -1,3 +1,6 @@
+// Not API: installed only because a public class holds one (Collection); it may
+// change in any release. Use the public class instead.
+//
 // KeyIndex finds a keyed collection's members by key without regard to case.
 // It maps the folded form of each key (see FoldCase) to the member's place in
 // the collection's sequence, in one open-addressing table of small slots
@@ -12,8 +15,8 @@
 // Threading: single-threaded, as the whole model is: an index is used by one
 // thread at a time (the host's); nothing here locks, and nothing is shared
 // between threads but what the platform holds.
-#ifndef MANDOR_UTIL_KEY_INDEX_H_
-#define MANDOR_UTIL_KEY_INDEX_H_
+#ifndef MANDOR_UTIL_INTERNAL_KEY_INDEX_H_
+#define MANDOR_UTIL_INTERNAL_KEY_INDEX_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -79,4 +82,4 @@ class KeyIndex {
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_KEY_INDEX_H_
+#endif  // MANDOR_UTIL_INTERNAL_KEY_INDEX_H_

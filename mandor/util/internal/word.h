@@ -3,8 +3,8 @@
 // catalogue reader, the text reader's record splitter).
 //
 // Threading: stateless functions of their arguments; safe from any thread.
-#ifndef MANDOR_UTIL_WORD_H_
-#define MANDOR_UTIL_WORD_H_
+#ifndef MANDOR_UTIL_INTERNAL_WORD_H_
+#define MANDOR_UTIL_INTERNAL_WORD_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -37,4 +37,4 @@ inline uint64_t ShortWord(const char* p, size_t n) {
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_WORD_H_
+#endif  // MANDOR_UTIL_INTERNAL_WORD_H_

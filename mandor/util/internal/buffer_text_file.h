@@ -21,8 +21,8 @@
 // Threading: single-threaded, as the whole model is: a file object is used by
 // one thread at a time (the host's); nothing here locks, and nothing is
 // shared between threads but what the platform holds.
-#ifndef MANDOR_UTIL_BUFFER_TEXT_FILE_H_
-#define MANDOR_UTIL_BUFFER_TEXT_FILE_H_
+#ifndef MANDOR_UTIL_INTERNAL_BUFFER_TEXT_FILE_H_
+#define MANDOR_UTIL_INTERNAL_BUFFER_TEXT_FILE_H_
 
 #include <functional>
 #include <string>
@@ -89,4 +89,4 @@ class OutputTextFile : public TextFile {
 
 }  // namespace mandor
 
-#endif  // MANDOR_UTIL_BUFFER_TEXT_FILE_H_
+#endif  // MANDOR_UTIL_INTERNAL_BUFFER_TEXT_FILE_H_
