@@ -5,7 +5,8 @@
 // inherits from.
 //
 // Documents are added one by one from their text markings (Add) or all at
-// once from a catalogue workbook (XML_ReadCNF). Each document points back to
+// once from a catalogue workbook (XML_ReadCNF; the members that read and
+// write the workbook are defined in xml/). Each document points back to
 // the catalogue through its oOwnerMarquage, so a catalogue must live in a
 // std::shared_ptr (std::make_shared<cMarquage>()).
 //
@@ -31,9 +32,6 @@ class xml_node;
 
 namespace mandor {
 
-class CChamp;
-class CRegle;
-class ElementAttributes;
 class ImagePdf;
 class Mandor;
 
@@ -52,11 +50,11 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   // derives the folder (with its separator), the file and the name (the file
   // less its last extension) and lists the folder's text markings.
   void FullPath(const std::string& value);
-  std::string FullPath() const { return full_path_; }
-  std::string Path() const { return folder_; }
-  std::string File() const { return file_; }
-  std::string Name() const { return name_; }
-  void Name(const std::string& value) { name_ = value; }
+  std::string FullPath() const { return state_.full_path; }
+  std::string Path() const { return state_.folder; }
+  std::string File() const { return state_.file; }
+  std::string Name() const { return state_.name; }
+  void Name(const std::string& value) { state_.name = value; }
 
   // --- documents ---
   // A new document restored from its text marking Path + Name (".xnf", else
@@ -88,45 +86,32 @@ class cMarquage : public std::enable_shared_from_this<cMarquage> {
   std::shared_ptr<Mandor> XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeMandor, ImagePdf& iPdf);
 
   // The ".cnf" and ".xnf" files found in the folder when FullPath was last set.
-  const std::vector<std::string>& FolderFiles() const { return folder_files_; }
+  const std::vector<std::string>& FolderFiles() const { return state_.folder_files; }
 
  private:
-  // Reading passes over a loaded workbook (xml_reader.cpp).
-  void XML_ReadMandor(pugi::xml_node oNode);
-  void XML_ReadTVA(pugi::xml_node oNode);
-  void XML_ReadTable(pugi::xml_node oNode);
-  std::shared_ptr<CFont> GetFont(pugi::xml_node oXmlFont, std::shared_ptr<CFont> oParentFont1,
-                                 std::shared_ptr<CFont> oParentFont2);
-  void XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
-  void XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
-  void XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes, const std::shared_ptr<Mandor>& oMandor);
-  void XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor);
-  std::shared_ptr<CRegle> XML_ReadRowRuler(const ElementAttributes& oIRow, pugi::xml_node oIlm,
-                                           const std::shared_ptr<Mandor>& oMandor, size_t number);
-  void XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
-                     const std::shared_ptr<CRegle>& oRegleH);
-  // A field from the attributes of its element (the field attributes of
-  // xml_reader.cpp, read once for the table walk and the field).
-  void XML_ReadCell(const ElementAttributes& oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
-                    const std::shared_ptr<CRegle>& oRegleH);
-  std::shared_ptr<CChamp> XML_ReadChamp(const ElementAttributes& oNode, const std::shared_ptr<Mandor>& oMandor, long lCounter,
-                                        bool bRecurrent, bool bDataContrat, const std::shared_ptr<CRegle>& oRegleH);
+  friend class CatalogueReader;  // builds the next State of a read (xml_reader.cpp)
 
-  void ScanFolder();
+  // What the catalogue holds besides its public members. A workbook read
+  // builds the next State whole and swaps it in, so that a read that fails
+  // leaves the catalogue as it was.
+  struct State {
+    Collection<Mandor> documents;
+    std::string full_path;
+    std::string folder;  // with its separator
+    std::string file;
+    std::string name;
+    std::vector<std::string> folder_files;
 
-  // Look-ups built once per reading pass instead of a query per row or field
-  // (xml_reader.cpp).
-  struct ReaderIndex;
-  struct ReaderIndexes;
-  ReaderIndex& IndexFor(const std::shared_ptr<Mandor>& oMandor);
+    // Stores the full path and, when it holds a folder separator, the
+    // folder, file and name it gives, and the folder's text markings.
+    void SetFullPath(const std::string& value);
+  };
 
-  Collection<Mandor> documents_;
-  std::string full_path_;
-  std::string folder_;
-  std::string file_;
-  std::string name_;
-  std::vector<std::string> folder_files_;
-  std::shared_ptr<ReaderIndexes> reader_indexes_;
+  // A document made from an mn:Image element, owned by this catalogue but
+  // not yet in any collection (AddItemWithNode, the reader).
+  std::shared_ptr<Mandor> DocumentFromNode(const pugi::xml_node& oNode, std::string sPath);
+
+  State state_;
 };
 
 }  // namespace mandor

@@ -25,8 +25,8 @@ namespace mandor {
 
 std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeMandor, ImagePdf& iPdf) {
   WorkbookDocument workbook;
-  if (!workbook.Load(full_path_)) {
-    CurrentPlatform().Message("Impossible d'ouvrir le fichier XML [" + full_path_ + "] !", kDefaultMessageTitle,
+  if (!workbook.Load(state_.full_path)) {
+    CurrentPlatform().Message("Impossible d'ouvrir le fichier XML [" + state_.full_path + "] !", kDefaultMessageTitle,
                               MessageStyle::kCritical);
     return nullptr;
   }
@@ -37,7 +37,7 @@ std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeM
   // The former act, if any, gives its number to the new one and goes, both
   // from the file and from the catalogue.
   std::shared_ptr<Mandor> former;
-  for (const auto& document : documents_) {
+  for (const auto& document : state_.documents) {
     if (document->Type_Document == document->DOCUMENT_AE()) {
       former = document;
       break;
@@ -52,7 +52,7 @@ std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeM
         break;
       }
     }
-    documents_.Remove(former->Id);
+    state_.documents.Remove(former->Id);
   }
 
   // The first number from n that no image of the file uses. A key the
@@ -60,10 +60,10 @@ std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeM
   // fail once the former act is gone.
   std::unordered_set<std::string> used;
   for (const pugi::xml_node& image : XmlSelectNodes(xml, "//mn:Image")) used.insert(image.attribute("mn:ID").value());
-  while (used.count("mn" + std::to_string(n)) != 0 || documents_.Contains("mn" + std::to_string(n))) ++n;
+  while (used.count("mn" + std::to_string(n)) != 0 || state_.documents.Contains("mn" + std::to_string(n))) ++n;
 
   act->Id = "mn" + std::to_string(n);
-  documents_.Add(act, act->Id);
+  state_.documents.Add(act, act->Id);
   act->oOwnerMarquage(shared_from_this());
   // The act is the catalogue's engagement act from now on, as its mn:Type
   // says, so that the next act replaces it.
@@ -110,7 +110,7 @@ std::shared_ptr<Mandor> cMarquage::XML_AddNewAE(std::shared_ptr<Mandor>& oTmpAeM
   }
   act->numero_page = 1;
 
-  workbook.Save(full_path_);
+  workbook.Save(state_.full_path);
   return act;
 }
 

@@ -31,6 +31,7 @@
 #include "mandor/util/internal/number.h"
 #include "mandor/util/internal/text.h"
 #include "mandor/util/platform.h"
+#include "mandor/xml/internal/workbook.h"
 #include "mandor/xml/internal/xml_access.h"
 
 namespace mandor {
@@ -70,6 +71,14 @@ pugi::xml_node FontElement(const pugi::xml_node& parent) {
   return parent.child("iFont");
 }
 
+// True when the first text node of an element, in a document loaded without
+// its blank text, may have had a blank one before it: one that is not the
+// element's first child, or a CDATA section, which blank text can precede.
+bool MayFollowBlankText(const pugi::xml_text& text) {
+  const pugi::xml_node node = text.data();
+  return node && (node != node.parent().first_child() || node.type() != pugi::node_pcdata);
+}
+
 bool IsNumber(std::string_view text) {
   if (text.empty()) return false;  // most optional attributes are absent
   return WholeNumber(text) || IsNumericText(NombreVersLocal(text), CurrentPlatform().locale());
@@ -94,101 +103,140 @@ std::vector<pugi::xml_node> ChildrenWithId(const pugi::xml_node& parent, const c
   return found;
 }
 
-}  // namespace
-
-// Rulers by name for the document being read. Regles_V and Regles_H are keyed
+// Rulers by name for one document being read. Regles_V and Regles_H are keyed
 // by the rulers' Ids ("001", "00001"), while fields name their vertical ruler
 // and rows their "mn:RefersTo" ruler by Nom; a name look-up through the keyed
-// collections would never find them. Each side is indexed when first asked:
-// the horizontal one only serves rows without a name of their own.
-struct cMarquage::ReaderIndex {
-  std::weak_ptr<Mandor> document;  // an index never outlives its document's identity
-  const Mandor* rulers_of = nullptr;  // the document, while IndexFor's caller holds it
-  long vertical_count = -1;
-  long horizontal_count = -1;
-  std::optional<Collection<CRegle>> vertical;    // keyed by Nom: the first ruler of a name
-  std::optional<Collection<CRegle>> horizontal;  // idem
-  std::array<std::pair<std::string, std::shared_ptr<CRegle>>, 8> recent_vertical;  // name asked -> answer
-  size_t next_recent = 0;
-
+// collections would never find them. Each side is indexed when first asked,
+// and again when its rulers have changed since: the horizontal one only
+// serves rows without a name of their own.
+class RulerIndex {
+ public:
   // Fields name the few columns over and over: the last names asked for
   // are answered without a case-blind look-up.
-  std::shared_ptr<CRegle> Vertical(std::string_view name) {
-    for (const auto& [asked, regle] : recent_vertical) {
+  std::shared_ptr<CRegle> Vertical(const Mandor& document, std::string_view name) {
+    for (const auto& [asked, regle] : recent_vertical_) {
       if (asked == name) return regle;
     }
-    std::shared_ptr<CRegle> regle = Find(vertical, rulers_of->Regles_V, name);
-    recent_vertical[next_recent++ % recent_vertical.size()] = {std::string(name), regle};
+    const long before = vertical_.count;
+    std::shared_ptr<CRegle> regle = vertical_.Find(document.Regles_V, name);
+    if (vertical_.count != before) recent_vertical_ = {};
+    recent_vertical_[next_recent_++ % recent_vertical_.size()] = {std::string(name), regle};
     return regle;
   }
-  std::shared_ptr<CRegle> Horizontal(std::string_view name) { return Find(horizontal, rulers_of->Regles_H, name); }
+  std::shared_ptr<CRegle> Horizontal(const Mandor& document, std::string_view name) {
+    return horizontal_.Find(document.Regles_H, name);
+  }
 
  private:
-  static std::shared_ptr<CRegle> Find(std::optional<Collection<CRegle>>& by_name, const Collection<CRegle>& rulers,
-                                      std::string_view name) {
-    if (!by_name) {
-      by_name.emplace();
-      for (const auto& regle : rulers) {
-        if (regle) by_name->TryAdd(regle, regle->Nom);
+  struct ByName {
+    long count = -1;  // the rulers' count when indexed
+    Collection<CRegle> rulers;  // keyed by Nom: the first ruler of a name
+
+    std::shared_ptr<CRegle> Find(const Collection<CRegle>& all, std::string_view name) {
+      if (count != all.Count()) {
+        count = all.Count();
+        rulers.Clear();
+        for (const auto& regle : all) {
+          if (regle) rulers.TryAdd(regle, regle->Nom);
+        }
       }
+      const std::shared_ptr<CRegle>* found = rulers.Find(name);
+      return found ? *found : nullptr;
     }
-    const std::shared_ptr<CRegle>* found = by_name->Find(name);
-    return found ? *found : nullptr;
-  }
+  };
+  ByName vertical_;
+  ByName horizontal_;
+  std::array<std::pair<std::string, std::shared_ptr<CRegle>>, 8> recent_vertical_;  // name asked -> answer
+  size_t next_recent_ = 0;
 };
 
-// One index per document, rebuilt only when the document's rulers have
-// changed since: once per document and pass, though the table pass reads the
-// documents row by row, in turn.
-struct cMarquage::ReaderIndexes {
-  std::unordered_map<const Mandor*, ReaderIndex> of_document;  // nodes stay put as it grows
-  const Mandor* last_document = nullptr;
-  ReaderIndex* last = nullptr;  // of_document[last_document]
+}  // namespace
+
+// One read of a catalogue workbook into the catalogue's next state: the
+// documents, the name and the folder, and the VAT rate it brings. The
+// catalogue's own state changes only at Commit. The documents read link to
+// the catalogue's font and currencies as they are read, so these two take
+// the workbook's at once, and get their former values back if the read
+// fails (throws) before Commit.
+class CatalogueReader {
+ public:
+  CatalogueReader(cMarquage& catalogue, const std::string& file)
+      : catalogue_(catalogue), next_(catalogue.state_), font_(catalogue.Font), devises_(catalogue.oDevises) {
+    next_.SetFullPath(file);
+  }
+  ~CatalogueReader() {
+    if (committed_) return;
+    catalogue_.Font = std::move(font_);
+    catalogue_.oDevises = std::move(devises_);
+  }
+  CatalogueReader(const CatalogueReader&) = delete;
+  CatalogueReader& operator=(const CatalogueReader&) = delete;
+
+  void Read(const pugi::xml_node& root, const std::string& file);
+
+  void Commit() {
+    std::swap(catalogue_.state_, next_);
+    if (tva_) {
+      for (const auto& document : catalogue_.state_.documents) document->TVA = *tva_;
+    }
+    committed_ = true;
+  }
+
+ private:
+  std::shared_ptr<CFont> GetFont(pugi::xml_node oXmlFont, std::shared_ptr<CFont> oParentFont1,
+                                 std::shared_ptr<CFont> oParentFont2) {
+    return CFont::ReadXmlFont(oXmlFont, std::move(oParentFont1), std::move(oParentFont2));
+  }
+  void XML_ReadMandor(pugi::xml_node oNode);
+  void XML_ReadTVA(pugi::xml_node oNode);
+  void XML_ReadTable(pugi::xml_node oNode);
+  void XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes, const std::shared_ptr<Mandor>& oMandor);
+  void XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor);
+  std::shared_ptr<CRegle> XML_ReadRowRuler(const ElementAttributes& oIRow, pugi::xml_node oIlm,
+                                           const std::shared_ptr<Mandor>& oMandor, size_t number);
+  void XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
+                     const std::shared_ptr<CRegle>& oRegleH);
+  // A field from the attributes of its element, read once for the table
+  // walk and the field.
+  void XML_ReadCell(const ElementAttributes& oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
+                    const std::shared_ptr<CRegle>& oRegleH);
+  std::shared_ptr<CChamp> XML_ReadChamp(const ElementAttributes& oNode, const std::shared_ptr<Mandor>& oMandor,
+                                        long lCounter, bool bRecurrent, bool bDataContrat,
+                                        const std::shared_ptr<CRegle>& oRegleH);
+  RulerIndex& IndexFor(const Mandor& document) {
+    // The fields of one document come in runs: the last index found is tried first.
+    if (last_document_ != &document) {
+      last_index_ = &indexes_[&document];  // nodes stay put as the map grows
+      last_document_ = &document;
+    }
+    return *last_index_;
+  }
+
+  cMarquage& catalogue_;
+  cMarquage::State next_;
+  std::shared_ptr<CFont> font_;       // the catalogue's before the read
+  std::shared_ptr<Devises> devises_;  // idem
+  std::optional<float> tva_;
+  bool committed_ = false;
+  std::unordered_map<const Mandor*, RulerIndex> indexes_;
+  const Mandor* last_document_ = nullptr;
+  RulerIndex* last_index_ = nullptr;
 };
-
-cMarquage::ReaderIndex& cMarquage::IndexFor(const std::shared_ptr<Mandor>& oMandor) {
-  if (!reader_indexes_) reader_indexes_ = std::make_shared<ReaderIndexes>();
-  // The fields of one document come in runs: the last index found is tried first.
-  ReaderIndexes& indexes = *reader_indexes_;
-  if (indexes.last_document != oMandor.get()) {
-    indexes.last = &indexes.of_document[oMandor.get()];
-    indexes.last_document = oMandor.get();
-  }
-  ReaderIndex& index = *indexes.last;
-  index.rulers_of = oMandor.get();
-  // The same document (compared by ownership, without taking a reference)
-  // with the same rulers: the index holds.
-  const bool same_document = !index.document.expired() && !index.document.owner_before(oMandor) &&
-                             !oMandor.owner_before(index.document);
-  if (same_document && index.vertical_count == oMandor->Regles_V.Count() &&
-      index.horizontal_count == oMandor->Regles_H.Count()) {
-    return index;
-  }
-  index.document = oMandor;
-  index.vertical_count = oMandor->Regles_V.Count();
-  index.horizontal_count = oMandor->Regles_H.Count();
-  index.vertical.reset();
-  index.horizontal.reset();
-  index.recent_vertical = {};
-  return index;
-}
-
-std::shared_ptr<CFont> cMarquage::GetFont(pugi::xml_node oXmlFont, std::shared_ptr<CFont> oParentFont1,
-                                          std::shared_ptr<CFont> oParentFont2) {
-  return CFont::ReadXmlFont(oXmlFont, std::move(oParentFont1), std::move(oParentFont2));
-}
 
 // Header pass. Any failure here (a non-numeric "mn:Orientation" or "mn:H", a
 // duplicate document ID) is fatal to the read and reaches the caller.
-void cMarquage::XML_ReadMandor(pugi::xml_node oNode) {
-  Font = GetFont(FontElement(oNode), nullptr, nullptr);
-  name_ = Attr(oNode, "mn:Name");
+void CatalogueReader::XML_ReadMandor(pugi::xml_node oNode) {
+  catalogue_.Font = GetFont(FontElement(oNode), nullptr, nullptr);
+  next_.name = Attr(oNode, "mn:Name");
   std::string decimals = "2";
   const std::string header_dec = Attr(oNode, "mn:Dec");
   if (IsNumber(header_dec)) decimals = std::to_string(Integer(header_dec));
 
   for (const pugi::xml_node& image : XmlSelectNodes(oNode, "mn:Image")) {
-    std::shared_ptr<Mandor> document = AddItemWithNode(image, Path());
+    std::shared_ptr<Mandor> document = catalogue_.DocumentFromNode(image, next_.folder);
+    next_.documents.Add(document, document->Id);
     document->Orientation = Integer(Attr(image, "mn:Orientation"));
     document->HauteurChamp = Single(Attr(image, "mn:H"));
 
@@ -197,14 +245,14 @@ void cMarquage::XML_ReadMandor(pugi::xml_node oNode) {
     if (IsNumber(devise)) {
       document->iDevise(Integer(devise));
     } else {
-      if (!oDevises) oDevises = std::make_shared<Devises>();
-      document->iDevise(oDevises->FindPos(devise));
+      if (!catalogue_.oDevises) catalogue_.oDevises = std::make_shared<Devises>();
+      document->iDevise(catalogue_.oDevises->FindPos(devise));
       document->Devise(devise);
     }
 
     const std::string image_dec = Attr(image, "mn:Dec");
     document->Decimales = Integer(IsNumber(image_dec) ? image_dec : decimals);
-    document->Font(GetFont(FontElement(image), document->oOwnerMarquage()->Font, nullptr));
+    document->Font(GetFont(FontElement(image), catalogue_.Font, nullptr));
 
     XML_ReadColumns(image, document);
     XML_ReadPages(image, document);
@@ -216,14 +264,13 @@ void cMarquage::XML_ReadMandor(pugi::xml_node oNode) {
 // Every document gets the one VAT rate of the set. A rate that is missing
 // or not a number leaves the documents' TVA as it was rather than failing
 // the whole catalogue.
-void cMarquage::XML_ReadTVA(pugi::xml_node oNode) {
+void CatalogueReader::XML_ReadTVA(pugi::xml_node oNode) {
   const std::string text = XmlGetNode(oNode, "TVA").text().get();
   if (!IsNumber(text)) return;
-  const float tva = Single(text);
-  for (const auto& document : documents_) document->TVA = tva;
+  tva_ = Single(text);
 }
 
-void cMarquage::XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor) {
+void CatalogueReader::XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor) {
   try {
     const std::vector<pugi::xml_node> columns = XmlSelectNodes(oImage, "mn:iCol");
     for (size_t i = 0; i < columns.size(); ++i) {
@@ -245,7 +292,7 @@ void cMarquage::XML_ReadColumns(pugi::xml_node oImage, const std::shared_ptr<Man
   }
 }
 
-void cMarquage::XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor) {
+void CatalogueReader::XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mandor>& oMandor) {
   for (const pugi::xml_node& xml_page : XmlSelectNodes(oImage, "mn:iPage")) {
     auto page = std::make_shared<CPage>();
     page->oOwnerMandor = oMandor;
@@ -267,7 +314,7 @@ void cMarquage::XML_ReadPages(pugi::xml_node oImage, const std::shared_ptr<Mando
 // Recurrent fields go into Champs, and also into ChampsRecurrents: the
 // writer rebuilds "mn:ChampsRecurrents" from ChampsRecurrents, so a field
 // kept only in Champs would vanish from the catalogue at the next save.
-void cMarquage::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes,
+void CatalogueReader::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNodes,
                                          const std::shared_ptr<Mandor>& oMandor) {
   for (size_t i = 0; i < oNodes.size(); ++i) {
     std::shared_ptr<CChamp> champ =
@@ -279,7 +326,7 @@ void cMarquage::XML_ReadChampsRecurrents(const std::vector<pugi::xml_node>& oNod
 
 // A failure here (a duplicate name, a page that does not exist) is fatal to
 // the read, as in the header pass.
-void cMarquage::XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor) {
+void CatalogueReader::XML_ReadDataContrat(pugi::xml_node oNode, const std::shared_ptr<Mandor>& oMandor) {
   long counter = 0;
   for (pugi::xml_node cell = oNode.child("mn:iCell"); cell; cell = cell.next_sibling("mn:iCell")) {
     std::shared_ptr<CChamp> champ = XML_ReadChamp(FieldAttributes(cell), oMandor, counter++, false, true, nullptr);
@@ -310,10 +357,10 @@ struct DocumentRows {
 // cells, so that a "mn:RefersTo" may name a line further down as well as
 // one above. An error in one row leaves that row (or what is left of
 // it) out of that document, and the rest is read.
-void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
+void CatalogueReader::XML_ReadTable(pugi::xml_node oNode) {
   std::vector<DocumentRows> reading;
   std::unordered_map<std::string_view, size_t> by_id;
-  for (const auto& document : documents_) {
+  for (const auto& document : next_.documents) {
     by_id.emplace(document->Id, reading.size());
     reading.push_back(DocumentRows{document, {}, {}, {}, 0, {}});
   }
@@ -361,7 +408,7 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
       const size_t r = of.next++;
       try {
         std::shared_ptr<CRegle> regle = of.rulers[r];
-        if (!regle) regle = IndexFor(of.document).Horizontal(Attr(of.i_rows[r], "mn:RefersTo"));
+        if (!regle) regle = IndexFor(*of.document).Horizontal(*of.document, Attr(of.i_rows[r], "mn:RefersTo"));
         // A field's position is that of its cell among the row's cells of
         // the document.
         long position = -1;
@@ -383,7 +430,7 @@ void cMarquage::XML_ReadTable(pugi::xml_node oNode) {
 // The ruler of the document that row `number` of its rows makes, from the
 // attributes of its "mn:iRow" and the row's "mn:ILM" (null for a row without
 // a name, or one that cannot be read).
-std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(const ElementAttributes& oIRow, pugi::xml_node oIlm,
+std::shared_ptr<CRegle> CatalogueReader::XML_ReadRowRuler(const ElementAttributes& oIRow, pugi::xml_node oIlm,
                                                     const std::shared_ptr<Mandor>& oMandor, size_t number) {
   try {
     auto regle = std::make_shared<CRegle>();
@@ -417,7 +464,7 @@ std::shared_ptr<CRegle> cMarquage::XML_ReadRowRuler(const ElementAttributes& oIR
 }
 
 // The page-level cells of a page: every "mn:iCell" of the document in them.
-void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
+void CatalogueReader::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const std::shared_ptr<Mandor>& oMandor,
                               const std::shared_ptr<CRegle>& oRegleH) {
   for (size_t position = 0; position < oCells.size(); ++position) {
     for (const pugi::xml_node& i_cell : ChildrenWithId(oCells[position], "mn:iCell", oMandor->Id)) {
@@ -430,7 +477,7 @@ void cMarquage::XML_ReadCells(const std::vector<pugi::xml_node>& oCells, const s
 // out (the collections refuse a second entry under one key); the other
 // fields are read. A field whose page does not exist stays in the document's
 // Champs only.
-void cMarquage::XML_ReadCell(const ElementAttributes& oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
+void CatalogueReader::XML_ReadCell(const ElementAttributes& oICell, const std::shared_ptr<Mandor>& oMandor, long lPosition,
                              const std::shared_ptr<CRegle>& oRegleH) {
   std::shared_ptr<CChamp> champ = XML_ReadChamp(oICell, oMandor, lPosition, false, false, oRegleH);
   const std::string name = champ->Nom();
@@ -450,7 +497,7 @@ void cMarquage::XML_ReadCell(const ElementAttributes& oICell, const std::shared_
 
 // One field. Each property is read on its own: a bad value in one attribute
 // leaves that property at its former value and the rest is still read.
-std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, const std::shared_ptr<Mandor>& oMandor,
+std::shared_ptr<CChamp> CatalogueReader::XML_ReadChamp(const ElementAttributes& attr, const std::shared_ptr<Mandor>& oMandor,
                                                  long lCounter, bool bRecurrent, bool bDataContrat,
                                                  const std::shared_ptr<CRegle>& oRegleH) {
   // The field's font is the one read below, so the default one is not made.
@@ -462,7 +509,7 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
 
   // Rulers, found by name (the name setters look them up by key, which
   // finds nothing here).
-  std::shared_ptr<CRegle> regle_v = IndexFor(oMandor).Vertical(champ->NomRegleV());
+  std::shared_ptr<CRegle> regle_v = IndexFor(*oMandor).Vertical(*oMandor, champ->NomRegleV());
   champ->HangOn(regle_v, oRegleH);
 
   // Own position where given, else the rulers'.
@@ -531,6 +578,67 @@ std::shared_ptr<CChamp> cMarquage::XML_ReadChamp(const ElementAttributes& attr, 
     champ->InitialValue(std::string(attr[kValue]));
   }
   return champ;
+}
+
+void CatalogueReader::Read(const pugi::xml_node& root, const std::string& file) {
+  if (pugi::xml_node header = XmlSelectNode(root, "Workbook/mn:MANDOR")) XML_ReadMandor(header);
+  constexpr std::string_view kProperties = "Workbook/CustomDocumentProperties";
+  if (pugi::xml_node properties = XmlSelectNode(root, kProperties)) {
+    // The rate is the first text of its element, which may be blank text
+    // the load left out; then it is read from the whole file.
+    WorkbookDocument whole;
+    if (MayFollowBlankText(XmlGetNode(properties, "TVA").text()) && whole.Load(file)) {
+      properties = XmlSelectNode(whole.document(), kProperties);
+    }
+    XML_ReadTVA(properties);
+  }
+  // The name goes into the query as an XPath literal; a name holding "'"
+  // is quoted with '"' instead so that the query stays well-formed.
+  const char quote = next_.name.find('\'') == std::string::npos ? '\'' : '"';
+  const std::string table_query =
+      std::string("Workbook/Worksheet[@ss:Name=") + quote + next_.name + quote + "]/Table";
+  if (pugi::xml_node table = XmlSelectNode(root, table_query)) XML_ReadTable(table);
+}
+
+std::shared_ptr<cMarquage> cMarquage::XML_ReadCNF(const std::string& sFile) {
+  // The workbook is dropped after the read: its blank text is not needed.
+  WorkbookDocument workbook;
+  if (!workbook.Load(sFile, WorkbookDocument::Keep::kWithoutBlankText)) return nullptr;
+  CatalogueReader reader(*this, sFile);
+  reader.Read(workbook.document(), sFile);
+  reader.Commit();
+  return shared_from_this();
+}
+
+std::shared_ptr<Mandor> cMarquage::DocumentFromNode(const pugi::xml_node& oNode, std::string sPath) {
+  if (sPath.empty() || (sPath.back() != '\\' && sPath.back() != '/')) sPath += '\\';
+  auto document = std::make_shared<Mandor>();
+  document->Id = XmlGetAttribute(oNode, "mn:ID").value();
+  const std::string image_name = XmlGetAttribute(oNode, "mn:Name").value();
+  const long length = static_cast<long>(CharLength(image_name));
+  if (length < 4) ThrowError(kInvalidArgument);
+  document->Nom_Document(Left(image_name, length - 4));
+  const std::string type = XmlGetAttribute(oNode, "mn:Type").value();
+  if (type == "DET" || type == "DQE") {
+    document->Type_Document = document->DOCUMENT_DETAIL();
+  } else if (type == "BPX" || type == "BPU") {
+    document->Type_Document = document->DOCUMENT_PRIX();
+  } else if (type == "AE" || type == "PC") {
+    document->Type_Document = document->DOCUMENT_AE();
+  } else {
+    // A code outside the table gives no kind: the one Nom_Document derived
+    // from the file name ("..._ae" would make an engagement act) is dropped.
+    document->Type_Document.clear();
+  }
+  document->Répertoire_Document = sPath;
+  document->oOwnerMarquage(shared_from_this());
+  return document;
+}
+
+std::shared_ptr<Mandor> cMarquage::AddItemWithNode(pugi::xml_node oNode, std::string sPath) {
+  std::shared_ptr<Mandor> document = DocumentFromNode(oNode, std::move(sPath));
+  state_.documents.Add(document, document->Id);
+  return document;
 }
 
 }  // namespace mandor
