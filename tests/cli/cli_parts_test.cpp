@@ -1,7 +1,9 @@
 // Parts of the command tested on their own: the streamed JSON writer against
-// the whole-document dump it replaces, and the standard-stream buffer that
-// escapes control characters however the text is split. (Write failures are
-// checked end to end in cli_daily_test.cpp.)
+// the whole-document dump it replaces, the standard-stream buffer that
+// escapes control characters however the text is split (write failures are
+// checked end to end in cli_daily_test.cpp), and the platform the program
+// installs: one line per message, questions answered by --yes, every message
+// kept for the JSON.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/cli_platform.h"
 #include "cli/json_dump.h"
 #include "cli/output.h"
 #include "tests/test_util.h"
@@ -103,6 +106,20 @@ TEST(PrintableText, EscapesControlsAndKeepsTextWhateverTheWriteSizes) {
   }
   close(fd);
   unlink(name);
+}
+
+TEST(CliPlatform, PrintsRecordsAndAnswers) {
+  EXPECT_EQ(MessageLine("Erreur Fichier", "ligne 1\r\nligne 2\nligne 3\rfin"),
+            "[Erreur Fichier] ligne 1\\nligne 2\\nligne 3\\nfin");
+  std::ostringstream err;
+  CliPlatform no(err, false), yes(err, true);
+  no.Message("Fichier absent", "Erreur Fichier", mandor::MessageStyle::kExclamation);
+  EXPECT_FALSE(no.AskYesNo("Voulez vous écraser\nle marquage ?", ""));
+  EXPECT_TRUE(yes.AskYesNo("Écraser ?", "Question"));
+  EXPECT_EQ(err.str(), "[Erreur Fichier] Fichier absent\n[MandorDLL] Voulez vous écraser\\nle marquage ?\n"
+                       "[Question] Écraser ?\n");
+  ASSERT_EQ(no.messages().size(), 2u);
+  EXPECT_EQ(no.messages()[1].text, "Voulez vous écraser\nle marquage ?");  // unescaped, for the JSON
 }
 
 }  // namespace

@@ -76,11 +76,8 @@ TEST_F(BookTest, ReadsCellsDataContractValuesAndFieldsWithoutAPlace) {
     int decimals;
   } cases[] = {
       {"mn1", "L2_PU", Place::kCell, "612,5", 612.5, 2},  // a number cell, in the comma locale
-      {"mn2", "L2_PU", Place::kCell, "612,5", 612.5, 2},  // the same cell seen from the price schedule
-      {"mn2", "L2_PULettres", Place::kCell, "Six cent douze euros et cinquante centimes", none, -1},
       // Data contract: "mn:Value", read as a number only when it is one.
       {"mn3", "SIRET", Place::kDataContract, "412 345 678 00021", none, -1},
-      {"mn3", "RaisonSociale", Place::kDataContract, "Menuiserie Lefèvre & Fils", none, -1},
       // A page total without decimals of its own takes the document's ("mn:Dec"
       // 0 reads as none); a quantity, its column's.
       {"mn1", "TA1", Place::kPageCell, "", none, 2},
@@ -103,6 +100,12 @@ TEST_F(BookTest, ReadsCellsDataContractValuesAndFieldsWithoutAPlace) {
   EXPECT_EQ(DisplayText(*mn1, mn1->Champs.Item("L4_PT"), pt, platform_->locale()), "1\xC2\xA0" "986,60");
   EXPECT_EQ(DisplayText(*mn1, mn1->Champs.Item("L4_PT"), pt, platform_->locale(), Picture::kPrint), "1986,60");
   EXPECT_EQ(book->Values(mn1).size(), static_cast<size_t>(mn1->Champs.Count()));
+  // The model shows the displayed texts of that document only.
+  book->ShowInModel(mn1, platform_->locale());
+  book->ShowInModel(nullptr, platform_->locale());
+  EXPECT_EQ(mn1->Champs.Item("L4_PT")->valeur(), "1\xC2\xA0" "986,60");
+  EXPECT_EQ(mn1->Champs.Item("L4_Qté")->valeur(), "236,50");
+  EXPECT_EQ(catalogue_->Item("mn2")->Champs.Item("L2_PULettres")->valeur(), "");
 }
 
 // The detail estimate filled with samples/prix-menuiseries.csv. Quantities
@@ -181,16 +184,6 @@ TEST_F(BookTest, AFailedWriteLeavesTheCatalogueUnchanged) {
   platform_->ClearFailures();
   EXPECT_EQ(*platform_->FileBytes(kCatalogue), before);
   EXPECT_FALSE(platform_->FileExists(std::string(kCatalogue) + ".tmp"));
-}
-
-TEST_F(BookTest, ShowInModelGivesEveryFieldWithAValueItsDisplayedText) {
-  const auto book = Open();
-  const auto document = catalogue_->Item("mn1");
-  book->ShowInModel(document, platform_->locale());
-  EXPECT_EQ(document->Champs.Item("L4_PT")->valeur(), "1\xC2\xA0" "986,60");
-  EXPECT_EQ(document->Champs.Item("L4_Qté")->valeur(), "236,50");
-  EXPECT_EQ(catalogue_->Item("mn2")->Champs.Item("L2_PULettres")->valeur(), "");  // another document
-  book->ShowInModel(nullptr, platform_->locale());                                 // no crash
 }
 
 TEST_F(BookTest, BadInputIsRefusedWholeWithEveryProblemNamed) {
