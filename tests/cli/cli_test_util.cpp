@@ -129,10 +129,11 @@ nlohmann::ordered_json ParseJson(const std::string& text) {
   }
 }
 
-std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir) {
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir,
+                       const std::map<std::string, std::string>& env) {
   std::string transcript;
   for (const auto& args : commands) {
-    const CliResult r = RunCli(args);
+    const CliResult r = RunCli(args, env);
     transcript += "==";
     for (const auto& arg : args) transcript += " " + arg;
     transcript += "\nstatus " + std::to_string(r.status) + "\n" + r.out + "-- stderr\n" + r.err;

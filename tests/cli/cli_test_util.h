@@ -56,8 +56,9 @@ std::string SampleWith(const std::string& name, const std::string& from, const s
 nlohmann::ordered_json ParseJson(const std::string& text);
 
 // Each command line's status, standard output and standard error, one after
-// the other, with `dir` written "@TMP@".
-std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir);
+// the other, with `dir` written "@TMP@"; `env` as RunCli's.
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir,
+                       const std::map<std::string, std::string>& env = {});
 // Expects `output` to equal tests/data/<data_file>, with the samples and test
 // data folders written "@SAMPLES@" and "@DATA@".
 void ExpectOutputAs(std::string output, const std::string& data_file);
