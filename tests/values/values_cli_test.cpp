@@ -31,17 +31,21 @@ TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
   WriteBytes(broken, SampleWith("menuiseries.xml", "mn:Formula=\"L3_Qté*L3_PU\"", "mn:Formula=\"L3_Qté*(L3_PU\""));
   WriteBytes(dir.File("bad.csv"), "L1_PU;400\nL2_PU\n");
   CopyTo(Sample("dqe-menuiseries.det.xnf"), xnf);
+  CopyTo(Sample("dqe-menuiseries.det.cnf"), dir.File("dqe.det.cnf"));
   std::string transcript = Transcript({{"set", file, "--doc", "mn1", "L1_PU=400", "-n"},
                                        {"fill", file, "--values", csv, "--dry-run"},
-                                       {"set", file, "L1_PU=500", "L9_PU=3"},
+                                       {"set", file, "--doc", "mn1", "L1_PU=410", "L1_PX=12", "L2_PU=douze",
+                                        "L3_PU=1000000000000000", "L1_PT=12", "Référence_Marché=M-2024-17"},
                                        {"set", file, "L1_PU=cher"},
                                        {"fill", file, "--values", dir.File("bad.csv")},
                                        {"set", file, "L1_PU"},
-                                       {"set", xnf, "L1_Prix unitaire=12"},
+                                       {"set", xnf, "L1_Prix unitaire=12", "L1_Qté=beaucoup"},
+                                       {"set", dir.File("dqe.det.cnf"), "L1_Qté=3"},
                                        {"compute", broken, "--doc", "mn1"},
                                        {"set", broken, "L1_PU=400"}},
                                       dir, kFrench);
   EXPECT_EQ(ReadBytes(file), bytes);
+  EXPECT_EQ(ReadBytes(dir.File("dqe.det.cnf")), ReadBytes(Sample("dqe-menuiseries.det.cnf")));
   EXPECT_EQ(ReadBytes(broken), SampleWith("menuiseries.xml", "L3_Qté*L3_PU", "L3_Qté*(L3_PU"));
   transcript += Transcript({{"fill", file, "--values", csv, "--doc", "mn1"},
                             {"compute", file, "--doc", "mn1"},
@@ -56,7 +60,12 @@ TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
   EXPECT_EQ(values["L1_PU"]["nombre"], 395);
   EXPECT_EQ(values["L1_PU"]["texte"], "395");
   EXPECT_TRUE(values["Référence_Marché"]["nombre"].is_null());
-  EXPECT_EQ(ParseJson(RunCli({"dump", xnf}, kFrench).out)["documents"][0]["Valeurs"]["L1_Qté"]["nombre"], 16);
+  // The writer repeats the last quantity in the value text of every later
+  // field; they have no value of their own.
+  const auto quantities = ParseJson(RunCli({"dump", xnf}, kFrench).out)["documents"][0]["Valeurs"];
+  EXPECT_EQ(quantities["L1_Qté"]["nombre"], 16);
+  EXPECT_EQ(quantities["L2_Qté"]["nombre"], 6);
+  EXPECT_EQ(quantities["L1_Prix unitaire"]["texte"], "");
   ASSERT_EQ(RunCli({"render", file, "--doc", "mn1", "--page", "2", "-o", dir.File("p2.svg")}, kFrench).status, 0);
   const std::string svg = ReadBytes(dir.File("p2.svg"));
   EXPECT_NE(svg.find(">18\xC2\xA0" "184,58</text>"), std::string::npos);  // TD2, carried forward
