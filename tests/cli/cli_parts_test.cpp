@@ -1,74 +1,23 @@
-// Parts of the command tested on their own: the streamed JSON writer against
-// the whole-document dump it replaces, the standard-stream buffer that
-// escapes control characters however the text is split (write failures are
-// checked end to end in cli_daily_test.cpp), and the platform the program
-// installs: one line per message, questions answered by --yes, every message
-// kept for the JSON.
+// Parts of the command tested on their own: the standard-stream buffer that
+// escapes control characters however the text is split (write failures, and
+// the streamed JSON the dumps hold, are checked end to end), and the platform
+// the program installs: one line per message, questions answered by --yes,
+// every message kept for the JSON.
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <random>
 #include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "cli/cli_platform.h"
-#include "cli/json_dump.h"
 #include "cli/output.h"
 #include "tests/test_util.h"
 
 namespace mandor_cli {
 namespace {
-
-// Writes `value` through the stream writer, opening arrays and objects
-// piece by piece down to `split_depth`, whole values below it.
-void Stream(JsonStreamWriter& writer, const Json& value, int split_depth) {
-  if (split_depth <= 0 || !value.is_structured()) return writer.Value(value);
-  value.is_array() ? writer.BeginArray() : writer.BeginObject();
-  for (const auto& [name, member] : value.items()) {
-    if (value.is_object()) writer.Key(name);
-    Stream(writer, member, split_depth - 1);
-  }
-  value.is_array() ? writer.EndArray() : writer.EndObject();
-}
-
-Json RandomJson(std::mt19937& random, int depth) {
-  switch (random() % (depth > 0 ? 6 : 4)) {
-    case 0:
-      return Json(static_cast<int>(random() % 1000) - 500);
-    case 1:
-      return Json("t\u00e9xt \"" + std::to_string(random() % 100) + "\"\n\x01");
-    case 2:
-      return Json(random() % 2 == 0 ? Json(nullptr) : Json(random() % 2 == 0));
-    case 3:
-    case 4: {
-      Json array = Json::array();
-      for (unsigned i = random() % 4; i > 0; --i) array.push_back(RandomJson(random, depth - 1));
-      return array;
-    }
-    default: {
-      Json object = Json::object();
-      for (unsigned i = random() % 4; i > 0; --i) object["k" + std::to_string(i) + "é"] = RandomJson(random, depth - 1);
-      return object;
-    }
-  }
-}
-
-TEST(JsonStreamWriter, WritesWhatTheWholeDumpWrites) {
-  std::mt19937 random(20261124);
-  for (int round = 0; round < 300; ++round) {
-    const Json value = RandomJson(random, 5);
-    const std::string whole = value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-    for (int split = 0; split <= 5; ++split) {
-      std::ostringstream out;
-      JsonStreamWriter writer(out);
-      Stream(writer, value, split);
-      ASSERT_EQ(out.str(), whole) << "round " << round << ", split at depth " << split;
-    }
-  }
-}
 
 TEST(PrintableText, EscapesControlsAndKeepsTextWhateverTheWriteSizes) {
   const struct { std::string in, out; } cases[] = {
