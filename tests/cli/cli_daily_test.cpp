@@ -70,7 +70,8 @@ TEST(CliLocale, NoRealLocaleReadsTheFrenchFilesAsWrittenARealOneAndLocaleAreFoll
   for (const char* name : {"en", "EN_us", "it_CH"}) cases.push_back({"info", {"--locale", name}, {}, "2.5"});
   for (const Case& c : cases) {
     EXPECT_EQ(Shown(c.command, c.args, c.env), c.shown)
-        << c.command << " " << (c.args.empty() ? "" : c.args[1]) << " " << (c.env.empty() ? "" : c.env.rbegin()->second);
+        << c.command << " " << (c.args.empty() ? "" : c.args[1]) << " "
+        << (c.env.empty() ? "" : c.env.rbegin()->second);
   }
 }
 
@@ -79,7 +80,8 @@ TEST(CliLocale, WarnsOnceWhenTheMarkingsSeparatorIsNotTheLocales) {
   const CliResult point = RunCli(both, {{"LANG", "en_US.UTF-8"}});
   EXPECT_EQ(point.status, 0) << point.err;
   EXPECT_EQ(Occurrences(point.err, "warning:"), 1u) << point.err;
-  EXPECT_TRUE(Has(point.err, "decimal separator \",\" (SepDecExt) and the locale \".\"; pass --locale fr")) << point.err;
+  EXPECT_TRUE(Has(point.err, "decimal separator \",\" (SepDecExt) and the locale \".\"; pass --locale fr"))
+      << point.err;
   EXPECT_EQ(RunCli(both).err, "");
   EXPECT_EQ(RunCli(both, {{"LANG", "fr_BE.UTF-8"}}).err, "");
 }
@@ -184,8 +186,9 @@ TEST(CliDaily, FailuresChecksAndDifferencesSayWhat) {
                                               "mn:Name=\"Menu\xc2\x9b" "6n intérieures\""));
   // One field moved, given a formula and another quantity; then hung on
   // another row, in another size.
-  WriteBytes(dir.File("b.det.xnf"), SampleWith("dqe-menuiseries.det.xnf", "|14,00|Qt\xe9|0|L1|0|1||2|910|956|1520|1750|",
-                                              "|15,00|Qt\xe9|0|L1|0|1|2*7|2|910|956|1530|1760|"));
+  WriteBytes(dir.File("b.det.xnf"),
+             SampleWith("dqe-menuiseries.det.xnf", "|14,00|Qt\xe9|0|L1|0|1||2|910|956|1520|1750|",
+                        "|15,00|Qt\xe9|0|L1|0|1|2*7|2|910|956|1530|1760|"));
   WriteBytes(dir.File("c.det.xnf"), SampleWith("dqe-menuiseries.det.xnf", "|L1_Qt\xe9|Arial|10|64|14,00|Qt\xe9|0|L1|",
                                               "|L1_Qt\xe9|Arial|12|64|14,00|Qt\xe9|0|L2|"));
   const std::string catalogue = Sample("menuiseries.xml");

@@ -54,7 +54,8 @@ TEST(CsvTest, SeparatorsHeadersQuotesEncodingsAndMalformedLines) {
       // Semicolons, a header, CR LF, blank lines, blanks around the name.
       {"Nom;Valeur\r\nL1_PU;385,20\r\n\r\nL2_PU ; 12\r\n", "2:L1_PU=385,20 4:L2_PU=12 "},
       // Commas and quotes; no header when the first name is a known one.
-      {"L1_PU,\"385,20\"\nL2_Désignation,\"Porte \"\"EI 30\"\"\"\n", "1:L1_PU=385,20 2:L2_Désignation=Porte \"EI 30\" "},
+      {"L1_PU,\"385,20\"\nL2_Désignation,\"Porte \"\"EI 30\"\"\"\n",
+       "1:L1_PU=385,20 2:L2_Désignation=Porte \"EI 30\" "},
       // An unknown first name with a number is no header: it stays, to be refused by name.
       {"X1_PU;12\nL1_PU;3\n", "1:X1_PU=12 2:L1_PU=3 "},
       // UTF-8 with its byte order mark; Windows-1252.

@@ -32,9 +32,8 @@ std::string CatalogueWithWords() {
     const std::string name = "mn:Name=\"L" + std::to_string(n) + "_PULettres\"";
     const size_t at = bytes.find(name);
     EXPECT_NE(at, std::string::npos);
-    if (at != std::string::npos) {
-      bytes.insert(at + name.size(), " mn:Formula=\"LETTRES(L" + std::to_string(n) + "_PU)\"");
-    }
+    const std::string formula = " mn:Formula=\"LETTRES(L" + std::to_string(n) + "_PU)\"";
+    if (at != std::string::npos) bytes.insert(at + name.size(), formula);
   }
   return bytes;
 }
@@ -68,13 +67,8 @@ TEST_F(BookTest, ReadsCellsDataContractValuesAndFieldsWithoutAPlace) {
   const auto book = Open();
   // Decimals are not checked where -1.
   const std::optional<double> none;
-  const struct {
-    const char *doc, *name;
-    Place place;
-    const char* text;
-    std::optional<double> number;
-    int decimals;
-  } cases[] = {
+  const struct { const char *doc, *name; Place place; const char* text; std::optional<double> number; int decimals; }
+      cases[] = {
       {"mn1", "L2_PU", Place::kCell, "612,5", 612.5, 2},  // a number cell, in the comma locale
       // Data contract: "mn:Value", read as a number only when it is one.
       {"mn3", "SIRET", Place::kDataContract, "412 345 678 00021", none, -1},

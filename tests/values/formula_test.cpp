@@ -13,30 +13,19 @@
 namespace mandor::values {
 namespace {
 
-// A field with a value (no formula) or, when `formula` is given, a computed one.
-FormulaField Field(const std::string& name, double number, int page = 1, const std::string& column = "",
-                   const std::string& formula = "", int decimals = 2) {
-  FormulaField field;
-  field.name = name;
-  if (formula.empty()) {
-    field.number = number;
-    field.text = std::to_string(number);
-  }
-  field.formula = formula;
-  field.decimals = decimals;
-  field.page = page;
-  field.column = column;
-  return field;
+// An input field holding `number`, and a computed one.
+FormulaField Field(const std::string& name, double number, int page = 1, const std::string& column = "") {
+  return {name, "", 2, page, column, std::to_string(number), number};
 }
 FormulaField Computed(const std::string& name, const std::string& formula, int page = 1,
-                      const std::string& column = "") {
-  return Field(name, 0, page, column, formula);
+                      const std::string& column = "", int decimals = 2) {
+  return {name, formula, decimals, page, column, "", std::nullopt};
 }
 
 // The result of the single formula "formula" over the fields given.
 FormulaResult One(const std::string& formula, std::vector<FormulaField> fields = {}, int decimals = 2,
                   FormulaContext context = {}) {
-  fields.push_back(Field("R", 0, 1, "", formula, decimals));
+  fields.push_back(Computed("R", formula, 1, "", decimals));
   return ComputeFormulas(fields, context).back();
 }
 
@@ -74,12 +63,8 @@ TEST(FormulaTest, TvaEmptyValuesAndOrderOfComputation) {
   EXPECT_EQ(One("200*TVA/100", {Field("TVA", 20)}, 2, context).number, 40);  // a field of that name wins
   EXPECT_EQ(One("TVAX", {}, 2, context).error, "unknown name \"TVAX\"");
   // An empty value counts as zero, a text is an error.
-  FormulaField empty, text;
-  empty.name = "Prix";
-  text.name = "Unité";
-  text.text = "ml";
-  EXPECT_EQ(One("Prix*3", {empty}).number, 0);
-  EXPECT_EQ(One("Unité*3", {text}).error, "Unité holds \"ml\", not a number");
+  EXPECT_EQ(One("Prix*3", {{"Prix", "", 2, 1, "", "", std::nullopt}}).number, 0);
+  EXPECT_EQ(One("Unité*3", {{"Unité", "", 2, 1, "", "ml", std::nullopt}}).error, "Unité holds \"ml\", not a number");
   // C depends on B which depends on A; listed backwards.
   const auto r = ComputeFormulas({Computed("C", "B*2"), Computed("B", "A+1"), Field("A", 4)}, {});
   EXPECT_EQ(r[0].number, 10);

@@ -74,7 +74,9 @@ TEST(RobustnessTest, RandomTextsAreReadWithoutCrashingAndGroupedNumbersReadExact
     const long whole = static_cast<long>(random() % 100000000);
     const int cents = static_cast<int>(random() % 100);
     std::string digits = std::to_string(whole), text;
-    for (size_t i = 0; i < digits.size(); ++i) text += (i > 0 && (digits.size() - i) % 3 == 0 ? " " : "") + digits.substr(i, 1);
+    for (size_t i = 0; i < digits.size(); ++i) {
+      text += (i > 0 && (digits.size() - i) % 3 == 0 ? " " : "") + digits.substr(i, 1);
+    }
     text += "," + std::string(cents < 10 ? "0" : "") + std::to_string(cents) + " €";
     const auto value = ReadAmount(text);
     ASSERT_TRUE(value) << text;

@@ -56,7 +56,8 @@ TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
 
   // dump gains the values of every field, render draws them; the quantity of
   // a text marking reads back.
-  const auto values = ParseJson(RunCli({"dump", file, "--doc", "mn1", "--locale", "en"}).out)["documents"][0]["Valeurs"];
+  const auto dump = ParseJson(RunCli({"dump", file, "--doc", "mn1", "--locale", "en"}).out);
+  const auto& values = dump["documents"][0]["Valeurs"];
   EXPECT_EQ(values["L1_PU"]["nombre"], 395);
   EXPECT_EQ(values["L1_PU"]["texte"], "395");
   EXPECT_TRUE(values["Référence_Marché"]["nombre"].is_null());
