@@ -46,12 +46,7 @@ std::string Shown(const std::string& command, std::vector<std::string> args, con
 
 TEST(CliLocale, NoRealLocaleReadsTheFrenchFilesAsWrittenARealOneAndLocaleAreFollowed) {
   const Env us = {{"LANG", "en_US.UTF-8"}};
-  struct Case {
-    const char* command;
-    std::vector<std::string> args;
-    Env env;
-    const char* shown;
-  };
+  struct Case { const char* command; std::vector<std::string> args; Env env; const char* shown; };
   std::vector<Case> cases = {
       {"dump", {}, {}, "14,00"},
       {"dump", {}, {{"LANG", "C.UTF-8"}}, "14,00"},

@@ -55,13 +55,19 @@ TEST(FormulaTest, ArithmeticRoundingAndNamesWithSpaces) {
   EXPECT_EQ(One("L1_QtéX", names).error, "unknown name \"L1_QtéX\"");
 }
 
-TEST(FormulaTest, TvaEmptyValuesAndOrderOfComputation) {
+TEST(FormulaTest, TvaCurrencyEmptyValuesAndOrderOfComputation) {
   FormulaContext context;
   context.tva = 5.5;
   EXPECT_EQ(One("200*TVA/100", {}, 2, context).number, 11);
   EXPECT_EQ(One("200*tva/100", {}, 2, context).number, 11);
   EXPECT_EQ(One("200*TVA/100", {Field("TVA", 20)}, 2, context).number, 40);  // a field of that name wins
   EXPECT_EQ(One("TVAX", {}, 2, context).error, "unknown name \"TVAX\"");
+  // LETTRES gives words in the document's currency (the sample's euros: book_test.cpp).
+  FormulaContext swiss, unknown;
+  swiss.currency = "CHF";
+  unknown.currency = "FRF";
+  EXPECT_EQ(One("lettres(2)", {}, 2, swiss).text, "Deux francs suisses");
+  EXPECT_EQ(One("LETTRES(2)", {}, 2, unknown).error, "no French words for the currency \"FRF\"");
   // An empty value counts as zero, a text is an error.
   EXPECT_EQ(One("Prix*3", {{"Prix", "", 2, 1, "", "", std::nullopt}}).number, 0);
   EXPECT_EQ(One("Unité*3", {{"Unité", "", 2, 1, "", "ml", std::nullopt}}).error, "Unité holds \"ml\", not a number");
@@ -145,18 +151,6 @@ TEST(FormulaTest, SommeAddsTheCarriedAmountToThePageLinesAndReportCarriesThePrev
       {"L2_PT", 16.5}, {"TA1", 36.5}, {"R1", 0},        {"TD2", 36.5},  {"TA2", 136.5}, {"TD3", 136.5},
       {"R3", 136.5},   {"THT_PT", 137.5}, {"TVA_PT", 27.5}, {"TTC_PT", 165}, {"TD5", 7},     {"TA5", 7}};
   for (const auto& [name, value] : expected) EXPECT_EQ(at[name], value) << name;
-}
-
-TEST(FormulaTest, LettresGivesFrenchWordsInTheDocumentsCurrency) {
-  const FormulaResult words = One("LETTRES(L1_PU)", {Field("L1_PU", 385.2)});
-  EXPECT_TRUE(words.error.empty()) << words.error;
-  EXPECT_EQ(words.text, "Trois cent quatre-vingt-cinq euros et vingt centimes");
-  EXPECT_FALSE(words.number);
-  FormulaContext swiss, unknown;
-  swiss.currency = "CHF";
-  unknown.currency = "FRF";
-  EXPECT_EQ(One("lettres(2)", {}, 2, swiss).text, "Deux francs suisses");
-  EXPECT_EQ(One("LETTRES(2)", {}, 2, unknown).error, "no French words for the currency \"FRF\"");
 }
 
 }  // namespace
