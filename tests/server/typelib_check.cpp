@@ -224,22 +224,23 @@ int wmain(int argc, wchar_t** argv) {
   if (name == nullptr || std::wstring(name) != L"MandorDLL") Fail(L"library name");
   SysFreeString(name);
 
-  // Members under their exact names with every accessor kind given and, where
-  // not 0, their standard id.
+  // Members under their exact names with every accessor kind given and their
+  // standard id, if any (DISPID_VALUE is 0, so "any" is MEMBERID_NIL).
   const int get = INVOKE_PROPERTYGET, let = INVOKE_PROPERTYPUT, set = INVOKE_PROPERTYPUTREF, func = INVOKE_FUNC;
+  const MEMBERID any = MEMBERID_NIL;
   const struct { const wchar_t *iface, *member; int kinds; MEMBERID id; } members[] = {
-      {L"_Mandor", L"Répertoire_Document", get | let, 0},   {L"_Mandor", L"CalculerParamètresCalage", func, 0},
-      {L"_Mandor", L"Police_pixels_écran", get | let, 0},   {L"_Mandor", L"ChampsCachés", get | set, 0},
-      {L"_Mandor", L"Font", get | set, 0},                  {L"_Mandor", L"InsérerChamp", func, 0},
-      {L"_Mandor", L"SauvegarderMarquageEx", func, 0},      {L"_cMarquage", L"Item", get, DISPID_VALUE},
-      {L"_cMarquage", L"NewEnum", get, DISPID_NEWENUM},     {L"_cMarquage", L"FullPath", get | let, 0},
-      {L"_cMarquage", L"XML_AddNewAE", func, 0},            {L"_CChamp", L"valeur", get | let, 0},
-      {L"_CChamp", L"DonnéesImportées", get | let, 0},      {L"_CChamp", L"oRegleH", get | set, 0},
-      {L"_CRegle", L"Décimales", get | let, 0},             {L"_CPage", L"SetSize", func, 0},
-      {L"_CFont", L"HasStrikeThrough", get, 0},             {L"_Devise", L"Symbole", get | let, 0},
-      {L"_Devises", L"Item", func, DISPID_VALUE},           {L"_Doc", L"Séparateur", get | let, 0},
-      {L"_CPageCollection", L"_NewEnum", get, DISPID_NEWENUM}, {L"_CChamp", L"Controle", get | set, 0},
-      {L"_CRegle", L"Etiquette", get | set, 0},
+      {L"_Mandor", L"Répertoire_Document", get | let, any},   {L"_Mandor", L"CalculerParamètresCalage", func, any},
+      {L"_Mandor", L"Police_pixels_écran", get | let, any},   {L"_Mandor", L"ChampsCachés", get | set, any},
+      {L"_Mandor", L"Font", get | set, any},                  {L"_Mandor", L"InsérerChamp", func, any},
+      {L"_Mandor", L"SauvegarderMarquageEx", func, any},      {L"_cMarquage", L"Item", get, DISPID_VALUE},
+      {L"_cMarquage", L"NewEnum", get, DISPID_NEWENUM},       {L"_cMarquage", L"FullPath", get | let, any},
+      {L"_cMarquage", L"XML_AddNewAE", func, any},            {L"_CChamp", L"valeur", get | let, any},
+      {L"_CChamp", L"DonnéesImportées", get | let, any},      {L"_CChamp", L"oRegleH", get | set, any},
+      {L"_CRegle", L"Décimales", get | let, any},             {L"_CPage", L"SetSize", func, any},
+      {L"_CFont", L"HasStrikeThrough", get, any},             {L"_Devise", L"Symbole", get | let, any},
+      {L"_Devises", L"Item", func, DISPID_VALUE},             {L"_Doc", L"Séparateur", get | let, any},
+      {L"_CPageCollection", L"_NewEnum", get, DISPID_NEWENUM}, {L"_CChamp", L"Controle", get | set, any},
+      {L"_CRegle", L"Etiquette", get | set, any},
   };
   for (const auto& m : members) {
     const Info info = FindType(lib, m.iface);
@@ -251,7 +252,7 @@ int wmain(int argc, wchar_t** argv) {
       // The exact spelling, not only a match without regard to case.
       if (fd == nullptr || NameOf(info.get(), fd->memid) != m.member) {
         Fail(what + L" missing or lacks an accessor kind");
-      } else if (m.id != 0 && fd->memid != m.id) {
+      } else if (m.id != any && fd->memid != m.id) {
         Fail(what + L" has the wrong id");
       }
       if (fd != nullptr) info->ReleaseFuncDesc(fd);
