@@ -196,26 +196,15 @@ TEST(CliDaily, FailuresChecksAndDifferencesSayWhat) {
       // otherwise come out as removed and added.
       {"diff", "--json", xnf, catalogue, "--doc", "mn1"}};
   std::vector<std::vector<std::string>> commands = {
-      {"dump", dir.path()},
-      {"check", dir.File("absent.cnf")},
-      {"convert", xnf, dir.File("plain/copie.det.xnf")},
-      {"save", dir.File("lot.xml")},
-      {"info", dir.File("evil.det.xnf")},
-      {"check", dir.File("evil.det.xnf")},
-      {"info", dir.File("evil.xml")},
-      {"check", dir.File("lot")},
-      {"check", dir.File("ancre.det.xnf")},
-      {"check", "--strict", dir.File("ancre.det.xnf")},
-      {"check", "--doc", "mn9", dir.File("lot/sub/c.XML")},
-      {"check", dir.File("empty")},
-      {"diff", xnf, xnf},
-      {"diff", xnf, dir.File("b.det.xnf")},
-      {"diff", xnf, dir.File("c.det.xnf")},
-      {"diff", xnf, dir.File("absent.xnf")},
+      {"dump", dir.path()}, {"check", dir.File("absent.cnf")}, {"convert", xnf, dir.File("plain/copie.det.xnf")},
+      {"save", dir.File("lot.xml")}, {"info", dir.File("evil.det.xnf")}, {"check", dir.File("evil.det.xnf")},
+      {"info", dir.File("evil.xml")}, {"check", dir.File("lot")}, {"check", dir.File("ancre.det.xnf")},
+      {"check", "--strict", dir.File("ancre.det.xnf")}, {"check", "--doc", "mn9", dir.File("lot/sub/c.XML")},
+      {"check", dir.File("empty")}, {"diff", xnf, xnf}, {"diff", xnf, dir.File("b.det.xnf")},
+      {"diff", xnf, dir.File("c.det.xnf")}, {"diff", xnf, dir.File("absent.xnf")},
       {"diff", xnf, catalogue, "--doc", "mn1"},
       // The same document on both sides of a catalogue; another with --doc2.
-      {"diff", catalogue, catalogue, "--doc", "mn2"},
-      {"diff", catalogue, catalogue, "--doc2", "mn2"}};
+      {"diff", catalogue, catalogue, "--doc", "mn2"}, {"diff", catalogue, catalogue, "--doc2", "mn2"}};
   commands.insert(commands.end(), json.begin(), json.end());
   ExpectOutputAs(Transcript(commands, dir), "cli/daily.txt");
   EXPECT_EQ(ReadBytes(dir.File("lot.xml")), ReadBytes(Sample("menuiseries.xml")));
