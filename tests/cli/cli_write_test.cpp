@@ -1,7 +1,6 @@
 // The commands that write files: `convert` between the two text layouts (and
 // out of a catalogue), `save` of a catalogue, and `render` to SVG and PNG.
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>

@@ -3,7 +3,6 @@
 // formula tokens and bytes).
 
 #include <cmath>
-#include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
