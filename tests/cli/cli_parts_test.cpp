@@ -1,107 +1,39 @@
-// Parts of the command tested on their own: the streamed JSON writer against
-// the whole-document dump it replaces, and the standard-stream buffer that
-// escapes control characters and remembers why a write failed.
+// Parts of the command tested on their own: the standard-stream buffer that
+// escapes control characters however the text is split (write failures, and
+// the streamed JSON the dumps hold, are checked end to end), and the platform
+// the program installs: one line per message, questions answered by --yes,
+// every message kept for the JSON.
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <csignal>
-#include <random>
 #include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "cli/json_dump.h"
+#include "cli/cli_platform.h"
 #include "cli/output.h"
 #include "tests/test_util.h"
 
 namespace mandor_cli {
 namespace {
 
-// Writes `value` through the stream writer, opening arrays and objects
-// piece by piece down to `split_depth`, whole values below it.
-void Stream(JsonStreamWriter& writer, const Json& value, int split_depth) {
-  if (split_depth <= 0 || !(value.is_array() || value.is_object())) {
-    writer.Value(value);
-    return;
-  }
-  if (value.is_array()) {
-    writer.BeginArray();
-    for (const Json& element : value) Stream(writer, element, split_depth - 1);
-    writer.EndArray();
-  } else {
-    writer.BeginObject();
-    for (const auto& [name, member] : value.items()) {
-      writer.Key(name);
-      Stream(writer, member, split_depth - 1);
-    }
-    writer.EndObject();
-  }
-}
+TEST(PrintableText, EscapesControlsAndKeepsTextWhateverTheWriteSizes) {
+  const struct { std::string in, out; } cases[] = {
+      {"a\x1b[2Jb", "a\\u001b[2Jb"},
+      {"line\nnext\ttab", "line\nnext\ttab"},
+      {std::string("nul\0end", 7), "nul\\u0000end"},
+      {"cr\r del\x7f", "cr\\u000d del\\u007f"},
+      {"csi \xc2\x9b and \xc2\x80", "csi \\u009b and \\u0080"},
+      // Latin-1 letters share the lead byte 0xC2/0xC3 with controls: kept.
+      {"\xc2\xa0\xc2\xb0 \xc3\xa9t\xc3\xa9 \xe2\x82\xac", "\xc2\xa0\xc2\xb0 \xc3\xa9t\xc3\xa9 \xe2\x82\xac"},
+      {"ends with \xc2", "ends with \xc2"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(PrintableText(c.in), c.out) << c.in;
 
-Json RandomJson(std::mt19937& random, int depth) {
-  const int kind = static_cast<int>(random() % (depth > 0 ? 7 : 4));
-  switch (kind) {
-    case 0:
-      return Json(static_cast<int>(random() % 1000) - 500);
-    case 1:
-      return Json("t\u00e9xt \"" + std::to_string(random() % 100) + "\"\n\x01");
-    case 2:
-      return Json(nullptr);
-    case 3:
-      return Json(random() % 2 == 0);
-    case 4:
-    case 5: {
-      Json array = Json::array();
-      for (unsigned i = random() % 4; i > 0; --i) array.push_back(RandomJson(random, depth - 1));
-      return array;
-    }
-    default: {
-      Json object = Json::object();
-      for (unsigned i = random() % 4; i > 0; --i) object["k" + std::to_string(i) + "é"] = RandomJson(random, depth - 1);
-      return object;
-    }
-  }
-}
-
-TEST(JsonStreamWriter, WritesWhatTheWholeDumpWrites) {
-  std::mt19937 random(20261124);
-  for (int round = 0; round < 300; ++round) {
-    const Json value = RandomJson(random, 5);
-    const std::string whole = value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-    for (int split = 0; split <= 5; ++split) {
-      std::ostringstream out;
-      JsonStreamWriter writer(out);
-      Stream(writer, value, split);
-      ASSERT_EQ(out.str(), whole) << "round " << round << ", split at depth " << split;
-    }
-  }
-}
-
-TEST(JsonStreamWriter, StopsAtTheFirstFailedWrite) {
-  std::ostringstream out;
-  JsonStreamWriter writer(out);
-  writer.BeginArray();
-  writer.Value(Json(1));
-  out.setstate(std::ios::badbit);
-  EXPECT_THROW(writer.Value(Json(2)), OutputFailure);
-}
-
-TEST(PrintableText, EscapesControlsAndKeepsText) {
-  EXPECT_EQ(PrintableText("a\x1b[2Jb"), "a\\u001b[2Jb");
-  EXPECT_EQ(PrintableText("line\nnext\ttab"), "line\nnext\ttab");
-  EXPECT_EQ(PrintableText(std::string("nul\0end", 7)), "nul\\u0000end");
-  EXPECT_EQ(PrintableText("cr\r del\x7f"), "cr\\u000d del\\u007f");
-  EXPECT_EQ(PrintableText("csi \xc2\x9b and \xc2\x80"), "csi \\u009b and \\u0080");
-  // Latin-1 letters share the lead byte 0xC2/0xC3 with controls: kept.
-  EXPECT_EQ(PrintableText("\xc2\xa0\xc2\xb0 \xc3\xa9t\xc3\xa9 \xe2\x82\xac"), "\xc2\xa0\xc2\xb0 \xc3\xa9t\xc3\xa9 \xe2\x82\xac");
-  EXPECT_EQ(PrintableText("ends with \xc2"), "ends with \xc2");
-}
-
-TEST(FdStreamBuf, EscapesAsPrintableTextDoesWhateverTheWriteSizes) {
-  // A C1 control split over the buffer's 64 KiB boundary, one at the very
-  // end of a write, Latin letters that share its lead byte.
+  // Through the stream buffer: a C1 control split over its 64 KiB boundary,
+  // one at the very end of a write, Latin letters that share its lead byte.
   const std::string text =
       std::string(65535, 'x') + "\xc2\x9b" + std::string(65534, 'y') + "\xc2" + "\x9b\x1b\xc3\xa9 \xc2\xa0" "end";
   char name[] = "/tmp/mandor_fdbuf_XXXXXX";
@@ -125,31 +57,18 @@ TEST(FdStreamBuf, EscapesAsPrintableTextDoesWhateverTheWriteSizes) {
   unlink(name);
 }
 
-TEST(FdStreamBuf, RemembersWhyAWriteFailed) {
-  const int full = open("/dev/full", O_WRONLY);
-  ASSERT_GE(full, 0);
-  {
-    FdStreamBuf buffer(full);
-    std::ostream out(&buffer);
-    out << "some text" << std::flush;
-    EXPECT_FALSE(out.good());
-    EXPECT_EQ(buffer.error(), ENOSPC);
-    EXPECT_EQ(buffer.written(), 0u);
-  }
-  close(full);
-
-  int fds[2];
-  ASSERT_EQ(pipe(fds), 0);
-  FdStreamBuf buffer(fds[1]);
-  std::ostream out(&buffer);
-  out << "first" << std::flush;
-  EXPECT_EQ(buffer.written(), 5u);
-  close(fds[0]);
-  signal(SIGPIPE, SIG_IGN);
-  out << "second" << std::flush;
-  EXPECT_EQ(buffer.error(), EPIPE);
-  EXPECT_EQ(buffer.written(), 5u);
-  close(fds[1]);
+TEST(CliPlatform, PrintsRecordsAndAnswers) {
+  EXPECT_EQ(MessageLine("Erreur Fichier", "ligne 1\r\nligne 2\nligne 3\rfin"),
+            "[Erreur Fichier] ligne 1\\nligne 2\\nligne 3\\nfin");
+  std::ostringstream err;
+  CliPlatform no(err, false), yes(err, true);
+  no.Message("Fichier absent", "Erreur Fichier", mandor::MessageStyle::kExclamation);
+  EXPECT_FALSE(no.AskYesNo("Voulez vous écraser\nle marquage ?", ""));
+  EXPECT_TRUE(yes.AskYesNo("Écraser ?", "Question"));
+  EXPECT_EQ(err.str(), "[Erreur Fichier] Fichier absent\n[MandorDLL] Voulez vous écraser\\nle marquage ?\n"
+                       "[Question] Écraser ?\n");
+  ASSERT_EQ(no.messages().size(), 2u);
+  EXPECT_EQ(no.messages()[1].text, "Voulez vous écraser\nle marquage ?");  // unescaped, for the JSON
 }
 
 }  // namespace

@@ -21,46 +21,39 @@ namespace fs = std::filesystem;
 
 namespace {
 
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
 CliResult Spawn(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
-                const std::string& cwd, int out_fd, int err_fd) {
+                const std::string& cwd, const int fds[2]) {
   TempDir capture;
-  const std::string out_path = capture.File("out"), err_path = capture.File("err");
-
-  std::vector<std::string> argv_text = {MANDOR_CLI_PATH};
+  const std::string paths[2] = {capture.File("out"), capture.File("err")};
+  std::vector<std::string> argv_text = {MANDOR_CLI_PATH}, env_text;
   argv_text.insert(argv_text.end(), args.begin(), args.end());
-  std::vector<char*> argv;
-  for (std::string& arg : argv_text) argv.push_back(arg.data());
-  argv.push_back(nullptr);
-
-  std::vector<std::string> env_text;
   for (char** e = environ; *e != nullptr; ++e) {
-    const std::string entry = *e;
-    const std::string name = entry.substr(0, entry.find('='));
-    if (name == "LC_ALL" || name == "LC_NUMERIC" || name == "LANG" || name == "LSAN_OPTIONS" ||
-        env.count(name) != 0) {
-      continue;
+    const std::string entry = *e, name = entry.substr(0, entry.find('='));
+    if (name != "LC_ALL" && name != "LC_NUMERIC" && name != "LANG" && name != "LSAN_OPTIONS" && !env.count(name)) {
+      env_text.push_back(entry);
     }
-    env_text.push_back(entry);
   }
   for (const auto& [name, value] : env) env_text.push_back(name + "=" + value);
   // In a sanitizer build, fontconfig's own leaks are not the program's.
   env_text.push_back(std::string("LSAN_OPTIONS=suppressions=") + MANDOR_LSAN_SUPPRESSIONS);
-  std::vector<char*> envp;
-  for (std::string& entry : env_text) envp.push_back(entry.data());
-  envp.push_back(nullptr);
+  const std::vector<char*> argv = Pointers(argv_text), envp = Pointers(env_text);
 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  if (out_fd >= 0) {
-    posix_spawn_file_actions_adddup2(&actions, out_fd, 1);
-  } else {
-    posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  }
-  if (err_fd >= 0) {
-    posix_spawn_file_actions_adddup2(&actions, err_fd, 2);
-  } else {
-    posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  for (int i = 0; i < 2; ++i) {
+    if (fds[i] >= 0) {
+      posix_spawn_file_actions_adddup2(&actions, fds[i], i + 1);
+    } else {
+      posix_spawn_file_actions_addopen(&actions, i + 1, paths[i].c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    }
   }
   if (!cwd.empty()) posix_spawn_file_actions_addchdir_np(&actions, cwd.c_str());
   pid_t pid = 0;
@@ -75,21 +68,28 @@ CliResult Spawn(const std::vector<std::string>& args, const std::map<std::string
   while (waitpid(pid, &status, 0) < 0) {
   }
   result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  if (out_fd < 0) result.out = ReadBytes(out_path);
-  if (err_fd < 0) result.err = ReadBytes(err_path);
+  if (fds[0] < 0) result.out = ReadBytes(paths[0]);
+  if (fds[1] < 0) result.err = ReadBytes(paths[1]);
   return result;
+}
+
+void Replace(std::string& text, const std::string& from, const std::string& to) {
+  for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
 }
 
 }  // namespace
 
 CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
                  const std::string& cwd) {
-  return Spawn(args, env, cwd, -1, -1);
+  const int fds[2] = {-1, -1};
+  return Spawn(args, env, cwd, fds);
 }
 
-CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd,
-                   const std::map<std::string, std::string>& env) {
-  return Spawn(args, env, "", out_fd, err_fd);
+CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd) {
+  const int fds[2] = {out_fd, err_fd};
+  return Spawn(args, {}, "", fds);
 }
 
 TempDir::TempDir() {
@@ -129,27 +129,22 @@ nlohmann::ordered_json ParseJson(const std::string& text) {
   }
 }
 
-std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir) {
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir,
+                       const std::map<std::string, std::string>& env) {
   std::string transcript;
   for (const auto& args : commands) {
-    const CliResult r = RunCli(args);
+    const CliResult r = RunCli(args, env);
     transcript += "==";
     for (const auto& arg : args) transcript += " " + arg;
     transcript += "\nstatus " + std::to_string(r.status) + "\n" + r.out + "-- stderr\n" + r.err;
   }
-  for (size_t at = transcript.find(dir.path()); at != std::string::npos; at = transcript.find(dir.path())) {
-    transcript.replace(at, dir.path().size(), "@TMP@");
-  }
+  Replace(transcript, dir.path(), "@TMP@");
   return transcript;
 }
 
 void ExpectOutputAs(std::string output, const std::string& data_file) {
-  for (const auto& [folder, mark] : {std::pair<std::string, std::string>{MANDOR_SAMPLES_DIR, "@SAMPLES@"},
-                                     {MANDOR_TEST_DATA_DIR, "@DATA@"}}) {
-    for (size_t at = output.find(folder); at != std::string::npos; at = output.find(folder, at + mark.size())) {
-      output.replace(at, folder.size(), mark);
-    }
-  }
+  Replace(output, MANDOR_SAMPLES_DIR, "@SAMPLES@");
+  Replace(output, MANDOR_TEST_DATA_DIR, "@DATA@");
   mandor::test_util::ExpectDescribedAs(output, data_file);
 }
 

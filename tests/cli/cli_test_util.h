@@ -1,6 +1,6 @@
-// Helpers of the tests of the `mandor` program: running the built executable
-// with arguments and environment, capturing its exit status, standard output
-// and standard error; temporary folders; the sample and fixture files.
+// Helpers of the tests of the `mandor` program: the built executable run with
+// arguments and environment (exit status, standard output, standard error),
+// temporary folders, the sample and fixture files.
 #ifndef MANDOR_TESTS_CLI_CLI_TEST_UTIL_H_
 #define MANDOR_TESTS_CLI_CLI_TEST_UTIL_H_
 
@@ -17,22 +17,18 @@ namespace mandor_cli_test {
 
 struct CliResult {
   int status = -1;  // exit status, or 128 + signal number
-  std::string out;
-  std::string err;
+  std::string out, err;
 };
 
-// Runs `mandor args...`. LC_ALL, LC_NUMERIC and LANG are removed from the
-// environment, then `env` is added (and, for sanitizer builds, the leak
-// suppressions of tests/cli/lsan.supp); `cwd` (when given) is the working
-// folder.
+// Runs `mandor args...` with LC_ALL, LC_NUMERIC and LANG removed from the
+// environment and `env` added (and, for sanitizer builds, the leak
+// suppressions of tests/cli/lsan.supp), in `cwd` when one is given.
 CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env = {},
                  const std::string& cwd = "");
-
-// Like RunCli, with standard output (and standard error, when err_fd is not
-// -1) on descriptors of the caller's: /dev/full, a pipe, a terminal. `out`
-// (and `err`) of the result are then empty.
-CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd = -1,
-                   const std::map<std::string, std::string>& env = {});
+// The same with standard output (and standard error, unless err_fd is -1) on
+// the caller's descriptors: /dev/full, a pipe, a terminal. `out` (and `err`)
+// are then empty.
+CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd = -1);
 
 // A fresh folder, removed with its content at the end of the test.
 class TempDir {
@@ -56,17 +52,15 @@ void CopyTo(const std::string& from, const std::string& to);
 // The bytes of samples/<name> with the first `from` replaced by `to`; fails
 // the test when `from` is not there.
 std::string SampleWith(const std::string& name, const std::string& from, const std::string& to);
-
-// The JSON of `mandor dump` (ordered as written); fails the test when it
-// does not parse.
+// `text` as JSON (member order kept); fails the test when it does not parse.
 nlohmann::ordered_json ParseJson(const std::string& text);
 
-// Runs each command line and gives its status, standard output and standard
-// error, one after the other, with `dir` written "@TMP@".
-std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir);
-
-// Expects `output` to equal tests/data/<data_file>, with the samples and
-// test data folders written "@SAMPLES@" and "@DATA@".
+// Each command line's status, standard output and standard error, one after
+// the other, with `dir` written "@TMP@"; `env` as RunCli's.
+std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir,
+                       const std::map<std::string, std::string>& env = {});
+// Expects `output` to equal tests/data/<data_file>, with the samples and test
+// data folders written "@SAMPLES@" and "@DATA@".
 void ExpectOutputAs(std::string output, const std::string& data_file);
 
 }  // namespace mandor_cli_test

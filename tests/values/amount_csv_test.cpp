@@ -12,29 +12,14 @@
 namespace mandor::values {
 namespace {
 
-TEST(AmountTest, ReadsEitherSeparatorGroupingAndCurrency) {
-  EXPECT_EQ(ReadAmount("1234.5"), 1234.5);
-  EXPECT_EQ(ReadAmount("1234,5"), 1234.5);
-  EXPECT_EQ(ReadAmount("1 234,50 €"), 1234.5);
-  EXPECT_EQ(ReadAmount("1\xC2\xA0"
-                       "234,50"),
-            1234.5);  // no-break space
-  EXPECT_EQ(ReadAmount("1\xE2\x80\xAF"
-                       "234,50"),
-            1234.5);  // narrow no-break space
-  EXPECT_EQ(ReadAmount("1,234.50"), 1234.5);
-  EXPECT_EQ(ReadAmount("1.234,50"), 1234.5);
-  EXPECT_EQ(ReadAmount("1.234.567"), 1234567);
-  EXPECT_EQ(ReadAmount("1'234.5"), 1234.5);
-  EXPECT_EQ(ReadAmount("EUR 12"), 12);
-  EXPECT_EQ(ReadAmount("€12,5"), 12.5);
-  EXPECT_EQ(ReadAmount("  -3,25 "), -3.25);
-  EXPECT_EQ(ReadAmount("+7"), 7);
-  EXPECT_EQ(ReadAmount("1.234"), 1.234);  // a single separator is decimal
-  EXPECT_EQ(ReadAmount("-0"), 0);
-}
-
-TEST(AmountTest, RejectsWhatIsNoNumber) {
+TEST(AmountTest, ReadsEitherSeparatorGroupingAndCurrencyAndRejectsWhatIsNoNumber) {
+  const struct { const char* text; double value; } numbers[] = {
+      {"1234.5", 1234.5},   {"1234,5", 1234.5},     {"1 234,50 €", 1234.5}, {"1\xC2\xA0" "234,50", 1234.5},
+      {"1\xE2\x80\xAF" "234,50", 1234.5},            {"1,234.50", 1234.5},   {"1.234,50", 1234.5},
+      {"1.234.567", 1234567}, {"1'234.5", 1234.5},  {"EUR 12", 12},         {"€12,5", 12.5},
+      {"  -3,25 ", -3.25},  {"+7", 7},              {"1.234", 1.234} /* a single separator is decimal */,
+      {"-0", 0}};
+  for (const auto& n : numbers) EXPECT_EQ(ReadAmount(n.text), n.value) << n.text;
   for (const char* text : {"", " ", "abc", "12 ml", "1,2,3", "1.23.4", ",5", "5,", "1 2", "--1", "1..2", "1,234,5.6",
                            "€", "1e5", "12 34,5", "1.234,5.6"}) {
     EXPECT_FALSE(ReadAmount(text)) << text;
@@ -52,50 +37,35 @@ TEST(AmountTest, NumberCellsHoldFiniteNumbersBelowTenToTheFifteen) {
   EXPECT_FALSE(FitsNumberCell(std::numeric_limits<double>::infinity()));
 }
 
-bool KnownL(const std::string& name) { return !name.empty() && name[0] == 'L'; }
-
-TEST(CsvTest, SemicolonOrCommaWithOptionalHeader) {
-  const CsvResult semicolon = ReadValueFile("Nom;Valeur\r\nL1_PU;385,20\r\n\r\nL2_PU ; 12\r\n", KnownL);
-  ASSERT_TRUE(semicolon.errors.empty());
-  ASSERT_EQ(semicolon.pairs.size(), 2u);
-  EXPECT_EQ(semicolon.pairs[0].name, "L1_PU");
-  EXPECT_EQ(semicolon.pairs[0].value, "385,20");
-  EXPECT_EQ(semicolon.pairs[0].line, 2);
-  EXPECT_EQ(semicolon.pairs[1].name, "L2_PU");
-  EXPECT_EQ(semicolon.pairs[1].value, "12");
-  EXPECT_EQ(semicolon.pairs[1].line, 4);
-
-  const CsvResult comma = ReadValueFile("L1_PU,\"385,20\"\nL2_Désignation,\"Porte \"\"EI 30\"\"\"\n", KnownL);
-  ASSERT_TRUE(comma.errors.empty());
-  ASSERT_EQ(comma.pairs.size(), 2u);  // no header: the first name is known
-  EXPECT_EQ(comma.pairs[0].value, "385,20");
-  EXPECT_EQ(comma.pairs[1].value, "Porte \"EI 30\"");
-
-  // An unknown first name with a number is no header: it stays, to be refused by name.
-  const CsvResult typo = ReadValueFile("X1_PU;12\nL1_PU;3\n", KnownL);
-  ASSERT_EQ(typo.pairs.size(), 2u);
-  EXPECT_EQ(typo.pairs[0].name, "X1_PU");
+// The pairs read, as "line:name=value ", then the errors (the part before any detail).
+std::string Read(const std::string& file) {
+  const CsvResult csv = ReadValueFile(file, [](const std::string& name) { return !name.empty() && name[0] == 'L'; });
+  std::string text;
+  for (const auto& p : csv.pairs) text += std::to_string(p.line) + ":" + p.name + "=" + p.value + " ";
+  for (const std::string& e : csv.errors) {
+    const size_t detail = e.find(" fields");
+    text += "| " + e.substr(0, detail == std::string::npos ? detail : detail + 7);
+  }
+  return text;
 }
 
-TEST(CsvTest, EncodingsUtf8WithBomAndWindows1252) {
-  const CsvResult bom = ReadValueFile("\xEF\xBB\xBFL1_Qté;3\n", KnownL);
-  ASSERT_EQ(bom.pairs.size(), 1u);
-  EXPECT_EQ(bom.pairs[0].name, "L1_Qté");
-  const CsvResult ansi = ReadValueFile("L1_Qt\xE9;3\nL2_D\xE9signation;Cl\xE9 \x80\n", KnownL);
-  ASSERT_EQ(ansi.pairs.size(), 2u);
-  EXPECT_EQ(ansi.pairs[0].name, "L1_Qté");
-  EXPECT_EQ(ansi.pairs[1].value, "Clé €");
-}
-
-TEST(CsvTest, MalformedLinesAreReportedWithTheirNumbers) {
-  const CsvResult bad = ReadValueFile("L1_PU;1\nL2_PU\nL3_PU;2;3\n;4\nL5_PU;\"open\n", KnownL);
-  ASSERT_EQ(bad.errors.size(), 4u);
-  EXPECT_EQ(bad.errors[0].rfind("line 2: 1 fields", 0), 0u) << bad.errors[0];
-  EXPECT_EQ(bad.errors[1].rfind("line 3: 3 fields", 0), 0u) << bad.errors[1];
-  EXPECT_EQ(bad.errors[2], "line 4: the name is empty");
-  EXPECT_EQ(bad.errors[3], "line 5: a quote is not closed");
-  ASSERT_EQ(bad.pairs.size(), 1u);
-  EXPECT_TRUE(ReadValueFile("", KnownL).pairs.empty());
+TEST(CsvTest, SeparatorsHeadersQuotesEncodingsAndMalformedLines) {
+  const struct { std::string file, read; } cases[] = {
+      // Semicolons, a header, CR LF, blank lines, blanks around the name.
+      {"Nom;Valeur\r\nL1_PU;385,20\r\n\r\nL2_PU ; 12\r\n", "2:L1_PU=385,20 4:L2_PU=12 "},
+      // Commas and quotes; no header when the first name is a known one.
+      {"L1_PU,\"385,20\"\nL2_Désignation,\"Porte \"\"EI 30\"\"\"\n",
+       "1:L1_PU=385,20 2:L2_Désignation=Porte \"EI 30\" "},
+      // An unknown first name with a number is no header: it stays, to be refused by name.
+      {"X1_PU;12\nL1_PU;3\n", "1:X1_PU=12 2:L1_PU=3 "},
+      // UTF-8 with its byte order mark; Windows-1252.
+      {"\xEF\xBB\xBFL1_Qté;3\n", "1:L1_Qté=3 "},
+      {"L1_Qt\xE9;3\nL2_D\xE9signation;Cl\xE9 \x80\n", "1:L1_Qté=3 2:L2_Désignation=Clé € "},
+      {"L1_PU;1\nL2_PU\nL3_PU;2;3\n;4\nL5_PU;\"open\n",
+       "1:L1_PU=1 | line 2: 1 fields| line 3: 3 fields| line 4: the name is empty| line 5: a quote is not closed"},
+      {"", ""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Read(c.file), c.read) << c.file;
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 // formula tokens and bytes).
 
 #include <cmath>
-#include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
@@ -20,20 +19,17 @@ namespace {
 std::string RandomText(std::mt19937& random, const std::vector<std::string>& tokens, int count) {
   std::string text;
   for (int i = 0; i < count; ++i) {
-    if (random() % 8 == 0) {
-      text += static_cast<char>(random() % 256);  // any byte, broken UTF-8 included
-    } else {
-      text += tokens[random() % tokens.size()];
-    }
+    // Now and then any byte, broken UTF-8 included.
+    text += random() % 8 == 0 ? std::string(1, static_cast<char>(random() % 256)) : tokens[random() % tokens.size()];
   }
   return text;
 }
 
 TEST(RobustnessTest, RandomFormulasGiveAResultOrAnErrorForEveryField) {
   std::mt19937 random(20);
-  const std::vector<std::string> tokens = {
-      "A",   "B", "Prix unitaire", "C_PT",   "+",        "-",  "*",        "/", "(", ")", " ", "1",
-      "2,5", "0", "TVA",           "SOMME(", "#REPORT(", "PT", "LETTRES(", "é", ","};
+  const std::vector<std::string> tokens = {"A", "B", "Prix unitaire", "C_PT", "+",  "-",        "*", "/",
+                                           "(", ")", " ",             "1",    "2,5", "0",       "TVA", "SOMME(",
+                                           "#REPORT(", "PT", "LETTRES(", "é", ","};
   for (int round = 0; round < 300; ++round) {
     std::vector<FormulaField> fields;
     for (const char* name : {"A", "B", "Prix unitaire", "C_PT"}) {
@@ -52,22 +48,21 @@ TEST(RobustnessTest, RandomFormulasGiveAResultOrAnErrorForEveryField) {
     const auto results = ComputeFormulas(fields, {});
     ASSERT_EQ(results.size(), fields.size());
     for (size_t i = 0; i < fields.size(); ++i) {
-      const bool has_formula =
-          !fields[i].formula.empty() && fields[i].formula.find_first_not_of(' ') != std::string::npos;
-      EXPECT_EQ(results[i].has_formula, has_formula) << fields[i].formula;
-      if (!has_formula) continue;
-      const bool value = results[i].number.has_value() || !results[i].text.empty();
-      EXPECT_NE(value, !results[i].error.empty()) << fields[i].formula << " -> " << results[i].error;
-      EXPECT_TRUE(std::isfinite(results[i].number.value_or(0))) << fields[i].formula;
-      EXPECT_TRUE(!results[i].malformed || !results[i].error.empty()) << fields[i].formula;
+      const FormulaResult& r = results[i];
+      SCOPED_TRACE(fields[i].formula + " -> " + r.error);
+      EXPECT_EQ(r.has_formula, fields[i].formula.find_first_not_of(' ') != std::string::npos);
+      if (!r.has_formula) continue;
+      EXPECT_NE(r.number.has_value() || !r.text.empty(), !r.error.empty());
+      EXPECT_TRUE(std::isfinite(r.number.value_or(0)));
+      EXPECT_TRUE(!r.malformed || !r.error.empty());
     }
   }
 }
 
 TEST(RobustnessTest, RandomTextsAreReadWithoutCrashingAndGroupedNumbersReadExactly) {
   std::mt19937 random(7);
-  const std::vector<std::string> tokens = {"1", "23", "456", ",", ".",   " ", "\xC2\xA0",
-                                           "'", "-",  "+",   "€", "EUR", "e", "\""};
+  const std::vector<std::string> tokens = {"1", "23", "456", ",", ".", " ", "\xC2\xA0", "'", "-", "+", "€", "EUR",
+                                           "e", "\""};
   for (int round = 0; round < 2000; ++round) {
     const std::string text = RandomText(random, tokens, static_cast<int>(random() % 10));
     EXPECT_TRUE(std::isfinite(ReadAmount(text).value_or(0))) << text;
@@ -77,12 +72,11 @@ TEST(RobustnessTest, RandomTextsAreReadWithoutCrashingAndGroupedNumbersReadExact
   for (int round = 0; round < 200; ++round) {
     const long whole = static_cast<long>(random() % 100000000);
     const int cents = static_cast<int>(random() % 100);
-    std::string digits = std::to_string(whole), grouped;
+    std::string digits = std::to_string(whole), text;
     for (size_t i = 0; i < digits.size(); ++i) {
-      if (i > 0 && (digits.size() - i) % 3 == 0) grouped += ' ';
-      grouped += digits[i];
+      text += (i > 0 && (digits.size() - i) % 3 == 0 ? " " : "") + digits.substr(i, 1);
     }
-    const std::string text = grouped + "," + (cents < 10 ? "0" : "") + std::to_string(cents) + " €";
+    text += "," + std::string(cents < 10 ? "0" : "") + std::to_string(cents) + " €";
     const auto value = ReadAmount(text);
     ASSERT_TRUE(value) << text;
     EXPECT_DOUBLE_EQ(*value, static_cast<double>(whole) + cents / 100.0) << text;
