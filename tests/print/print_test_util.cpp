@@ -46,8 +46,6 @@ std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& 
   return field;
 }
 
-std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
-
 namespace {
 PopplerDocument* Doc(void* p) { return static_cast<PopplerDocument*>(p); }
 
@@ -98,18 +96,11 @@ Pdf::~Pdf() {
 
 int Pdf::pages() const { return document_ ? poppler_document_get_n_pages(Doc(document_)) : 0; }
 
-double Pdf::width(int page) const {
+std::pair<double, double> Pdf::size(int page) const {
   PageRef p(document_, page);
   double w = 0, h = 0;
   if (p.page != nullptr) poppler_page_get_size(p.page, &w, &h);
-  return w;
-}
-
-double Pdf::height(int page) const {
-  PageRef p(document_, page);
-  double w = 0, h = 0;
-  if (p.page != nullptr) poppler_page_get_size(p.page, &w, &h);
-  return h;
+  return {w, h};
 }
 
 std::string Pdf::title() const {
@@ -172,7 +163,7 @@ std::optional<Pdf::Style> Pdf::StyleAt(int page, const TextBox& box) const {
     auto* a = static_cast<PopplerTextAttributes*>(item->data);
     if (box.start >= a->start_index && box.start <= a->end_index) {
       style = Style{a->font_name != nullptr ? a->font_name : "", a->font_size, a->color.red / 65535.0,
-                    a->color.green / 65535.0, a->color.blue / 65535.0, a->is_underlined != 0};
+                    a->color.green / 65535.0, a->color.blue / 65535.0};
       break;
     }
   }
@@ -227,8 +218,6 @@ cairo_status_t Append(void* closure, const unsigned char* data, unsigned int len
   return CAIRO_STATUS_SUCCESS;
 }
 
-// A scanned form as a PDF of `pages` A4 pages: on page n, the word "SCANn"
-// at (100 pt, 100 pt) and a black square of 50 pt at (200 pt, 300 pt).
 std::string MakePdfScan(int pages) {
   std::string bytes;
   cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(Append, &bytes, 595.2, 841.92);
@@ -279,12 +268,11 @@ std::string MakeTiff() {
     TIFFWriteDirectory(tiff);
   }
   TIFFClose(tiff);
-  std::string bytes = ReadBytes(path);
+  std::string bytes = test_util::ReadBytes(path);
   std::filesystem::remove(path);
   return bytes;
 }
 
-// A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).
 std::string MakePng() {
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 300, 400);
   cairo_t* cr = cairo_create(surface);
@@ -300,7 +288,6 @@ std::string MakePng() {
   return bytes;
 }
 
-// The colour at (x, y) of a PNG.
 uint32_t PngPixel(const std::string& png, int x, int y) {
   struct Reader {
     const std::string* bytes;
