@@ -315,24 +315,42 @@ TEST_F(PrintPdfTest, AbsurdMarkingsStillPrint) {
   }
 }
 
-TEST_F(PrintPdfTest, TextStyleFontsAndTitle) {
+// What is drawn for each field: its font, size and colour, its back colour
+// unless transparent, nothing when it is not printable or a zero it must
+// not print, a value given for the print or from a value source.
+TEST_F(PrintPdfTest, WhatEachFieldDraws) {
+  CurrentPlatform().SetLocale(Locale::Comma());
   auto d = test::MakeDocument(1);
   d->Nom_Document("Détail estimatif.det");
   auto bold = AddField(*d, 1, "L1_Gras", 300, 300, 1500, 380, "Quantité été");
-  bold->FontName("Times New Roman");
-  bold->FontSize(12);
-  bold->Bold(true);
+  bold->FontName("Times New Roman"), bold->FontSize(12), bold->Bold(true);
   bold->FontColor(0x0000FF);  // red in 0x00BBGGRR
   auto italic = AddField(*d, 1, "L2_Italique", 300, 600, 1500, 680, "Calibri italique");
-  italic->FontName("Calibri");
-  italic->FontSize(8);
-  italic->Italic(true);
-  italic->Underligne(true);
-  const test::Pdf pdf(Print(*d));
+  italic->FontName("Calibri"), italic->FontSize(8), italic->Italic(true), italic->Underligne(true);
+  auto filled = AddField(*d, 1, "L3_Fond", 300, 900, 900, 1000, "x");
+  filled->Transparent(false), filled->BackColor(0x00FF00);  // green
+  AddField(*d, 1, "L4_Transparent", 300, 1200, 900, 1300, "y")->BackColor(0x00FF00);
+  AddField(*d, 1, "L5_Cache", 300, 1500, 900, 1580, "Invisible")->Imprimable(0);
+  const struct { const char* name; const char* value; bool non_imprime0; int16_t decimals; } numbers[] = {
+      {"L6_Zero", "0,00", true, 2}, {"L7_NonZero", "3", true, 2}, {"L8_ZeroImprime", "0", false, 1},
+      {"L9_Montant", "12", false, 2}, {"L10_Calcul", "5", false, 2}};
+  float top = 1800;
+  for (const auto& n : numbers) {
+    auto field = AddField(*d, 1, n.name, 300, top, 900, top + 80, n.value);
+    field->NonImprime0 = n.non_imprime0, field->Décimales(n.decimals), field->Type_Champ(1);
+    top += 200;
+  }
+  PrintOptions options;
+  options.values["l9_montant"] = "1 234.5";  // names without regard to case
+  options.value_of = [](const CChamp& field) -> std::optional<std::string> {
+    if (field.Nom() == "L10_Calcul") return std::string("Calculé");
+    return std::nullopt;
+  };
+  const test::Pdf pdf(Print(*d, options));
   EXPECT_EQ(pdf.title(), "Détail estimatif.det");
-  const struct { const char* text; const char* font; double size, red; } cases[] = {
+  const struct { const char* text; const char* font; double size, red; } styles[] = {
       {"Quantité été", "LiberationSerif-Bold", 12, 1}, {"Calibri italique", "Carlito-Italic", 8, 0}};
-  for (const auto& c : cases) {
+  for (const auto& c : styles) {
     const auto found = pdf.Find(1, c.text);
     ASSERT_EQ(found.size(), 1u) << pdf.text(1);
     const auto style = pdf.StyleAt(1, found[0]);
@@ -345,42 +363,13 @@ TEST_F(PrintPdfTest, TextStyleFontsAndTitle) {
   const auto fonts = pdf.Fonts();  // every font embedded as a subset
   ASSERT_FALSE(fonts.empty());
   for (const auto& [name, subset] : fonts) EXPECT_TRUE(subset) << name;
-  EXPECT_TRUE(report_.warnings.empty()) << report_.warnings.front();
-}
-
-TEST_F(PrintPdfTest, BackColourFillsTheBoxUnlessTransparent) {
-  auto d = test::MakeDocument(1);
-  auto filled = AddField(*d, 1, "L1_Fond", 300, 300, 900, 400, "x");
-  filled->Transparent(false);
-  filled->BackColor(0x00FF00);  // green
-  AddField(*d, 1, "L2_Transparent", 300, 600, 900, 700, "y")->BackColor(0x00FF00);
-  const test::Pdf pdf(Print(*d));
   // Near the right end of each box, away from the text.
-  EXPECT_EQ(test::PixelAt(pdf.Render(1, 850.0 / 300 * 72, 350.0 / 300 * 72, 2, 2, 2).get(), 1, 1), 0x00FF00u);
-  EXPECT_EQ(test::PixelAt(pdf.Render(1, 850.0 / 300 * 72, 650.0 / 300 * 72, 2, 2, 2).get(), 1, 1), 0xFFFFFFu);
-}
-
-TEST_F(PrintPdfTest, FieldsNotPrintableAndZeroesOfNonImprime0AreLeftOut) {
-  auto d = test::MakeDocument(1);
-  AddField(*d, 1, "L1_Cache", 300, 300, 900, 380, "Invisible")->Imprimable(0);
-  const struct { const char* name; const char* value; bool non_imprime0; int16_t decimals; } numbers[] = {
-      {"L2_Zero", "0,00", true, 2}, {"L3_NonZero", "3", true, 2}, {"L4_ZeroImprime", "0", false, 1}};
-  float top = 500;
-  for (const auto& n : numbers) {
-    auto field = AddField(*d, 1, n.name, 300, top, 900, top + 80, n.value);
-    field->NonImprime0 = n.non_imprime0;
-    field->Décimales(n.decimals);
-    field->Type_Champ(1);
-    top += 200;
-  }
-  CurrentPlatform().SetLocale(Locale::Comma());
-  const test::Pdf pdf(Print(*d));
-  const std::string text = pdf.text(1);
-  EXPECT_EQ(text.find("Invisible"), std::string::npos);
-  EXPECT_TRUE(pdf.Find(1, "0,00").empty()) << text;
-  EXPECT_EQ(pdf.Find(1, "3,00").size(), 1u) << text;
-  EXPECT_EQ(pdf.Find(1, "0,0").size(), 1u) << text;
-  EXPECT_EQ(report_.fields, 2);
+  EXPECT_EQ(test::PixelAt(pdf.Render(1, 850.0 / 300 * 72, 950.0 / 300 * 72, 2, 2, 2).get(), 1, 1), 0x00FF00u);
+  EXPECT_EQ(test::PixelAt(pdf.Render(1, 850.0 / 300 * 72, 1250.0 / 300 * 72, 2, 2, 2).get(), 1, 1), 0xFFFFFFu);
+  for (const char* absent : {"Invisible", "0,00", "12,00", "5,00"}) EXPECT_TRUE(pdf.Find(1, absent).empty()) << absent;
+  for (const char* shown : {"3,00", "0,0", "1234,50", "Calculé"}) EXPECT_EQ(pdf.Find(1, shown).size(), 1u) << shown;
+  EXPECT_EQ(report_.fields, 8);
+  EXPECT_TRUE(report_.warnings.empty()) << report_.warnings.front();
 }
 
 TEST_F(PrintPdfTest, TestSheetCrosshairsStandAtTheCalibrationPoints) {
@@ -449,24 +438,6 @@ TEST_F(PrintPdfTest, PagesAreChosenAndBadOnesReported) {
     EXPECT_EQ(std::string(e.what()), "no page to print");
     EXPECT_EQ(e.warnings().size(), 1u);
   }
-}
-
-TEST_F(PrintPdfTest, ValuesGivenForThePrintAndFromAValueSource) {
-  auto d = AlignedDocument();
-  auto amount = AddField(*d, 1, "L9_Montant", 300, 2000, 900, 2080, "12");
-  amount->Décimales(2);
-  amount->Type_Champ(1);
-  PrintOptions options;
-  options.values["l9_montant"] = "1 234.5";  // names without regard to case
-  options.value_of = [](const CChamp& field) -> std::optional<std::string> {
-    if (field.Nom() == "L1_Gauche") return std::string("Calculé");
-    return std::nullopt;
-  };
-  const test::Pdf pdf(Print(*d, options));
-  EXPECT_EQ(pdf.Find(1, "1234.50").size(), 1u) << pdf.text(1);
-  EXPECT_EQ(pdf.Find(1, "Calculé").size(), 1u);
-  EXPECT_TRUE(pdf.Find(1, "Gauche 1").empty());
-  EXPECT_EQ(pdf.Find(1, "Droite 1").size(), 1u);  // the model's value
 }
 
 TEST_F(PrintPdfTest, WritesThroughATemporaryFileAndReportsAFailedWrite) {

@@ -225,14 +225,16 @@ std::string MakeTiff() {
       TIFFSetField(tiff, tag, value);
     }
     for (const auto& [tag, value] : {std::pair<ttag_t, int>{TIFFTAG_SAMPLESPERPIXEL, 3}, {TIFFTAG_BITSPERSAMPLE, 8},
-                                    {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB}, {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG}}) {
+                                     {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB},
+                                     {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG}}) {
       TIFFSetField(tiff, tag, value);
     }
     TIFFSetField(tiff, TIFFTAG_PAGENUMBER, page, 2);
     const uint32_t x0 = page == 0 ? 100 : 300, y0 = page == 0 ? 100 : 500;
     std::vector<unsigned char> row(w * 3);
     for (uint32_t y = 0; y < h; ++y) {
-      for (uint32_t x = 0; x < w * 3; ++x) row[x] = x / 3 >= x0 && x / 3 < x0 + 100 && y >= y0 && y < y0 + 100 ? 0 : 255;
+      const bool in_rows = y >= y0 && y < y0 + 100;
+      for (uint32_t x = 0; x < w * 3; ++x) row[x] = in_rows && x / 3 >= x0 && x / 3 < x0 + 100 ? 0 : 255;
       TIFFWriteScanline(tiff, row.data(), y, 0);
     }
     TIFFWriteDirectory(tiff);
