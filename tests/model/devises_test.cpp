@@ -2,11 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "mandor/testing/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor {
@@ -16,15 +14,8 @@ using test_util::ErrorNumberOf;
 
 class DevisesTest : public test_util::MemoryPlatformTest {
  protected:
-  // The code of the entry Item(key) returns, or "error n" when it fails.
-  template <typename Key>
-  std::string Lookup(Key key) {
-    std::string code;
-    const int error = ErrorNumberOf([&] { code = devises_.Item(key)->code(); });
-    return error ? "error " + std::to_string(error) : code;
-  }
-
-  // Runs the lookups of a table, a position when key is nullptr.
+  // One lookup: by key, or by position when key is null; expected is the
+  // code found or "error n".
   struct Case {
     const char* key;
     long position;
@@ -33,7 +24,11 @@ class DevisesTest : public test_util::MemoryPlatformTest {
   void ExpectLookups(const std::vector<Case>& cases) {
     for (const auto& c : cases) {
       SCOPED_TRACE(c.key ? std::string("key ") + c.key : "position " + std::to_string(c.position));
-      EXPECT_EQ(c.key ? Lookup(std::string(c.key)) : Lookup(c.position), c.expected);
+      std::string code;
+      const int error = ErrorNumberOf([&] {
+        code = (c.key ? devises_.Item(std::string(c.key)) : devises_.Item(c.position))->code();
+      });
+      EXPECT_EQ(error ? "error " + std::to_string(error) : code, c.expected);
     }
   }
 
@@ -51,9 +46,8 @@ TEST_F(DevisesTest, NewTableHoldsTheBuiltInEuro) {
                  {nullptr, -1, invalid_}, {nullptr, 2, invalid_}});
   EXPECT_EQ(devises_.FindPos("EUR"), 0);
   EXPECT_EQ(devises_.FindPos(""), 0);
-  EXPECT_FALSE(devises_.Find("EUR"));     // not a key
-  EXPECT_TRUE(devises_.Find(""));
-  EXPECT_TRUE(devises_.Find("EUR(Defaut)"));
+  EXPECT_FALSE(devises_.Find("EUR"));  // not a key
+  EXPECT_TRUE(devises_.Find("") && devises_.Find("EUR(Defaut)"));
 }
 
 TEST_F(DevisesTest, AddedEntriesAreKeyedByCodeIgnoringCase) {

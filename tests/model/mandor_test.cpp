@@ -1,3 +1,5 @@
+// The document, its pages and rulers: names and types, look-ups, positions in
+// points and the fonts a ruler shares.
 #include "mandor/model/mandor.h"
 
 #include <gtest/gtest.h>
@@ -5,7 +7,6 @@
 #include <memory>
 #include <string>
 
-#include "mandor/testing/memory_platform.h"
 #include "tests/test_util.h"
 
 namespace mandor {
@@ -15,17 +16,11 @@ using test_util::ErrorNumberOf;
 
 class MandorTest : public test_util::MemoryPlatformTest {
  protected:
-  MandorTest() { platform_->SetLocale(Locale::Comma()); }
-  std::shared_ptr<CRegle> Ruler(const std::string& name) {
-    auto r = std::make_shared<CRegle>();
-    r->Nom = name;
-    return r;
-  }
-
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 
 TEST_F(MandorTest, NomDocumentDerivesShortNameAndType) {
+  platform_->SetLocale(Locale::Comma());
   // An unknown ending leaves the type as it was; lengths count characters, not bytes.
   const struct { const char* name; const char* short_name; const char* type; } cases[] = {
       {"DEVIS.BPX", "DEVIS.", "Prix"}, {"lot1.det", "lot1.", "Détail"}, {"acte.ae", "acte", "AE"},
@@ -41,8 +36,11 @@ TEST_F(MandorTest, NomDocumentDerivesShortNameAndType) {
 }
 
 TEST_F(MandorTest, LookUpsReturnNullInsteadOfFailing) {
-  doc_->Regles_V.Add(Ruler("PU"), "PU");
-  doc_->Regles_H.Add(Ruler("L1"), "L1");
+  for (auto* rulers : {&doc_->Regles_V, &doc_->Regles_H}) {
+    auto r = std::make_shared<CRegle>();
+    r->Nom = rulers == &doc_->Regles_V ? "PU" : "L1";
+    rulers->Add(r, r->Nom);
+  }
   EXPECT_EQ(doc_->RegleV("pu")->Nom + doc_->RegleH("l1")->Nom, "PUL1");
   EXPECT_EQ(doc_->RegleV("L1"), nullptr);
   EXPECT_EQ(doc_->RegleH("nope"), nullptr);
@@ -53,6 +51,43 @@ TEST_F(MandorTest, LookUpsReturnNullInsteadOfFailing) {
   EXPECT_EQ(doc_->PageCourante(), page);
   doc_->numero_page = 1;
   EXPECT_EQ(doc_->PageCourante(), nullptr);
+}
+
+TEST_F(MandorTest, PageAndRulerPointsFollowThePageResolutions) {
+  auto page = std::make_shared<CPage>();
+  page->SetSize(200, 100, 2480, 3508);  // vertical resolution first
+  EXPECT_FLOAT_EQ(page->Width_Point(), 2480.0f / 100 * 72);
+  EXPECT_FLOAT_EQ(page->Height_Point(), 3508.0f / 200 * 72);
+  CRegle ruler;
+  ruler.Position_pixel_X = 300;
+  ruler.Position_pixel_Y = 600;
+  EXPECT_EQ(ruler.Position_point_X() + ruler.Position_point_Y(), 0) << "no page";
+  ruler.Page(page);
+  page->hResolution(200);
+  page->vResolution(300);
+  EXPECT_FLOAT_EQ(ruler.Position_point_X(), 108);
+  EXPECT_FLOAT_EQ(ruler.Position_point_Y(), 216) << "Y divides by hResolution (200), not 300";
+  page->vResolution(0);
+  EXPECT_EQ(ErrorNumberOf([&] { page->Height_Point(); }), kDivisionByZero);
+  ruler.WidthChamp(240);
+  EXPECT_FLOAT_EQ(ruler.largeur_cm, 2);
+}
+
+TEST_F(MandorTest, RulerFontIsSharedAndFollowsItsDocument) {
+  CRegle ruler;
+  EXPECT_EQ(ruler.Alignement(), 3) << "an alignment the ruler does not set";
+  ruler.Alignement(2);
+  EXPECT_EQ(ruler.Font()->Alignment(), "2");
+  ruler.Alignement(7);
+  EXPECT_EQ(ruler.Alignement(), 2) << "other codes change nothing";
+  ruler.GetFontClassFromProperties()->Bold(true);
+  EXPECT_TRUE(ruler.Bold()) << "the font object itself, not a copy";
+  doc_->FonteName("Courier");
+  ruler.oOwnerMandor(doc_);
+  EXPECT_EQ(ruler.FontName(), "Courier");
+  auto adopted = std::make_shared<CFont>();
+  ruler.Font(adopted);
+  EXPECT_EQ(adopted->ParentFont1, doc_->Font());
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <memory>
 #include <string>
@@ -15,23 +14,21 @@ namespace mandor {
 namespace {
 
 // Fills one collection through InsérerChamp and a second through the index,
-// with the same fields, and checks after every insert that both hold the
-// fields in the same order.
+// with the same fields (bottom, right edges), and checks after every insert
+// that both hold the fields in the same order.
 void ExpectSameOrderAsInsererChamp(const std::vector<std::pair<float, float>>& edges) {
   Mandor doc;
   Collection<CChamp> by_walk, by_index;
   ReadingOrder order;
   for (size_t i = 0; i < edges.size(); ++i) {
     auto field = std::make_shared<CChamp>();
-    std::string name = "F";
+    std::string name = "F";  // appended: GCC 12 at -O3 warns falsely on "F" + text (-Wrestrict)
     name += std::to_string(i);
     field->Nom(name);
-    field->Position_pixel_Bottom = edges[i].first;
-    field->Position_pixel_Right = edges[i].second;
+    std::tie(field->Position_pixel_Bottom, field->Position_pixel_Right) = edges[i];
     doc.InsérerChamp(by_walk, field);
     const long position = order.InsertionPoint(edges[i].first, edges[i].second);
-    ASSERT_GE(position, 1);
-    ASSERT_LE(position, by_index.Count() + 1);
+    ASSERT_TRUE(position >= 1 && position <= by_index.Count() + 1) << position;
     if (position > by_index.Count()) {
       by_index.Add(field, field->Nom());
     } else {

@@ -3,15 +3,14 @@
 #include <cairo-pdf.h>
 #include <glib.h>
 #include <gtest/gtest.h>
-#include <tiffio.h>
 #include <poppler.h>
+#include <tiffio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <limits>
-#include <algorithm>
 
 namespace mandor::print::test {
 
@@ -35,10 +34,8 @@ std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& 
   field->oOwnerPage = owner;
   field->Page = static_cast<int16_t>(page);
   field->Nom(name);
-  field->Position_pixel_Left = left;
-  field->Position_pixel_Top = top;
-  field->Position_pixel_Right = right;
-  field->Position_pixel_Bottom = bottom;
+  field->Position_pixel_Left = left, field->Position_pixel_Top = top;
+  field->Position_pixel_Right = right, field->Position_pixel_Bottom = bottom;
   field->Imprimable(-1);
   field->valeur(value);
   owner->Champs.Add(field, name);
@@ -46,42 +43,35 @@ std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& 
   return field;
 }
 
-std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
-
 namespace {
 PopplerDocument* Doc(void* p) { return static_cast<PopplerDocument*>(p); }
 
 struct PageRef {
   PopplerPage* page;
-  explicit PageRef(void* document, int number) : page(poppler_document_get_page(Doc(document), number - 1)) {}
+  PageRef(void* document, int number) : page(poppler_document_get_page(Doc(document), number - 1)) {}
   ~PageRef() {
     if (page != nullptr) g_object_unref(page);
   }
 };
 
-// The page text as code points, with the box of each.
-struct Layout {
-  std::u32string text;
-  std::vector<PopplerRectangle> boxes;
-};
+std::u32string Ucs4(const char* utf8) {
+  glong length = 0;
+  gunichar* ucs = g_utf8_to_ucs4_fast(utf8, -1, &length);
+  std::u32string text(reinterpret_cast<char32_t*>(ucs), static_cast<size_t>(length));
+  g_free(ucs);
+  return text;
+}
 
-Layout LayoutOf(PopplerPage* page) {
-  Layout layout;
-  char* text = poppler_page_get_text(page);
-  if (text != nullptr) {
-    glong length = 0;
-    gunichar* ucs = g_utf8_to_ucs4_fast(text, -1, &length);
-    layout.text.assign(reinterpret_cast<char32_t*>(ucs), static_cast<size_t>(length));
-    g_free(ucs);
-    g_free(text);
-  }
-  PopplerRectangle* rects = nullptr;
-  guint n = 0;
-  if (poppler_page_get_text_layout(page, &rects, &n)) {
-    layout.boxes.assign(rects, rects + n);
-    g_free(rects);
-  }
-  return layout;
+// Glib's text, freed, as a std::string.
+std::string Take(char* text) {
+  std::string out = text != nullptr ? text : "";
+  g_free(text);
+  return out;
+}
+
+cairo_status_t Append(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+  return CAIRO_STATUS_SUCCESS;
 }
 }  // namespace
 
@@ -98,67 +88,48 @@ Pdf::~Pdf() {
 
 int Pdf::pages() const { return document_ ? poppler_document_get_n_pages(Doc(document_)) : 0; }
 
-double Pdf::width(int page) const {
+std::pair<double, double> Pdf::size(int page) const {
   PageRef p(document_, page);
   double w = 0, h = 0;
   if (p.page != nullptr) poppler_page_get_size(p.page, &w, &h);
-  return w;
+  return {w, h};
 }
 
-double Pdf::height(int page) const {
-  PageRef p(document_, page);
-  double w = 0, h = 0;
-  if (p.page != nullptr) poppler_page_get_size(p.page, &w, &h);
-  return h;
-}
-
-std::string Pdf::title() const {
-  gchar* title = poppler_document_get_title(Doc(document_));
-  std::string out = title != nullptr ? title : "";
-  g_free(title);
-  return out;
-}
+std::string Pdf::title() const { return Take(poppler_document_get_title(Doc(document_))); }
 
 std::string Pdf::text(int page) const {
   PageRef p(document_, page);
-  if (p.page == nullptr) return "";
-  char* text = poppler_page_get_text(p.page);
-  std::string out = text != nullptr ? text : "";
-  g_free(text);
-  return out;
+  return p.page == nullptr ? "" : Take(poppler_page_get_text(p.page));
 }
 
 std::vector<TextBox> Pdf::Find(int page, const std::string& needle) const {
   std::vector<TextBox> found;
   PageRef p(document_, page);
   if (p.page == nullptr || needle.empty()) return found;
-  const Layout layout = LayoutOf(p.page);
-  glong length = 0;
-  gunichar* ucs = g_utf8_to_ucs4_fast(needle.c_str(), -1, &length);
-  const std::u32string wanted(reinterpret_cast<char32_t*>(ucs), static_cast<size_t>(length));
-  g_free(ucs);
-  for (size_t at = layout.text.find(wanted); at != std::u32string::npos; at = layout.text.find(wanted, at + 1)) {
-    if (at + wanted.size() > layout.boxes.size()) break;
-    TextBox box{std::numeric_limits<double>::max(), std::numeric_limits<double>::max(),
-                std::numeric_limits<double>::lowest(), std::numeric_limits<double>::lowest(), static_cast<int>(at)};
+  // The page text as code points, with the box of each.
+  const std::u32string text = Ucs4(Take(poppler_page_get_text(p.page)).c_str()), wanted = Ucs4(needle.c_str());
+  PopplerRectangle* rects = nullptr;
+  guint n = 0;
+  if (!poppler_page_get_text_layout(p.page, &rects, &n)) return found;
+  for (size_t at = text.find(wanted); at != std::u32string::npos && at + wanted.size() <= n;
+       at = text.find(wanted, at + 1)) {
+    constexpr double kMax = std::numeric_limits<double>::max();
+    TextBox box{kMax, kMax, -kMax, -kMax, static_cast<int>(at)};
     for (size_t i = at; i < at + wanted.size(); ++i) {
-      const PopplerRectangle& r = layout.boxes[i];
-      box.x1 = std::min(box.x1, r.x1);
-      box.y1 = std::min(box.y1, r.y1);
-      box.x2 = std::max(box.x2, r.x2);
-      box.y2 = std::max(box.y2, r.y2);
+      box.x1 = std::min(box.x1, rects[i].x1), box.y1 = std::min(box.y1, rects[i].y1);
+      box.x2 = std::max(box.x2, rects[i].x2), box.y2 = std::max(box.y2, rects[i].y2);
     }
     found.push_back(box);
   }
+  g_free(rects);
   return found;
 }
 
 std::optional<TextBox> Pdf::FindNear(int page, const std::string& needle, double x, double y) const {
   std::optional<TextBox> best;
-  double best_distance = 0;
+  const auto distance = [&](const TextBox& box) { return std::hypot(box.cx() - x, box.cy() - y); };
   for (const TextBox& box : Find(page, needle)) {
-    const double d = std::hypot(box.cx() - x, box.cy() - y);
-    if (!best || d < best_distance) best = box, best_distance = d;
+    if (!best || distance(box) < distance(*best)) best = box;
   }
   return best;
 }
@@ -168,12 +139,11 @@ std::optional<Pdf::Style> Pdf::StyleAt(int page, const TextBox& box) const {
   if (p.page == nullptr) return std::nullopt;
   std::optional<Style> style;
   GList* attributes = poppler_page_get_text_attributes(p.page);
-  for (GList* item = attributes; item != nullptr; item = item->next) {
-    auto* a = static_cast<PopplerTextAttributes*>(item->data);
+  for (GList* item = attributes; item != nullptr && !style; item = item->next) {
+    const auto* a = static_cast<PopplerTextAttributes*>(item->data);
     if (box.start >= a->start_index && box.start <= a->end_index) {
       style = Style{a->font_name != nullptr ? a->font_name : "", a->font_size, a->color.red / 65535.0,
-                    a->color.green / 65535.0, a->color.blue / 65535.0, a->is_underlined != 0};
-      break;
+                    a->color.green / 65535.0, a->color.blue / 65535.0};
     }
   }
   poppler_page_free_text_attributes(attributes);
@@ -185,13 +155,12 @@ std::vector<std::pair<std::string, bool>> Pdf::Fonts() const {
   PopplerFontInfo* info = poppler_font_info_new(Doc(document_));
   PopplerFontsIter* iter = nullptr;
   while (poppler_font_info_scan(info, 20, &iter)) {
-    if (iter == nullptr) continue;
-    do {
+    for (bool more = iter != nullptr; more; more = poppler_fonts_iter_next(iter)) {
       const char* name = poppler_fonts_iter_get_name(iter);
       fonts.emplace_back(name != nullptr ? name : "",
                          poppler_fonts_iter_is_embedded(iter) && poppler_fonts_iter_is_subset(iter));
-    } while (poppler_fonts_iter_next(iter));
-    poppler_fonts_iter_free(iter);
+    }
+    if (iter != nullptr) poppler_fonts_iter_free(iter);
     iter = nullptr;
   }
   g_object_unref(info);
@@ -200,9 +169,10 @@ std::vector<std::pair<std::string, bool>> Pdf::Fonts() const {
 
 std::shared_ptr<cairo_surface_t> Pdf::Render(int page, double x, double y, double w, double h,
                                              double pixels_per_point) const {
-  const int pw = static_cast<int>(std::ceil(w * pixels_per_point)), ph = static_cast<int>(std::ceil(h * pixels_per_point));
-  std::shared_ptr<cairo_surface_t> surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, pw, ph),
-                                           cairo_surface_destroy);
+  std::shared_ptr<cairo_surface_t> surface(
+      cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(std::ceil(w * pixels_per_point)),
+                                 static_cast<int>(std::ceil(h * pixels_per_point))),
+      cairo_surface_destroy);
   cairo_t* cr = cairo_create(surface.get());
   cairo_set_source_rgb(cr, 1, 1, 1);
   cairo_paint(cr);
@@ -216,19 +186,11 @@ std::shared_ptr<cairo_surface_t> Pdf::Render(int page, double x, double y, doubl
 }
 
 uint32_t PixelAt(cairo_surface_t* surface, int x, int y) {
-  const unsigned char* data = cairo_image_surface_get_data(surface);
-  const int stride = cairo_image_surface_get_stride(surface);
-  return *reinterpret_cast<const uint32_t*>(data + static_cast<size_t>(y) * stride + static_cast<size_t>(x) * 4) &
-         0xFFFFFF;
+  const unsigned char* row = cairo_image_surface_get_data(surface) +
+                             static_cast<size_t>(y) * cairo_image_surface_get_stride(surface);
+  return *reinterpret_cast<const uint32_t*>(row + static_cast<size_t>(x) * 4) & 0xFFFFFF;
 }
 
-cairo_status_t Append(void* closure, const unsigned char* data, unsigned int length) {
-  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
-  return CAIRO_STATUS_SUCCESS;
-}
-
-// A scanned form as a PDF of `pages` A4 pages: on page n, the word "SCANn"
-// at (100 pt, 100 pt) and a black square of 50 pt at (200 pt, 300 pt).
 std::string MakePdfScan(int pages) {
   std::string bytes;
   cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(Append, &bytes, 595.2, 841.92);
@@ -256,35 +218,33 @@ std::string MakeTiff() {
   if (fd >= 0) close(fd);
   TIFF* tiff = TIFFOpen(path.c_str(), "w");
   EXPECT_NE(tiff, nullptr);
-  const uint32_t w = 600, h = 800;
-  for (int page = 0; page < 2; ++page) {
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, w);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, h);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, h);
-    TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
+  constexpr uint32_t w = 600, h = 800;
+  for (uint16_t page = 0; page < 2; ++page) {
+    for (const auto& [tag, value] : {std::pair<ttag_t, uint32_t>{TIFFTAG_IMAGEWIDTH, w}, {TIFFTAG_IMAGELENGTH, h},
+                                    {TIFFTAG_ROWSPERSTRIP, h}, {TIFFTAG_SUBFILETYPE, FILETYPE_PAGE}}) {
+      TIFFSetField(tiff, tag, value);
+    }
+    for (const auto& [tag, value] : {std::pair<ttag_t, int>{TIFFTAG_SAMPLESPERPIXEL, 3}, {TIFFTAG_BITSPERSAMPLE, 8},
+                                     {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB},
+                                     {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG}}) {
+      TIFFSetField(tiff, tag, value);
+    }
     TIFFSetField(tiff, TIFFTAG_PAGENUMBER, page, 2);
     const uint32_t x0 = page == 0 ? 100 : 300, y0 = page == 0 ? 100 : 500;
     std::vector<unsigned char> row(w * 3);
     for (uint32_t y = 0; y < h; ++y) {
-      for (uint32_t x = 0; x < w; ++x) {
-        const bool ink = x >= x0 && x < x0 + 100 && y >= y0 && y < y0 + 100;
-        row[x * 3] = row[x * 3 + 1] = row[x * 3 + 2] = ink ? 0 : 255;
-      }
+      const bool in_rows = y >= y0 && y < y0 + 100;
+      for (uint32_t x = 0; x < w * 3; ++x) row[x] = in_rows && x / 3 >= x0 && x / 3 < x0 + 100 ? 0 : 255;
       TIFFWriteScanline(tiff, row.data(), y, 0);
     }
     TIFFWriteDirectory(tiff);
   }
   TIFFClose(tiff);
-  std::string bytes = ReadBytes(path);
+  std::string bytes = test_util::ReadBytes(path);
   std::filesystem::remove(path);
   return bytes;
 }
 
-// A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).
 std::string MakePng() {
   cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 300, 400);
   cairo_t* cr = cairo_create(surface);
@@ -300,21 +260,17 @@ std::string MakePng() {
   return bytes;
 }
 
-// The colour at (x, y) of a PNG.
 uint32_t PngPixel(const std::string& png, int x, int y) {
-  struct Reader {
-    const std::string* bytes;
-    size_t at;
-  } reader{&png, 0};
+  std::string_view rest = png;
   cairo_surface_t* surface = cairo_image_surface_create_from_png_stream(
       [](void* closure, unsigned char* data, unsigned int length) {
-        auto* r = static_cast<Reader*>(closure);
-        if (r->bytes->size() - r->at < length) return CAIRO_STATUS_READ_ERROR;
-        std::copy_n(r->bytes->data() + r->at, length, data);
-        r->at += length;
+        auto* r = static_cast<std::string_view*>(closure);
+        if (r->size() < length) return CAIRO_STATUS_READ_ERROR;
+        std::copy_n(r->data(), length, data);
+        r->remove_prefix(length);
         return CAIRO_STATUS_SUCCESS;
       },
-      &reader);
+      &rest);
   const uint32_t pixel = cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS ? PixelAt(surface, x, y) : 0x123456;
   cairo_surface_destroy(surface);
   return pixel;

@@ -1,6 +1,6 @@
-// Helpers of the print tests: documents built in code, a temporary folder,
-// and a reader of produced PDFs through poppler-glib (text with the boxes of
-// its characters, fonts, title, and pictures of parts of a page).
+// Helpers of the print tests: documents built in code, a reader of produced
+// PDFs through poppler-glib (text with the boxes of its characters, styles,
+// fonts, title, pictures of parts of a page) and scans made in the tests.
 #ifndef MANDOR_TESTS_PRINT_PRINT_TEST_UTIL_H_
 #define MANDOR_TESTS_PRINT_PRINT_TEST_UTIL_H_
 
@@ -16,21 +16,18 @@
 
 namespace mandor::print::test {
 
-constexpr double kCm = 72.0 / 2.54;       // points per cm
+constexpr double kCm = 72.0 / 2.54;              // points per cm
 constexpr double kTolerancePt = 0.2 / 10 * kCm;  // 0.2 mm
 
 // A document of `pages` pages of w x h pixels at `dpi`, with no fields.
 std::shared_ptr<Mandor> MakeDocument(int pages, float w = 2480, float h = 3508, int16_t dpi = 300);
-
-// Adds a field on page `page` (1-based) with its pixel rectangle and value.
+// Adds a printable field on page `page` (1-based) with its pixel rectangle and value.
 std::shared_ptr<CChamp> AddField(Mandor& document, int page, const std::string& name, float left, float top,
                                  float right, float bottom, const std::string& value);
 
-using mandor::test_util::ReadBytes;
-
 struct TextBox {
   double x1 = 0, y1 = 0, x2 = 0, y2 = 0;  // points, from the page's top-left corner
-  int start = 0;  // index of the first character in the page text
+  int start = 0;                          // index of the first character in the page text
   double cx() const { return (x1 + x2) / 2; }
   double cy() const { return (y1 + y2) / 2; }
 };
@@ -44,21 +41,18 @@ class Pdf {
 
   bool ok() const { return document_ != nullptr; }
   int pages() const;
-  double width(int page) const;  // points; page counted from 1
-  double height(int page) const;
+  std::pair<double, double> size(int page) const;  // points; pages counted from 1
   std::string title() const;
   std::string text(int page) const;
   // Every occurrence of `needle` on the page, as the union of its characters' boxes.
   std::vector<TextBox> Find(int page, const std::string& needle) const;
   // The occurrence whose centre is nearest to (x, y), or nullopt.
   std::optional<TextBox> FindNear(int page, const std::string& needle, double x, double y) const;
-  // Font name and size of the character at the start of an occurrence.
   struct Style {
     std::string font;
-    double size = 0;
-    double r = 0, g = 0, b = 0;
-    bool underlined = false;
+    double size = 0, r = 0, g = 0, b = 0;
   };
+  // Font, size and colour of the character at the start of an occurrence.
   std::optional<Style> StyleAt(int page, const TextBox& box) const;
   // Names of the fonts used, with whether each is embedded as a subset.
   std::vector<std::pair<std::string, bool>> Fonts() const;
@@ -86,8 +80,7 @@ std::string MakePng();
 // The colour at (x, y) of a PNG as 0xRRGGBB (0x123456 when it does not decode).
 uint32_t PngPixel(const std::string& png, int x, int y);
 
-// Path of a sample file.
-std::string Sample(const std::string& name);
+inline std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
 
 }  // namespace mandor::print::test
 

@@ -48,24 +48,24 @@ class FaultPlatform : public MemoryPlatform {
   void RenameFile(const std::string& from, const std::string& to) override {
     Touch("rename " + from + " " + to), MemoryPlatform::RenameFile(from, to);
   }
-  std::vector<FolderEntry> ListFolder(const std::string& folder) override {
-    return Touch("list " + folder), MemoryPlatform::ListFolder(folder);
+  std::vector<FolderEntry> ListFolder(const std::string& f) override {
+    return Touch("list " + f), MemoryPlatform::ListFolder(f);
   }
   std::unique_ptr<TextFile> OpenTextFile(const std::string& path, OpenMode mode) override {
     Touch((mode == OpenMode::kInput ? "open-input " : "open-output ") + path);
     return std::make_unique<File>(*this, MemoryPlatform::OpenTextFile(path, mode), path);
   }
-  std::string ReadFileBytes(const std::string& path) override {
-    return Touch("read-bytes " + path), MemoryPlatform::ReadFileBytes(path);
+  std::string ReadFileBytes(const std::string& p) override {
+    return Touch("read-bytes " + p), MemoryPlatform::ReadFileBytes(p);
   }
-  void WriteFileBytes(const std::string& path, std::string_view bytes) override {
-    Touch("write-bytes " + path), MemoryPlatform::WriteFileBytes(path, bytes);
+  void WriteFileBytes(const std::string& p, std::string_view b) override {
+    Touch("write-bytes " + p), MemoryPlatform::WriteFileBytes(p, b);
   }
   std::string CreateTemporaryFile(const std::string& target) override {
     return Touch("create-temporary " + target), MemoryPlatform::CreateTemporaryFile(target);
   }
-  void CommitFile(const std::string& temporary, const std::string& target) override {
-    Touch("flush " + temporary), MemoryPlatform::CommitFile(temporary, target);
+  void CommitFile(const std::string& t, const std::string& target) override {
+    Touch("flush " + t), MemoryPlatform::CommitFile(t, target);
   }
 
  private:

@@ -35,29 +35,27 @@ TEST_F(NullArgumentTest, EveryMemberTakingAnObjectRaisesObjectNotSetOnNull) {
   struct Call {
     const char* name;
     std::function<void()> call;
-    int error;
+    int error = kObjectNotSet;
   };
   const std::vector<Call> calls = {
-      {"CRegle::SetPropertiesFromFontClass", [&] { regle->SetPropertiesFromFontClass(no_font); }, kObjectNotSet},
-      {"CRegle::Font", [&] { regle->Font(no_font); }, kObjectNotSet},
-      {"CChamp::SetFontPropertiesFromFontClass", [&] { champ->SetFontPropertiesFromFontClass(no_font); },
-       kObjectNotSet},
-      {"Mandor::InsérerChamp", [&] { doc->InsérerChamp(page->Champs, no_field); }, kObjectNotSet},
-      {"Mandor::FormatNombre", [&] { doc->FormatNombre(no_field); }, kObjectNotSet},
-      {"Mandor::FormatNombreSortie", [&] { doc->FormatNombreSortie(no_field); }, kObjectNotSet},
-      {"Mandor::Pages.Add", [&] { doc->Pages.Add(nullptr, "p"); }, kObjectNotSet},
-      {"Mandor::Champs.Add", [&] { doc->Champs.Add(nullptr); }, kObjectNotSet},
-      {"Mandor::ChampsCachés.Add", [&] { doc->ChampsCachés.Add(nullptr); }, kObjectNotSet},
-      {"Mandor::ChampsFormules.Add", [&] { doc->ChampsFormules.Add(nullptr); }, kObjectNotSet},
-      {"Mandor::ChampsRecurrents.Add", [&] { doc->ChampsRecurrents.Add(nullptr); }, kObjectNotSet},
-      {"Mandor::champsContenantReference.Add", [&] { doc->champsContenantReference.Add(nullptr); },
-       kObjectNotSet},
-      {"Mandor::champsDataContrat.Add", [&] { doc->champsDataContrat.Add(nullptr); }, kObjectNotSet},
-      {"Mandor::Docs.Add", [&] { doc->Docs.Add(nullptr); }, kObjectNotSet},
-      {"Mandor::Regles_V.Add", [&] { doc->Regles_V.Add(nullptr, "x"); }, kObjectNotSet},
-      {"Mandor::Regles_H.Add", [&] { doc->Regles_H.Add(nullptr); }, kObjectNotSet},
-      {"CPage::Champs.AddBefore", [&] { page->Champs.AddBefore(nullptr, "", 1L); }, kObjectNotSet},
-      {"CPage::Regles_H.AddAfter", [&] { page->Regles_H.AddAfter(nullptr, "", 1L); }, kObjectNotSet},
+      {"CRegle::SetPropertiesFromFontClass", [&] { regle->SetPropertiesFromFontClass(no_font); }},
+      {"CRegle::Font", [&] { regle->Font(no_font); }},
+      {"CChamp::SetFontPropertiesFromFontClass", [&] { champ->SetFontPropertiesFromFontClass(no_font); }},
+      {"Mandor::InsérerChamp", [&] { doc->InsérerChamp(page->Champs, no_field); }},
+      {"Mandor::FormatNombre", [&] { doc->FormatNombre(no_field); }},
+      {"Mandor::FormatNombreSortie", [&] { doc->FormatNombreSortie(no_field); }},
+      {"Mandor::Pages.Add", [&] { doc->Pages.Add(nullptr, "p"); }},
+      {"Mandor::Champs.Add", [&] { doc->Champs.Add(nullptr); }},
+      {"Mandor::ChampsCachés.Add", [&] { doc->ChampsCachés.Add(nullptr); }},
+      {"Mandor::ChampsFormules.Add", [&] { doc->ChampsFormules.Add(nullptr); }},
+      {"Mandor::ChampsRecurrents.Add", [&] { doc->ChampsRecurrents.Add(nullptr); }},
+      {"Mandor::champsContenantReference.Add", [&] { doc->champsContenantReference.Add(nullptr); }},
+      {"Mandor::champsDataContrat.Add", [&] { doc->champsDataContrat.Add(nullptr); }},
+      {"Mandor::Docs.Add", [&] { doc->Docs.Add(nullptr); }},
+      {"Mandor::Regles_V.Add", [&] { doc->Regles_V.Add(nullptr, "x"); }},
+      {"Mandor::Regles_H.Add", [&] { doc->Regles_H.Add(nullptr); }},
+      {"CPage::Champs.AddBefore", [&] { page->Champs.AddBefore(nullptr, "", 1L); }},
+      {"CPage::Regles_H.AddAfter", [&] { page->Regles_H.AddAfter(nullptr, "", 1L); }},
       {"Devises::Add", [&] { Devises().Add(nullptr); }, kInvalidArgument},
   };
   const std::string before = test_util::Describe(*doc);

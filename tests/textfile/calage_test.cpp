@@ -18,14 +18,13 @@ class CalageTest : public TextFileTest {
   // Runs the computation and adds its result, messages and outputs to the transcript.
   void Compute(const std::string& label) {
     const bool ok = doc_->CalculerParamètresCalage();
-    transcript_ += "== " + label + "\n" + std::to_string(ok) + " " + std::to_string(doc_->résolution_papier_largeur) +
-                   " x " + std::to_string(doc_->résolution_papier_hauteur) + " px/cm, origin " +
-                   std::to_string(doc_->image_OrigineX_cm) + ", " + std::to_string(doc_->image_OrigineY_cm) +
-                   " cm, field " + std::to_string(doc_->champ_largeur_pixels) + " px, font " +
-                   std::to_string(doc_->Police_pixels_écran) + "/" + std::to_string(doc_->Police_texte_pixels_écran) +
-                   " px\n";
+    const auto text = [](auto v) { return std::to_string(v); };
+    transcript_ += "== " + label + "\n" + text(ok) + " " + text(doc_->résolution_papier_largeur) + " x " +
+                   text(doc_->résolution_papier_hauteur) + " px/cm, origin " + text(doc_->image_OrigineX_cm) + ", " +
+                   text(doc_->image_OrigineY_cm) + " cm, field " + text(doc_->champ_largeur_pixels) + " px, font " +
+                   text(doc_->Police_pixels_écran) + "/" + text(doc_->Police_texte_pixels_écran) + " px\n";
     for (const auto& m : platform_->messages()) {
-      transcript_ += "[" + m.title + "|" + std::to_string(static_cast<int>(m.style)) + "] " + m.text + "\n";
+      transcript_ += "[" + m.title + "|" + text(static_cast<int>(m.style)) + "] " + m.text + "\n";
     }
     platform_->ClearMessages();
   }

@@ -53,8 +53,8 @@ std::vector<std::string> Replaced(std::vector<std::string> lines, const std::str
 }
 
 // A small extended marking (one vertical ruler, one page with one ruler and
-// two fields) and a standard one with the same content, kept as UTF-8 text
-// templates that the tests edit before writing them in Windows-1252.
+// two fields) and a standard one with the same content, as UTF-8 templates
+// that the tests edit before writing them in Windows-1252.
 std::vector<std::string> SmallXnf() { return DataLines("small.xnf.txt"); }
 std::vector<std::string> SmallCnf() { return DataLines("small.cnf.txt"); }
 
@@ -119,25 +119,17 @@ class ReaderTest : public TextFileTest {
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 
-// --- layout helpers ---
-
+// The layout helpers, on the cases the saved files do not show.
 TEST_F(ReaderTest, FormatHelpers) {
-  // The cases the saved files do not show.
-  const std::pair<std::string, std::string> texts[] = {
-      {tf::NumberedKey("", 7), "7"}, {tf::GeneratedRulerId(123456), "123456"},
-      {tf::SeparatorToText(""), ""}};
-  for (const auto& [actual, expected] : texts) EXPECT_EQ(actual, expected);
-
+  EXPECT_EQ(tf::NumberedKey("", 7) + "|" + tf::GeneratedRulerId(123456) + "|" + tf::SeparatorToText(""), "7|123456|");
   const std::pair<const char*, std::optional<std::string>> separators[] = {
       {"TAB", "\t"}, {";x", ";"}, {"§;", "§"} /* one character, not one byte */, {"", ""}, {"inconnu", std::nullopt},
       {"tab", "t"} /* TAB is compared exactly */};
   for (const auto& [text, separator] : separators) EXPECT_EQ(tf::SeparatorFromText(text), separator) << text;
-
   const std::pair<const char*, std::optional<bool>> bools[] = {
       {"True", true}, {"true", true}, {"Vrai", true}, {"VRAI", true}, {"1", true}, {"-1", true}, {"False", false},
       {"Faux", false}, {"0", false}, {" 0 ", false}, {"", std::nullopt}, {"oui", std::nullopt}};
   for (const auto& [text, value] : bools) EXPECT_EQ(tf::ParseBoolText(text), value) << text;
-
   EXPECT_TRUE(tf::IsMdnFileName("prix.MDN") && tf::IsMdnFileName("prix.mdn") && tf::IsKnownOrientation(2));
   EXPECT_FALSE(tf::IsMdnFileName("prix.Mdn") || tf::IsMdnFileName("MDN") || tf::IsKnownOrientation(3));
 
@@ -145,9 +137,7 @@ TEST_F(ReaderTest, FormatHelpers) {
   EXPECT_EQ(tf::PixelText(1520.5f), "1520,5");
   EXPECT_DOUBLE_EQ(tf::ParseFileNumber("21.5"), 21.5);
   platform_->SetLocale(Locale::Point());
-  EXPECT_EQ(tf::CentimetreText(21.5f), "21,5");
-  EXPECT_EQ(tf::PixelText(1520.5f), "1520.5");
-  EXPECT_EQ(tf::CentimetreText(3.0f), "3");
+  EXPECT_EQ(tf::CentimetreText(21.5f) + " " + tf::PixelText(1520.5f) + " " + tf::CentimetreText(3.0f), "21,5 1520.5 3");
   EXPECT_DOUBLE_EQ(tf::ParseFileNumber("21,5"), 21.5);
   EXPECT_EQ(test_util::ErrorNumberOf([] { tf::ParseFileNumber("abc"); }), kTypeMismatch);
 }
@@ -183,12 +173,9 @@ TEST_P(ScheduleTest, Extended) {
   ASSERT_NO_FATAL_FAILURE(ExpectRead("xnf"));
 
   // A change on one recurrent copy reaches the master and the other copy.
-  auto report = doc_->ChampsRecurrents.Item("Report_Montant");
-  auto copy2 = doc_->Pages.Item(2)->Champs.Item("Report_Montant");
-  auto copy3 = doc_->Pages.Item(3)->Champs.Item("Report_Montant");
-  copy2->Décimales(3);
-  EXPECT_EQ(report->Décimales(), 3);
-  EXPECT_EQ(copy3->Décimales(), 3);
+  doc_->Pages.Item(2)->Champs.Item("Report_Montant")->Décimales(3);
+  EXPECT_EQ(doc_->ChampsRecurrents.Item("Report_Montant")->Décimales(), 3);
+  EXPECT_EQ(doc_->Pages.Item(3)->Champs.Item("Report_Montant")->Décimales(), 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothLocales, ScheduleTest, ::testing::Values(true, false), LocaleName);
@@ -263,8 +250,7 @@ TEST_F(ReaderTest, RestaurerMarquageChoosesTheLayout) {
   // Neither file: false, model untouched.
   doc_->Pages.Add(std::make_shared<CPage>(), "page_1");
   EXPECT_FALSE(doc_->RestaurerMarquage());
-  EXPECT_EQ(doc_->Pages.Count(), 1);
-  EXPECT_TRUE(platform_->messages().empty());
+  EXPECT_TRUE(doc_->Pages.Count() == 1 && platform_->messages().empty());
 
   // Only the ".cnf": the standard reader. Both: only the ".xnf" is read.
   PutDataCnf();

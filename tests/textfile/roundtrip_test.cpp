@@ -34,11 +34,8 @@ class RoundTripTest : public TextFileTest, public ::testing::WithParamInterface<
   // Saves in `layout` (the extended save also generates the identifiers).
   static void Save(Mandor& doc, Layout layout) {
     bool with_qte = true;
-    if (layout == Layout::kExtended) {
-      ASSERT_EQ(doc.SauvegarderMarquageEx(false, with_qte), 0);
-    } else {
-      ASSERT_EQ(doc.SauvegarderMarquageStd(), -1);
-    }
+    ASSERT_EQ(layout == Layout::kExtended ? doc.SauvegarderMarquageEx(false, with_qte) : doc.SauvegarderMarquageStd(),
+              layout == Layout::kExtended ? 0 : -1);
   }
 
   // Saves in `layout`, reads back and compares the reading with the described

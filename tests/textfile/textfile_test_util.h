@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -25,12 +26,8 @@ inline std::string DataFile(const std::string& name) { return test_util::DataFil
 // The lines of a UTF-8 data file written with LF ends.
 inline std::vector<std::string> DataLines(const std::string& name) {
   std::vector<std::string> lines;
-  std::string text = DataFile(name);
-  for (size_t start = 0, end; start < text.size(); start = end + 1) {
-    end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    lines.push_back(text.substr(start, end - start));
-  }
+  std::istringstream text(DataFile(name));
+  for (std::string line; std::getline(text, line);) lines.push_back(line);
   return lines;
 }
 
@@ -56,15 +53,12 @@ inline std::shared_ptr<CRegle> AddRuler(const std::shared_ptr<Mandor>& doc, Coll
                                         std::vector<float> cm_xy_pixel_xy_largeur, int16_t imprimable) {
   auto r = std::make_shared<CRegle>();
   r->oOwnerMandor(doc);
-  r->Id = id;
-  r->Nom = nom;
+  r->Id = id, r->Nom = nom, r->Décimales = decimales, r->Imprimable = imprimable;
   r->FontName("Arial");
   r->FontSize(10);
-  r->Décimales = decimales;
   const auto& v = cm_xy_pixel_xy_largeur;
   std::tie(r->Position_cm_X, r->Position_cm_Y, r->Position_pixel_X, r->Position_pixel_Y, r->largeur_cm) =
       std::tie(v[0], v[1], v[2], v[3], v[4]);
-  r->Imprimable = imprimable;
   rulers.Add(r, nom);
   return r;
 }
@@ -86,19 +80,13 @@ inline std::shared_ptr<CChamp> AddField(const std::shared_ptr<Mandor>& doc, cons
   auto c = std::make_shared<CChamp>();
   c->oOwnerMandor(doc);
   c->Id = s.id;
-  c->Nom(s.nom);
-  c->Accrochage_V(s.accrochage_v);
-  c->Accrochage_H(s.accrochage_h);
-  c->Accrochage_V_Type(s.v_type);
-  c->Type_Champ(s.type_champ);
-  c->Formule(s.formule);
-  c->Décimales(s.decimales);
+  c->Nom(s.nom), c->Accrochage_V(s.accrochage_v), c->Accrochage_H(s.accrochage_h);
+  c->Accrochage_V_Type(s.v_type), c->Type_Champ(s.type_champ), c->Formule(s.formule), c->Décimales(s.decimales);
   std::tie(c->Position_pixel_Top, c->Position_pixel_Bottom, c->Position_pixel_Left, c->Position_pixel_Right) =
       std::tie(s.top, s.bottom, s.left, s.right);
   std::tie(c->Position_cm_Left, c->Position_cm_Top, c->Position_cm_Bottom, c->Position_cm_Right) =
       std::tie(s.cm_left, s.cm_top, s.cm_bottom, s.cm_right);
-  c->Imprimable(s.imprimable);
-  c->valeur(s.valeur);
+  c->Imprimable(s.imprimable), c->valeur(s.valeur);
   if (page) {
     c->oOwnerPage = page;
     c->Page = static_cast<int16_t>(n);
@@ -127,10 +115,7 @@ inline std::shared_ptr<Mandor> BuildPriceSchedule(const std::string& total_initi
   std::tie(doc->X1_pixel, doc->Y1_pixel, doc->X1_cm, doc->Y1_cm) = std::make_tuple(120.f, 240.5f, 1.5f, 2.f);
   std::tie(doc->X2_pixel, doc->Y2_pixel, doc->X2_cm, doc->Y2_cm) = std::make_tuple(2400.f, 3300.f, 20.25f, 27.9f);
   std::tie(doc->bFondGrise, doc->champ_largeur_cm, doc->TVA) = std::make_tuple(true, 3.5f, 19.6f);
-  doc->FonteName("Times New Roman");
-  doc->FonteSize(11);
-  doc->Font()->Italic(true);
-  doc->Font()->Color(255);
+  doc->FonteName("Times New Roman"), doc->FonteSize(11), doc->Font()->Italic(true), doc->Font()->Color(255);
   for (const auto& [fichier, separateur] : {std::pair{"Bordereau Prix.MDN", "\t"}, {"quantités.csv", ";"}}) {
     auto source = std::make_shared<Doc>();
     source->Fichier = fichier;
@@ -143,8 +128,7 @@ inline std::shared_ptr<Mandor> BuildPriceSchedule(const std::string& total_initi
 
   auto total = AddField(doc, nullptr, 0, {"R001", "Total_Prix", "Prix", "Total", 5, 3, "=SOMME(Prix)|x", 2, 3300,
                                           3350, 1520, 1900, 12.9f, 27.5f, 27.9f, 16.1f, 1, ""});
-  total->InitialValue(total_initial_value);
-  total->Recurrent(true);
+  total->InitialValue(total_initial_value), total->Recurrent(true);
   doc->ChampsRecurrents.Add(total, total->Nom());
 
   auto page1 = AddPage(doc, 1);
@@ -155,13 +139,10 @@ inline std::shared_ptr<Mandor> BuildPriceSchedule(const std::string& total_initi
       ->Bold(true);
   auto qte = AddField(doc, page1, 1, {"F2", "L1_Qté", "Qté", "L1", 0, 1, "", 2, 400, 450, 1300, 1500, 11, 3.39f,
                                       3.81f, 12.7f, 1, "1 234"});
-  qte->FontColor(255);
-  qte->Transparent(false);
+  qte->FontColor(255), qte->Transparent(false);
   auto pu = AddField(doc, page1, 1, {"", "L1_PU", "Prix", "L1", 0, 1, "Qté*PU", 2, 400, 450, 1520, 1900, 12.9f,
                                      3.39f, 3.81f, 16.1f, 1, "12,5"});
-  pu->StrikeThrough(true);
-  pu->Underligne(true);
-  pu->ChampRecurrentDeRef("Total_Prix");
+  pu->StrikeThrough(true), pu->Underligne(true), pu->ChampRecurrentDeRef("Total_Prix");
 
   auto page2 = AddPage(doc, 2);
   page2->NoImage = true;

@@ -21,34 +21,25 @@ namespace {
 // and %X for the escaped record separator (character 127).
 std::string Expected(const std::string& template_name, const Locale& locale) {
   std::string text = DataFile(template_name);
-  text = ReplaceAll(text, "%T", locale.true_text);
-  text = ReplaceAll(text, "%F", locale.false_text);
-  text = ReplaceAll(text, "%D", locale.decimal_separator);
-  text = ReplaceAll(text, "%X", "\x7F");
-  return Utf8ToWindows1252(ReplaceAll(text, "\n", "\r\n"));
+  for (const auto& [from, to] : {std::pair<std::string, std::string>{"%T", locale.true_text}, {"%F", locale.false_text},
+                                 {"%D", locale.decimal_separator}, {"%X", "\x7F"}, {"\n", "\r\n"}}) {
+    text = ReplaceAll(text, from, to);
+  }
+  return Utf8ToWindows1252(text);
 }
 
-constexpr char kExtended[] = "price_schedule.xnf.txt";
-constexpr char kStandardTemplate[] = "price_schedule.cnf.txt";
 constexpr char kTarget[] = "marchés/BPU Lot 1.bpx.xnf";
 constexpr char kBackup[] = "marchés/BPU Lot 1.bpx.xak";
 constexpr char kStandard[] = "marchés/BPU Lot 1.bpx.cnf";
 
 class WriterTest : public TextFileTest {
  protected:
-  std::vector<std::string> Lines(const std::string& path) const {
-    auto lines = platform_->FileLines(path);
-    EXPECT_TRUE(lines.has_value()) << path;
-    return lines ? *lines : std::vector<std::string>{};
-  }
-
   // The lines of the file at `path` from `header` (included) up to the next section.
   std::vector<std::string> Section(const std::string& path, const std::string& header) const {
-    const auto lines = Lines(path);
+    const auto lines = platform_->FileLines(path).value_or(std::vector<std::string>{});
     auto begin = std::find(lines.begin(), lines.end(), header);
-    auto end = begin == lines.end() ? begin : std::find_if(begin + 1, lines.end(), [](const std::string& l) {
-      return !l.empty() && l[0] == '[';
-    });
+    auto end = std::find_if(begin == lines.end() ? begin : begin + 1, lines.end(),
+                            [](const std::string& l) { return !l.empty() && l[0] == '['; });
     return std::vector<std::string>(begin, end);
   }
 };
@@ -59,17 +50,17 @@ TEST_F(WriterTest, LayoutBytesInBothLocales) {
     platform_->SetLocale(locale);
     bool with_qte = true;
     EXPECT_EQ(BuildPriceSchedule()->SauvegarderMarquageEx(false, with_qte), 0);
-    EXPECT_EQ(Bytes(kTarget), Expected(kExtended, locale));
+    EXPECT_EQ(Bytes(kTarget), Expected("price_schedule.xnf.txt", locale));
     // No message, no question without Confirmation, no file left open.
     EXPECT_TRUE(platform_->messages().empty() && platform_->questions().empty() && !platform_->OpenFileCount());
     platform_->DeleteFile(kTarget);
     auto doc = BuildPriceSchedule();
     doc->iDevise(0);
     EXPECT_EQ(doc->SauvegarderMarquageStd(), -1);
-    EXPECT_EQ(Bytes(kStandard), Expected(kStandardTemplate, locale));
+    EXPECT_EQ(Bytes(kStandard), Expected("price_schedule.cnf.txt", locale));
   }
-  EXPECT_FALSE(platform_->FileExists(kBackup)) << "no backup in the standard layout";
-  EXPECT_EQ(platform_->Paths(), std::vector<std::string>{kStandard}) << "no temporary file left";
+  // No backup in the standard layout, no temporary file left.
+  EXPECT_EQ(platform_->Paths(), std::vector<std::string>{kStandard});
 
   // An existing file is overwritten without a question; an unnamed document writes nothing.
   auto doc = BuildPriceSchedule();
@@ -135,10 +126,9 @@ TEST_F(WriterTest, SourceSectionAndDataFile) {
   };
   EXPECT_EQ(source(), (std::vector<std::string>{"[Source]", "Nombre=0"}));
   EXPECT_EQ(platform_->FileBytes("d/acte.ae.txt"), "") << "created empty";
-
   // An existing data file is left as it is; documents with sources create none.
   platform_->SetFileText("d/acte.ae.txt", "1;2;3\r\n");
-  EXPECT_EQ(doc->SauvegarderMarquageEx(false), 0);
+  source();
   EXPECT_EQ(platform_->FileText("d/acte.ae.txt"), "1;2;3\r\n");
   platform_->DeleteFile("d/acte.ae.txt");
   auto unknown = std::make_shared<Doc>();
@@ -146,7 +136,6 @@ TEST_F(WriterTest, SourceSectionAndDataFile) {
   doc->Docs.Add(unknown);
   EXPECT_EQ(source(), (std::vector<std::string>{"[Source]", "Nombre=1", "Document_1=données.txt", "Séparateur_1="}));
   EXPECT_FALSE(platform_->FileExists("d/acte.ae.txt"));
-
   // A data file that cannot be created does not fail the save.
   doc->Docs.Clear();
   platform_->FailOn(MemoryPlatform::Operation::kOpenOutput, ".txt");
@@ -155,7 +144,7 @@ TEST_F(WriterTest, SourceSectionAndDataFile) {
   EXPECT_FALSE(platform_->FileExists("d/acte.ae.txt"));
 }
 
-TEST_F(WriterTest, QuantityValueIsCarriedOnlyWithQte) {
+TEST_F(WriterTest, QuantityCarriedOnlyWithQteAndDefDeviseFromTheCatalogue) {
   // The quantity of the row goes in the seventh column; a quantity that is
   // not a number is carried without its blanks.
   auto doc = BuildPriceSchedule();
@@ -166,24 +155,18 @@ TEST_F(WriterTest, QuantityValueIsCarriedOnlyWithQte) {
   EXPECT_EQ(doc->SauvegarderMarquageEx(false, with_qte), 0);
   EXPECT_TRUE(with_qte);
   EXPECT_TRUE(StartsWith(Section(kTarget, "[Page 1]").back(), "c3=001_00003|L1_PU|Arial|9|28|environ3|"));
-}
 
-TEST_F(WriterTest, DefDeviseComesFromTheCatalogue) {
   auto catalogue = std::make_shared<cMarquage>();
   catalogue->Font = std::make_shared<CFont>();
   catalogue->oDevises = std::make_shared<Devises>();
   catalogue->oDevises->AddDevise("USD", "dollar", "cent");
   catalogue->oDevises->AddDevise("CHF", "franc", "centime");
-  auto doc = std::make_shared<Mandor>();
-  doc->Nom_Document("p.bpx");
   doc->oOwnerMarquage(catalogue);
   // The index 3 is the count itself: no such currency.
-  const std::pair<int, const char*> cases[] = {{2, "CHF"}, {0, "EUR"}, {3, "3"}};
-  for (const auto& [index, text] : cases) {
+  for (const auto& [index, text] : {std::pair<int, const char*>{2, "CHF"}, {0, "EUR"}, {3, "3"}}) {
     doc->iDevise(index);
     EXPECT_EQ(doc->SauvegarderMarquageEx(false), 0);
-    EXPECT_EQ(Section("p.bpx.xnf", "[Présentation]").at(9),
-              std::string("DefDevise=") + text);
+    EXPECT_EQ(Section(kTarget, "[Présentation]").at(9), std::string("DefDevise=") + text);
   }
 }
 
