@@ -66,7 +66,7 @@ int main(int argc, char** argv) {
                 report.fields, seconds, pdf.size());
   }
   // Over PNG scans, one per page (the sample's scan of 827 x 1170 pixels).
-  const std::string png = mandor::print::test::ReadBytes(mandor::print::test::Sample("dqe-menuiseries.det-1.png"));
+  const std::string png = mandor::test_util::ReadBytes(mandor::print::test::Sample("dqe-menuiseries.det-1.png"));
   for (int page = 1; page <= pages; ++page) {
     platform->WriteFileBytes("/bench/essai.det-" + std::to_string(page) + ".png", png);
   }
