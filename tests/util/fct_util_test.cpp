@@ -51,8 +51,8 @@ TEST_F(FctUtilTest, ReadSectionAndFindValue) {
   const StringArray calage = ReadSection(*f, "[Calage]");
   EXPECT_EQ(calage, (StringArray{"", "X1_pixel=10", "", "X1=5"}));
   EXPECT_EQ(ReadSection(*f, "[Constantes]"), (StringArray{"", "A=1"})) << "rewinds first";
-  EXPECT_TRUE(ReadSection(*f, "[Pages]").empty()) << "the header must start the line";
-  EXPECT_TRUE(ReadSection(*f, "[Absente]").empty());
+  // The header must start the line.
+  EXPECT_TRUE(ReadSection(*f, "[Pages]").empty() && ReadSection(*f, "[Absente]").empty());
   auto last = FileWith("A=1\r\n[Fin]\r\n");  // a header on the last line reads past the end
   EXPECT_EQ(ErrorNumberOf([&] { ReadSection(*last, "[Fin]"); }), kInputPastEndOfFile);
 

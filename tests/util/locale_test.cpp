@@ -40,20 +40,13 @@ TEST(LocaleTest, NamesInAnySpellingGiveTheirSeparator) {
   }
 }
 
-TEST(LocaleTest, BooleanTextsFollowTheLanguageAndGroupingNeverClashes) {
-  const Locale french = *Locale::FromName("fr_CH");
-  EXPECT_EQ(french.true_text, "Vrai");
-  EXPECT_EQ(french.false_text, "Faux");
-  EXPECT_EQ(french.decimal_separator, ".");
-  const Locale german = *Locale::FromName("de_DE");
-  EXPECT_EQ(german.true_text, "True");
+TEST(LocaleTest, BooleanTextsNeutralNamesAndGrouping) {
+  const Locale french_swiss = *Locale::FromName("fr_CH");
+  EXPECT_EQ(french_swiss.true_text + french_swiss.false_text + french_swiss.decimal_separator, "VraiFaux.");
+  EXPECT_EQ(Locale::FromName("de_DE")->true_text, "True");
   for (const char* name : {"fr", "fr_CH", "de", "de_CH", "en", "it"}) {
-    const Locale locale = *Locale::FromName(name);
-    EXPECT_NE(locale.grouping_separator, locale.decimal_separator) << name;
+    EXPECT_NE(Locale::FromName(name)->grouping_separator, Locale::FromName(name)->decimal_separator) << name;
   }
-}
-
-TEST(LocaleTest, NeutralNames) {
   for (const char* name : {"", "C", "POSIX", "C.UTF-8", "C.utf8"}) EXPECT_TRUE(Locale::IsNeutralName(name)) << name;
   for (const char* name : {"fr", "en_US.UTF-8", "Ca", "CH"}) EXPECT_FALSE(Locale::IsNeutralName(name)) << name;
 }
@@ -75,30 +68,18 @@ class EnvironmentTest : public ::testing::Test {
   std::map<std::string, std::string> saved_;
 };
 
-TEST_F(EnvironmentTest, NoRealLocaleMeansFrench) {
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-  for (const char* name : {"C", "POSIX", "C.UTF-8"}) {
-    setenv("LANG", name, 1);
-    const Locale locale = Locale::FromEnvironment();
-    EXPECT_EQ(locale.decimal_separator, ",") << name;
-    EXPECT_EQ(locale.true_text, "Vrai") << name;
+TEST_F(EnvironmentTest, FirstSetVariableWinsAndNoRealLocaleMeansFrench) {
+  // Each step sets one variable and keeps the earlier ones; "" counts as
+  // unset, neutral and unknown names as no locale: French.
+  const struct { const char* variable; const char* value; const char* separator; } steps[] = {
+      {"LANG", "C", ","},   {"LANG", "POSIX", ","}, {"LANG", "C.UTF-8", ","}, {"LANG", "klingon", ","},
+      {"LANG", "en_US.UTF-8", "."}, {"LC_NUMERIC", "de_DE.UTF-8", ","}, {"LC_ALL", "de_CH.UTF-8", "."},
+      {"LC_ALL", "", ","},  {"LC_ALL", "C", ","}};
+  EXPECT_EQ(Locale::FromEnvironment().true_text + Locale::FromEnvironment().decimal_separator, "Vrai,");
+  for (const auto& step : steps) {
+    setenv(step.variable, step.value, 1);
+    EXPECT_EQ(Locale::FromEnvironment().decimal_separator, step.separator) << step.variable << "=" << step.value;
   }
-  // A name nobody knows is no locale either.
-  setenv("LANG", "klingon", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-}
-
-TEST_F(EnvironmentTest, FirstSetVariableWins) {
-  setenv("LANG", "en_US.UTF-8", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ".");
-  setenv("LC_NUMERIC", "de_DE.UTF-8", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-  setenv("LC_ALL", "de_CH.UTF-8", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ".");
-  setenv("LC_ALL", "", 1);  // empty counts as unset
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-  setenv("LC_ALL", "C", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
 }
 
 // An installed locale decides over the table: a made-up English locale
@@ -142,8 +123,7 @@ TEST_F(EnvironmentTest, InstalledLocaleIsAskedBeforeTheTable) {
   char buffer[256];
   for (ssize_t n; (n = read(fds[0], buffer, sizeof buffer)) > 0;) seen.append(buffer, static_cast<size_t>(n));
   close(fds[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
+  waitpid(child, nullptr, 0);
   // Both spellings find the installed locale (any case), and so does the
   // environment; English booleans; grouping kept apart from the comma.
   EXPECT_EQ(seen, ",,, True ok");
