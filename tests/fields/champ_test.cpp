@@ -161,18 +161,18 @@ TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
 
 TEST_F(ChampTest, PositionsInPointsUseTheirOwnResolution) {
   auto page = AddPage("page_1");
-  page->hResolution(200);
-  page->vResolution(300);
+  page->hResolution(200), page->vResolution(300);
   auto champ = NewField();
   champ->Position_pixel_Left = 300, champ->Position_pixel_Right = 400;
   champ->Position_pixel_Top = 600, champ->Position_pixel_Bottom = 1;
-  EXPECT_EQ(champ->Position_point_Left() + champ->Position_point_Bottom(), 0.0f);  // no page yet
+  const auto points = [&] {
+    return testing::PrintToString(std::vector{champ->Position_point_Left(), champ->Position_point_Right(),
+                                              champ->Position_point_Top(), champ->Position_point_Bottom()});
+  };
+  EXPECT_EQ(points(), "{ 0, 0, 0, 0 }");  // no page yet
   champ->oOwnerPage = page;
   // The quotient is taken in double: 1 / 300 * 72 is the float nearest 0.24.
-  const float expected[] = {108.0f, 144.0f, 144.0f, 0.24f};
-  const float actual[] = {champ->Position_point_Left(), champ->Position_point_Right(), champ->Position_point_Top(),
-                          champ->Position_point_Bottom()};
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(actual[i], expected[i]) << i;
+  EXPECT_EQ(points(), testing::PrintToString(std::vector{108.0f, 144.0f, 144.0f, 0.24f}));
   page->hResolution(0);
   EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Right(); }), 11);
   EXPECT_EQ(champ->Position_point_Top(), 144.0f);

@@ -89,34 +89,31 @@ TEST_F(EnvironmentTest, InstalledLocaleIsAskedBeforeTheTable) {
   namespace fs = std::filesystem;
   const fs::path dir = fs::temp_directory_path() / ("mandor_locale_" + std::to_string(getpid()));
   fs::create_directories(dir);
-  std::ofstream(dir / "en_ZZ") << "LC_IDENTIFICATION\ncopy \"en_US\"\nEND LC_IDENTIFICATION\n"
-                                  "LC_CTYPE\ncopy \"en_US\"\nEND LC_CTYPE\n"
-                                  "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\n"
+  std::ofstream(dir / "en_ZZ") << "LC_IDENTIFICATION\ncopy \"en_US\"\nEND LC_IDENTIFICATION\nLC_CTYPE\ncopy \"en_US\"\n"
+                                  "END LC_CTYPE\nLC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\n"
                                   "END LC_NUMERIC\n";
-  const std::string command = "localedef -c -f UTF-8 -i '" + (dir / "en_ZZ").string() + "' '" +
-                              (dir / "en_ZZ.UTF-8").string() + "' >/dev/null 2>&1";
-  const int built = std::system(command.c_str());
+  const int built = std::system(("localedef -c -f UTF-8 -i '" + (dir / "en_ZZ").string() + "' '" +
+                                 (dir / "en_ZZ.UTF-8").string() + "' >/dev/null 2>&1").c_str());
   if (!fs::exists(dir / "en_ZZ.UTF-8" / "LC_NUMERIC")) {
     fs::remove_all(dir);
     GTEST_SKIP() << "localedef could not build a test locale (status " << built << ")";
   }
-  // Without the folder, "en" from the table: a point.
-  EXPECT_EQ(Separator("en_ZZ.UTF-8"), ".");
+  EXPECT_EQ(Separator("en_ZZ.UTF-8"), ".");  // without the folder, "en" from the table
   // With it, in a child process: glibc keeps (and LeakSanitizer reports)
-  // the parsed LOCPATH of each look-up; the child leaves by _exit.
+  // the parsed LOCPATH of each look-up; the child leaves by _exit. Both
+  // spellings find the installed locale, and so does the environment;
+  // English booleans; grouping kept apart from the comma.
   int fds[2];
   ASSERT_EQ(pipe(fds), 0);
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    close(fds[0]);
     setenv("LOCPATH", dir.c_str(), 1);
     setenv("LANG", "en_ZZ.UTF-8", 1);
     const Locale locale = Locale::FromEnvironment();
-    const std::string seen = Separator("en_ZZ.UTF-8") + Separator("EN_zz.utf-8") + locale.decimal_separator +
-                             " " + locale.true_text + " " + (locale.grouping_separator == "," ? "clash" : "ok");
-    if (write(fds[1], seen.data(), seen.size()) < 0) _exit(2);
-    _exit(0);
+    const std::string seen = Separator("en_ZZ.UTF-8") + Separator("EN_zz.utf-8") + locale.decimal_separator + " " +
+                             locale.true_text + " " + (locale.grouping_separator == "," ? "clash" : "ok");
+    _exit(write(fds[1], seen.data(), seen.size()) < 0 ? 2 : 0);
   }
   close(fds[1]);
   std::string seen;
@@ -124,8 +121,6 @@ TEST_F(EnvironmentTest, InstalledLocaleIsAskedBeforeTheTable) {
   for (ssize_t n; (n = read(fds[0], buffer, sizeof buffer)) > 0;) seen.append(buffer, static_cast<size_t>(n));
   close(fds[0]);
   waitpid(child, nullptr, 0);
-  // Both spellings find the installed locale (any case), and so does the
-  // environment; English booleans; grouping kept apart from the comma.
   EXPECT_EQ(seen, ",,, True ok");
   fs::remove_all(dir);
 }

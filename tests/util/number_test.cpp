@@ -81,12 +81,11 @@ TEST(NumberTest, PlainNumbersReadAsTheGeneralConversion) {
   uint64_t state = 12345;
   for (int i = 0; i < 2000; ++i) {
     state = state * 6364136223846793005ull + 1442695040888963407ull;
-    const int digits = 1 + static_cast<int>(state >> 60);  // 1..16: the shortcut stops at 15
-    const int point = static_cast<int>((state >> 50) % static_cast<uint64_t>(digits + 1));
-    std::string number = std::to_string(state >> 1).substr(0, static_cast<size_t>(digits));
-    const std::string whole = number.substr(0, static_cast<size_t>(point));
-    const std::string decimals = number.substr(static_cast<size_t>(point));
-    const std::string with_point = whole + "." + decimals, with_comma = whole + "," + decimals;
+    const size_t digits = 1 + (state >> 60);  // 1..16: the shortcut stops at 15
+    const size_t point = (state >> 50) % (digits + 1);
+    const std::string number = std::to_string(state >> 1).substr(0, digits);
+    const std::string with_point = number.substr(0, point) + "." + number.substr(point);
+    const std::string with_comma = number.substr(0, point) + "," + number.substr(point);
     const double expected = reference(with_point);
     EXPECT_EQ(ParseNumber(with_comma, kComma), expected) << with_comma;
     EXPECT_EQ(ParseNumber("-" + with_point, kPoint), -expected) << with_point;
