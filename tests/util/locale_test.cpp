@@ -74,7 +74,7 @@ TEST_F(EnvironmentTest, FirstSetVariableWinsAndNoRealLocaleMeansFrench) {
   const struct { const char* variable; const char* value; const char* separator; } steps[] = {
       {"LANG", "C", ","},   {"LANG", "POSIX", ","}, {"LANG", "C.UTF-8", ","}, {"LANG", "klingon", ","},
       {"LANG", "en_US.UTF-8", "."}, {"LC_NUMERIC", "de_DE.UTF-8", ","}, {"LC_ALL", "de_CH.UTF-8", "."},
-      {"LC_ALL", "", ","},  {"LC_ALL", "C", ","}};
+      {"LC_NUMERIC", "en_GB.UTF-8", "."}, {"LC_ALL", "", "."}, {"LC_ALL", "C", ","}};
   EXPECT_EQ(Locale::FromEnvironment().true_text + Locale::FromEnvironment().decimal_separator, "Vrai,");
   for (const auto& step : steps) {
     setenv(step.variable, step.value, 1);
