@@ -130,8 +130,6 @@ TEST_F(ChampTest, FontPropertiesGoToTheFieldsOwnFont) {
   }
   font->Alignment("5");
   EXPECT_EQ(champ->Alignement(), 0);
-  champ->Font(nullptr);
-  EXPECT_EQ(ErrorNumberOf([&] { champ->Bold(); }), 91);
 }
 
 TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
@@ -156,7 +154,6 @@ TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
   }
   // Without ruler and document the call fails, as it does without a font.
   EXPECT_EQ(ErrorNumberOf([] { CChamp().SetFontPropertiesFromFontClass(std::make_shared<CFont>()); }), 91);
-  EXPECT_EQ(ErrorNumberOf([&] { NewField()->SetFontPropertiesFromFontClass(nullptr); }), 91);
 }
 
 TEST_F(ChampTest, PositionsInPointsUseTheirOwnResolution) {
