@@ -103,12 +103,8 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
       // A key hashed beforehand finds the same member.
       EXPECT_FALSE(step % 2 == 0 ? c.TryAdd(T(name), key) : c.TryAdd(T(name), KeyIndex::HashedKey(UpperCase(key))));
     } else {
-      const size_t at = random() % (model.size() + 1);
-      if (at == model.size()) {
-        c.Add(T(name), key);
-      } else {
-        c.AddBefore(T(name), key, static_cast<long>(at) + 1);
-      }
+      const size_t at = random() % (model.size() + 1);  // at the end: Add
+      at == model.size() ? c.Add(T(name), key) : c.AddBefore(T(name), key, static_cast<long>(at) + 1);
       model.insert(model.begin() + static_cast<long>(at), {name, key});
     }
     const std::string probe = UpperCase(stems[random() % stems.size()] + std::to_string(random() % 300));

@@ -121,9 +121,10 @@ TEST(SystemPlatformTest, FilesMessagesAndRandom) {
   EXPECT_EQ(ErrorNumberOf([&] { platform.DeleteFile((dir / "sub").string()); }), kFileNotFound);
   EXPECT_EQ(ErrorNumberOf([&] { platform.RenameFile((dir / "a.xnf").string(), (dir / "sub").string()); }),
             kPathFileAccessError);
-  for (const auto& [path, mode] : {std::pair{dir / "no/dir.txt", OpenMode::kOutput}, {dir / "sub", OpenMode::kInput},
-                                   {dir / "sub", OpenMode::kOutput}}) {
-    EXPECT_EQ(ErrorNumberOf([&] { platform.OpenTextFile(path.string(), mode); }), kPathFileAccessError) << path;
+  for (const auto& c : {std::pair{dir / "no/dir.txt", OpenMode::kOutput}, {dir / "sub", OpenMode::kInput},
+                        {dir / "sub", OpenMode::kOutput}}) {
+    EXPECT_EQ(ErrorNumberOf([&] { platform.OpenTextFile(c.first.string(), c.second); }), kPathFileAccessError)
+        << c.first;
   }
   // A device that is always full: the failure shows at the latest on Close.
   if (fs::exists("/dev/full")) {

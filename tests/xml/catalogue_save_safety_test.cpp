@@ -20,29 +20,19 @@ namespace {
 constexpr const char* kPath = "lots/lot.xml";
 constexpr const char* kQte = "<mn:iCell mn:Name=\"L1_Qte\" mn:ID=\"mn1\" mn:Page=\"1\" mn:iPrint=\"1\" mn:Type=\"1\"/>";
 
-// A catalogue "Lot" with one detail estimate (mn1) of one page, two columns
-// Qte (named range C2) and PU (C3), a column Total without named range, one
-// row L1 at Y 500 holding the field L1_Qte, `extra` elements appended to the
-// image and `cells` to the row. `sheet` names the worksheet.
+// The catalogue tests/data/xml/one_row_lot.xml: "Lot" with one detail
+// estimate (mn1) of one page, two columns Qte (named range C2) and PU (C3), a
+// column Total without named range, one row L1 at Y 500 holding the field
+// L1_Qte; `extra` elements appended to the image and `cells` to the row,
+// `sheet` naming the worksheet.
 std::string Catalogue(const std::string& extra = "", const std::string& cells = "", const std::string& sheet = "Lot",
                       const std::string& encoding = "UTF-8") {
-  return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n"
-         "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
-         " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\" xmlns:mn=\"urn:schemas-mandor:marquage\">\n"
-         "<mn:MANDOR mn:Name=\"Lot\" mn:Dec=\"2\">"
-         "<mn:Image mn:ID=\"mn1\" mn:Name=\"DQE Lot.pdf\" mn:Type=\"DQE\" mn:Orientation=\"0\" mn:H=\"40\" mn:Devise=\"EUR\">"
-         "<mn:iCol mn:Name=\"Qte\" mn:Dec=\"0\" mn:iPrint=\"1\" mn:X=\"1000\" mn:W=\"150\"/>"
-         "<mn:iCol mn:Name=\"PU\" mn:Dec=\"2\" mn:iPrint=\"1\" mn:X=\"1200\" mn:W=\"150\"/>"
-         "<mn:iCol mn:Name=\"Total\" mn:Dec=\"2\" mn:iPrint=\"1\" mn:X=\"1400\" mn:W=\"200\"/>"
-         "<mn:iPage mn:ID=\"1\" mn:Width=\"1653\" mn:Height=\"2339\" mn:XRes=\"200\" mn:YRes=\"200\"/>" + extra +
-         "</mn:Image></mn:MANDOR>\n<Worksheet ss:Name=\"" + sheet + "\"><Names>"
-         "<NamedRange ss:Name=\"NumP\" ss:RefersTo=\"=Lot!C1\"/><NamedRange ss:Name=\"Qte\" ss:RefersTo=\"=Lot!C2\"/>"
-         "<NamedRange ss:Name=\"PU\" ss:RefersTo=\"=Lot!C3\"/></Names><Table>"
-         "<Row><mn:ILM mn:Name=\"L1\" mn:Type=\"Article\" mn:Level=\"1\"/>"
-         "<mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Y=\"500\" mn:Page=\"1\" mn:iPrint=\"1\"/>"
-         "<Cell><Data ss:Type=\"String\">L1</Data><NamedCell ss:Name=\"NumP\"/></Cell>"
-         "<Cell><Data ss:Type=\"Number\">3</Data><NamedCell ss:Name=\"Qte\"/>" + kQte + "</Cell>" + cells +
-         "</Row></Table></Worksheet>\n</Workbook>\n";
+  std::string xml = xml_test::DataFile("one_row_lot.xml");
+  for (const auto& [from, to] : {std::pair<std::string, std::string>{"{extra}", extra}, {"{cells}", cells},
+                                 {"{sheet}", sheet}, {"encoding=\"UTF-8\"", "encoding=\"" + encoding + "\""}}) {
+    xml = ReplaceAll(xml, from, to);
+  }
+  return xml;
 }
 
 size_t Occurrences(std::string_view text, std::string_view what) {

@@ -42,7 +42,8 @@ class EngagementTest : public xml_test::CatalogueFixture {
   // The mn:ID of each saved image, in order.
   std::vector<std::string> SavedImageIds() const {
     std::vector<std::string> ids;
-    for (const auto& image : XmlSelectNodes(Saved(kPath)->document(), "Workbook/mn:MANDOR/mn:Image")) {
+    const auto saved = Saved(kPath);
+    for (const auto& image : XmlSelectNodes(saved->document(), "Workbook/mn:MANDOR/mn:Image")) {
       ids.push_back(image.attribute("mn:ID").value());
     }
     return ids;

@@ -25,8 +25,9 @@ constexpr const char* kSheet = "Lot 3 Électricité";
 // of its own; true when soffice succeeded.
 bool Convert(const fs::path& dir, const fs::path& file, const std::string& format, const std::string& out) {
   const std::string command = "timeout 180 soffice -env:UserInstallation=file://" + (dir / "profile").string() +
-                              " --headless --norestore --convert-to '" + format + "' --outdir '" + (dir / out).string() +
-                              "' '" + file.string() + "' >>'" + (dir / "soffice.log").string() + "' 2>&1";
+                              " --headless --norestore --convert-to '" + format + "' --outdir '" +
+                              (dir / out).string() + "' '" + file.string() + "' >>'" + (dir / "soffice.log").string() +
+                              "' 2>&1";
   return std::system(command.c_str()) == 0;
 }
 
@@ -44,8 +45,8 @@ TEST(LibreOfficeTest, SavedCatalogueOpensWithTheModelsRowsAndNames) {
   fs::copy_file(fs::path(MANDOR_TEST_DATA_DIR) / "xml" / "saved" / "new_row.xml", file);
   // Every sheet as UTF-8 CSV: the rows and cell texts the model wrote, each
   // cell in the column its "ss:Index" gives (older versions write the first sheet only).
-  ASSERT_TRUE(Convert(dir, file, "csv:Text - txt - csv (StarCalc):44,34,76,1,,0,false,true,false,false,false,-1", "csv"))
-      << test_util::ReadBytes(log);
+  const std::string utf8_csv = "csv:Text - txt - csv (StarCalc):44,34,76,1,,0,false,true,false,false,false,-1";
+  ASSERT_TRUE(Convert(dir, file, utf8_csv, "csv")) << test_util::ReadBytes(log);
   fs::path marking_csv = dir / "csv" / (std::string("lot3-") + kSheet + ".csv");
   if (!fs::exists(marking_csv)) marking_csv = dir / "csv" / "lot3.csv";
   ASSERT_TRUE(fs::exists(marking_csv)) << test_util::ReadBytes(log);

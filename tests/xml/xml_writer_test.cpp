@@ -191,10 +191,11 @@ TEST_F(XmlWriterTest, ManyFieldsInOneCellAreRebuiltOnceEach) {
     cell += "<mn:iCell mn:ID=\"mn1\" mn:Name=\"L1_F" + std::to_string(i) + "\" mn:Page=\"1\" mn:X=\"" +
             std::to_string(i) + "\"/>";
   }
-  platform_->SetFileBytes(kPath, xml_test::Workbook("<mn:Image mn:ID=\"mn1\" mn:Name=\"DQE.pdf\" mn:Type=\"DQE\""
-                                                    " mn:Orientation=\"0\" mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>",
-                                                    "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Page=\"1\"/><Cell>" +
-                                                        cell + "</Cell></Row>"));
+  platform_->SetFileBytes(
+      kPath, xml_test::Workbook("<mn:Image mn:ID=\"mn1\" mn:Name=\"DQE.pdf\" mn:Type=\"DQE\" mn:Orientation=\"0\""
+                                " mn:H=\"40\"><mn:iPage mn:ID=\"1\"/></mn:Image>",
+                                "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Page=\"1\"/><Cell>" + cell +
+                                    "</Cell></Row>"));
   auto catalogue = Read();
   auto doc = catalogue->Item("mn1");
   ASSERT_EQ(doc->Champs.Count(), kFields);
