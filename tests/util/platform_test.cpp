@@ -23,7 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 using test_util::ErrorNumberOf;
 using Lines = std::vector<std::string>;
-using Op = MemoryPlatform::Operation;
 
 // Reads the whole file, checking the input-file behaviours on the way.
 Lines ReadAll(Platform& p, const std::string& path) {
@@ -169,22 +168,6 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
   p.DeleteFile("d/t");
   EXPECT_EQ(ErrorNumberOf([&] { p.SetReadOnly("d/t"); }), kFileNotFound);
   EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d/su"); }), kPathNotFound);
-}
-
-TEST(MemoryPlatformTest, WriteAndCloseFailuresHitTheirFileOnly) {
-  // (Which line a FailWriteAfter stops at, and what is left, is pinned by
-  // the writer tests.) A full file stays full; a failed Close still closes.
-  MemoryPlatform p;
-  p.FailWriteAfter(1, ".xnf");
-  p.FailOn(Op::kClose, "doc");
-  auto out = p.OpenTextFile("doc.xnf", OpenMode::kOutput), other = p.OpenTextFile("other.txt", OpenMode::kOutput);
-  out->WriteLine("1");
-  other->WriteLine("not counted");
-  for (int i = 0; i < 2; ++i) EXPECT_EQ(ErrorNumberOf([&] { out->WriteLine("2"); }), kPathFileAccessError) << i;
-  EXPECT_EQ(ErrorNumberOf([&] { other->WriteLine("still fine"), other->Close(); }), 0);
-  EXPECT_EQ(ErrorNumberOf([&] { out->Close(); }), kPathFileAccessError);
-  EXPECT_EQ(ErrorNumberOf([&] { out->Close(); }), 0);
-  EXPECT_EQ(p.OpenFileCount(), 0u);
 }
 
 }  // namespace
