@@ -22,25 +22,19 @@ class FontXmlTest : public test_util::MemoryPlatformTest {
     EXPECT_TRUE(doc_.load_string(xml.c_str()));
     return doc_.first_child();
   }
-
   pugi::xml_document doc_;
 };
 
 TEST_F(FontXmlTest, SkipsWhatIsNotANumberAndInheritsTheRest) {
-  auto parent1 = std::make_shared<CFont>();
-  parent1->Size(12);
-  auto parent2 = std::make_shared<CFont>();
-  parent2->Bold(true);
-  pugi::xml_node node =
-      Element("<f mn:Name=\"\" mn:Size=\"grand\" mn:B=\"0\" mn:Color=\"1e12\" mn:Alignment=\"300\" mn:I=\"1,0\"/>");
-  const auto font = CFont::GetFontFromXmlNode(node, parent1, parent2);
+  auto parent1 = std::make_shared<CFont>(), parent2 = std::make_shared<CFont>();
+  parent1->Size(12), parent2->Bold(true);
   // Colour out of range, alignment out of range for a byte; its own "not
   // bold" over parent 2's bold.
+  const auto font = CFont::GetFontFromXmlNode(
+      Element("<f mn:Name=\"\" mn:Size=\"grand\" mn:B=\"0\" mn:Color=\"1e12\" mn:Alignment=\"300\" mn:I=\"1,0\"/>"),
+      parent1, parent2);
   EXPECT_EQ(font->Size(), 12);
-  EXPECT_FALSE(font->HasName());
-  EXPECT_FALSE(font->HasColor());
-  EXPECT_FALSE(font->HasAlignment());
-  EXPECT_FALSE(font->Bold());
+  EXPECT_FALSE(font->HasName() || font->HasColor() || font->HasAlignment() || font->Bold());
   EXPECT_TRUE(font->HasBold());
 }
 
@@ -56,16 +50,13 @@ TEST_F(FontXmlTest, WritesOnlyWhatDiffers) {
 
   font.Name("Verdana"), font.Size(11), font.Color(255), font.BackColor(4080);
   font.Transparent(false), font.Bold(false), font.Underline(true), font.Alignment("1");
-  const pugi::xml_node written = font.GetXmlFontFromFontClass(cell);
-  ASSERT_TRUE(written);
-  EXPECT_EQ(Serialized(written),
+  EXPECT_EQ(Serialized(font.GetXmlFontFromFontClass(cell)),
             "<mn:iFont mn:Name=\"Verdana\" mn:Size=\"11\" mn:Color=\"255\" mn:BackColor=\"4080\" mn:B=\"0\""
             " mn:U=\"1\" mn:Alignment=\"1\"/>");
 
   // Writing again replaces the record where it stands.
   cell.append_child("c");
-  font.Transparent(true);
-  font.Size(9);
+  font.Transparent(true), font.Size(9);
   font.GetXmlFontFromFontClass(cell);
   EXPECT_EQ(std::distance(cell.begin(), cell.end()), 4);
   EXPECT_STREQ(cell.child("mn:iFont").next_sibling().name(), "c");

@@ -34,7 +34,7 @@ Names Contents(const Collection<Thing>& c) {
   return out;
 }
 
-TEST(CollectionTest, OrderKeysAndInsertion) {
+TEST(CollectionTest, OrderKeysInsertionRemovalAndCopies) {
   Collection<Thing> c;
   c.Add(T("b"), "Élément");
   c.AddBefore(T("a"), "a", 1);
@@ -43,10 +43,23 @@ TEST(CollectionTest, OrderKeysAndInsertion) {
   c.AddBefore(T("x"), "", "a");
   c.AddAfter(T("d"), "", 5);
   EXPECT_EQ(Contents(c), (Names{"x:", "a:a", "b:Élément", "bb:Œuvre", "c:", "d:"}));
-  // Keys ignore case, accented letters included.
-  EXPECT_EQ(c.Item("ÉLÉMENT")->name, "b");
-  EXPECT_EQ(c.Item("œuvre")->name, "bb");
+  // Keys ignore case, accented letters included; a removed key can be used again.
+  EXPECT_EQ(c.Item("ÉLÉMENT")->name + c.Item("œuvre")->name, "bbb");
   EXPECT_FALSE(c.Contains(""));
+  auto a = c.Item("A");
+  c.Remove("éLément"), c.Remove(1), c.Remove(4);
+  c.Add(T("b2"), "élément");
+  Collection<Thing> copy = c;
+  c.Clear();
+  EXPECT_FALSE(c.Count() || c.Contains("a"));
+  // Copies are independent and share their members; the same object may sit
+  // at two places, and places found by key are the key's, not the object's first.
+  copy.Add(a, "again");
+  copy.AddAfter(T("y"), "y", "AGAIN");
+  EXPECT_EQ(Contents(copy), (Names{"a:a", "bb:Œuvre", "c:", "b2:élément", "a:again", "y:y"}));
+  copy.Remove("again");
+  EXPECT_EQ(Contents(copy), (Names{"a:a", "bb:Œuvre", "c:", "b2:élément", "y:y"}));
+  EXPECT_EQ(copy.Item("A").get(), a.get());
 }
 
 TEST(CollectionTest, ErrorsMatchTheClassicCollection) {
@@ -60,34 +73,6 @@ TEST(CollectionTest, ErrorsMatchTheClassicCollection) {
   EXPECT_EQ(ErrorNumberOf([&] { c.Remove("missing"); }), kInvalidArgument);
   EXPECT_EQ(ErrorNumberOf([&] { c.AddBefore(T("x"), "", "missing"); }), kInvalidArgument);
   EXPECT_EQ(Contents(c), (Names{"a:Key"})) << "refused calls leave the collection unchanged";
-}
-
-TEST(CollectionTest, RemoveCopyAndShare) {
-  Collection<Thing> c;
-  auto a = T("a");
-  c.Add(a, "a");
-  c.Add(T("b"), "b");
-  c.Add(T("c"), "c");
-  c.Remove("B");
-  EXPECT_FALSE(c.Contains("b"));
-  c.Add(T("b2"), "b");  // the key can be used again
-  Collection<Thing> copy = c;
-  c.Remove(1);
-  EXPECT_EQ(Contents(c), (Names{"c:c", "b2:b"}));
-  EXPECT_FALSE(c.Contains("a"));
-  EXPECT_EQ(copy.Count(), 3) << "copies are independent";
-  EXPECT_EQ(copy.Item("a").get(), a.get()) << "and share their members";
-  copy.Add(a, "again");  // the same object may sit at two places
-  EXPECT_EQ(copy.Item("again").get(), copy.Item(1).get());
-  // Places found by key are the key's, not the object's first.
-  copy.AddAfter(T("x"), "x", "AGAIN");
-  EXPECT_EQ(Contents(copy), (Names{"a:a", "c:c", "b2:b", "a:again", "x:x"}));
-  copy.Remove("again");
-  EXPECT_EQ(Contents(copy), (Names{"a:a", "c:c", "b2:b", "x:x"}));
-  EXPECT_EQ(copy.Item("A").get(), a.get());
-  c.Clear();
-  EXPECT_EQ(c.Count(), 0);
-  EXPECT_FALSE(c.Contains("c"));
 }
 
 // Thousands of random insertions and removals at every place, checked
@@ -110,8 +95,7 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
     // the table larger than its growth alone would.
     if (step == 1000) c.Reserve(3000);
     const std::string key = random() % 10 == 0 ? "" : stems[random() % stems.size()] + std::to_string(random() % 300);
-    std::string name = "n";
-    name += std::to_string(step);
+    const std::string name = "n" + std::to_string(step);
     if (random() % 3 == 0 && !model.empty()) {
       const size_t at = random() % model.size();
       c.Remove(static_cast<long>(at) + 1);
@@ -120,12 +104,8 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
       // A key hashed beforehand finds the same member.
       EXPECT_FALSE(step % 2 == 0 ? c.TryAdd(T(name), key) : c.TryAdd(T(name), KeyIndex::HashedKey(UpperCase(key))));
     } else {
-      const size_t at = random() % (model.size() + 1);
-      if (at == model.size()) {
-        c.Add(T(name), key);
-      } else {
-        c.AddBefore(T(name), key, static_cast<long>(at) + 1);
-      }
+      const size_t at = random() % (model.size() + 1);  // at the end: Add
+      at == model.size() ? c.Add(T(name), key) : c.AddBefore(T(name), key, static_cast<long>(at) + 1);
       model.insert(model.begin() + static_cast<long>(at), {name, key});
     }
     const std::string probe = UpperCase(stems[random() % stems.size()] + std::to_string(random() % 300));

@@ -24,23 +24,5 @@ TEST(ErrorTest, RunIgnoringErrorsSwallowsEveryStandardException) {
   EXPECT_THROW(RunIgnoringErrors([] { throw 42; }), int);
 }
 
-TEST(ErrorTest, ErrorCarriesItsNumberAndDescription) {
-  try {
-    ThrowError(kFileNotFound, "no such file: a.xnf");
-    FAIL() << "ThrowError returned";
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), kFileNotFound);
-    EXPECT_STREQ(e.what(), "no such file: a.xnf");
-  }
-  try {
-    ThrowError(kDivisionByZero);
-    FAIL() << "ThrowError returned";
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), kDivisionByZero);
-    EXPECT_EQ(e.what(), Error::DefaultDescription(kDivisionByZero));
-    EXPECT_FALSE(Error::DefaultDescription(kDivisionByZero).empty());
-  }
-}
-
 }  // namespace
 }  // namespace mandor

@@ -33,7 +33,7 @@ TEST_F(FctUtilTest, DécomposerChaîneTrimsAndKeepsEmptyParts) {
   }
 }
 
-TEST_F(FctUtilTest, EscapesAreOrderedAndAsymmetric) {
+TEST_F(FctUtilTest, EscapesAndCharacterRemoval) {
   const std::string plain = "a=b|c\r\nd";
   const std::string escaped = ChangeCarSpec(plain, 1);
   EXPECT_EQ(escaped, "a#b\x7F" "c\xC3\xBF\xC3\xBF" "d");
@@ -43,6 +43,14 @@ TEST_F(FctUtilTest, EscapesAreOrderedAndAsymmetric) {
   std::string n = "1.5.6";
   EXPECT_EQ(EnleveCar(n, ".", ","), "1,5,6");
   EXPECT_EQ(n, "1,5,6") << "EnleveCar works in place";
+  // An overlong or truncated sequence is a one-byte character to every
+  // routine: EnleveCar removes only its lead byte.
+  for (const std::string car : {"\xE0\x80\x80", "\xC0\xAF", "\xC3", "\xC3\xA9x", "\xF0\x9F\x98\x80"}) {
+    std::string nombre = "1" + car + "2" + car;
+    const std::string expected = ReplaceAll(nombre, Left(car, 1), "");
+    const std::string returned = EnleveCar(nombre, car);
+    EXPECT_EQ(returned + "|" + nombre, expected + "|" + expected) << testing::PrintToString(car);
+  }
 }
 
 TEST_F(FctUtilTest, ReadSectionAndFindValue) {
@@ -51,8 +59,8 @@ TEST_F(FctUtilTest, ReadSectionAndFindValue) {
   const StringArray calage = ReadSection(*f, "[Calage]");
   EXPECT_EQ(calage, (StringArray{"", "X1_pixel=10", "", "X1=5"}));
   EXPECT_EQ(ReadSection(*f, "[Constantes]"), (StringArray{"", "A=1"})) << "rewinds first";
-  EXPECT_TRUE(ReadSection(*f, "[Pages]").empty()) << "the header must start the line";
-  EXPECT_TRUE(ReadSection(*f, "[Absente]").empty());
+  // The header must start the line.
+  EXPECT_TRUE(ReadSection(*f, "[Pages]").empty() && ReadSection(*f, "[Absente]").empty());
   auto last = FileWith("A=1\r\n[Fin]\r\n");  // a header on the last line reads past the end
   EXPECT_EQ(ErrorNumberOf([&] { ReadSection(*last, "[Fin]"); }), kInputPastEndOfFile);
 
@@ -77,19 +85,6 @@ TEST_F(FctUtilTest, DecimalSeparatorRoutinesFollowTheLocalesNumberText) {
     EXPECT_EQ(NombreVersLocal("1.5"), c.local);
     EXPECT_EQ(NombreVersLocal("1,5"), c.local);
     EXPECT_EQ(NombreVersFichier("1.5"), c.file);
-  }
-}
-
-TEST_F(FctUtilTest, EnleveCarRemovesTheFirstCharacterAsTheTextRoutinesSplitIt) {
-  // An overlong or truncated sequence is a one-byte character to every
-  // routine: only its lead byte is removed.
-  const char* const cars[] = {"\xE0\x80\x80", "\xC0\xAF", "\xC3", "\xC3\xA9x", "\xF0\x9F\x98\x80"};
-  for (const char* car : cars) {
-    SCOPED_TRACE(testing::PrintToString(std::string(car)));
-    std::string nombre = std::string("1") + car + "2" + car;
-    const std::string expected = ReplaceAll(nombre, Left(car, 1), "");
-    EXPECT_EQ(EnleveCar(nombre, car), expected);
-    EXPECT_EQ(nombre, expected);
   }
 }
 

@@ -40,20 +40,13 @@ TEST(LocaleTest, NamesInAnySpellingGiveTheirSeparator) {
   }
 }
 
-TEST(LocaleTest, BooleanTextsFollowTheLanguageAndGroupingNeverClashes) {
-  const Locale french = *Locale::FromName("fr_CH");
-  EXPECT_EQ(french.true_text, "Vrai");
-  EXPECT_EQ(french.false_text, "Faux");
-  EXPECT_EQ(french.decimal_separator, ".");
-  const Locale german = *Locale::FromName("de_DE");
-  EXPECT_EQ(german.true_text, "True");
+TEST(LocaleTest, BooleanTextsNeutralNamesAndGrouping) {
+  const Locale french_swiss = *Locale::FromName("fr_CH");
+  EXPECT_EQ(french_swiss.true_text + french_swiss.false_text + french_swiss.decimal_separator, "VraiFaux.");
+  EXPECT_EQ(Locale::FromName("de_DE")->true_text, "True");
   for (const char* name : {"fr", "fr_CH", "de", "de_CH", "en", "it"}) {
-    const Locale locale = *Locale::FromName(name);
-    EXPECT_NE(locale.grouping_separator, locale.decimal_separator) << name;
+    EXPECT_NE(Locale::FromName(name)->grouping_separator, Locale::FromName(name)->decimal_separator) << name;
   }
-}
-
-TEST(LocaleTest, NeutralNames) {
   for (const char* name : {"", "C", "POSIX", "C.UTF-8", "C.utf8"}) EXPECT_TRUE(Locale::IsNeutralName(name)) << name;
   for (const char* name : {"fr", "en_US.UTF-8", "Ca", "CH"}) EXPECT_FALSE(Locale::IsNeutralName(name)) << name;
 }
@@ -75,30 +68,18 @@ class EnvironmentTest : public ::testing::Test {
   std::map<std::string, std::string> saved_;
 };
 
-TEST_F(EnvironmentTest, NoRealLocaleMeansFrench) {
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-  for (const char* name : {"C", "POSIX", "C.UTF-8"}) {
-    setenv("LANG", name, 1);
-    const Locale locale = Locale::FromEnvironment();
-    EXPECT_EQ(locale.decimal_separator, ",") << name;
-    EXPECT_EQ(locale.true_text, "Vrai") << name;
+TEST_F(EnvironmentTest, FirstSetVariableWinsAndNoRealLocaleMeansFrench) {
+  // Each step sets one variable and keeps the earlier ones; "" counts as
+  // unset, neutral and unknown names as no locale: French.
+  const struct { const char* variable; const char* value; const char* separator; } steps[] = {
+      {"LANG", "C", ","},   {"LANG", "POSIX", ","}, {"LANG", "C.UTF-8", ","}, {"LANG", "klingon", ","},
+      {"LANG", "en_US.UTF-8", "."}, {"LC_NUMERIC", "de_DE.UTF-8", ","}, {"LC_ALL", "de_CH.UTF-8", "."},
+      {"LC_NUMERIC", "en_GB.UTF-8", "."}, {"LC_ALL", "", "."}, {"LC_ALL", "C", ","}};
+  EXPECT_EQ(Locale::FromEnvironment().true_text + Locale::FromEnvironment().decimal_separator, "Vrai,");
+  for (const auto& step : steps) {
+    setenv(step.variable, step.value, 1);
+    EXPECT_EQ(Locale::FromEnvironment().decimal_separator, step.separator) << step.variable << "=" << step.value;
   }
-  // A name nobody knows is no locale either.
-  setenv("LANG", "klingon", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-}
-
-TEST_F(EnvironmentTest, FirstSetVariableWins) {
-  setenv("LANG", "en_US.UTF-8", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ".");
-  setenv("LC_NUMERIC", "de_DE.UTF-8", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-  setenv("LC_ALL", "de_CH.UTF-8", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ".");
-  setenv("LC_ALL", "", 1);  // empty counts as unset
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
-  setenv("LC_ALL", "C", 1);
-  EXPECT_EQ(Locale::FromEnvironment().decimal_separator, ",");
 }
 
 // An installed locale decides over the table: a made-up English locale
@@ -108,44 +89,38 @@ TEST_F(EnvironmentTest, InstalledLocaleIsAskedBeforeTheTable) {
   namespace fs = std::filesystem;
   const fs::path dir = fs::temp_directory_path() / ("mandor_locale_" + std::to_string(getpid()));
   fs::create_directories(dir);
-  std::ofstream(dir / "en_ZZ") << "LC_IDENTIFICATION\ncopy \"en_US\"\nEND LC_IDENTIFICATION\n"
-                                  "LC_CTYPE\ncopy \"en_US\"\nEND LC_CTYPE\n"
-                                  "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\n"
+  std::ofstream(dir / "en_ZZ") << "LC_IDENTIFICATION\ncopy \"en_US\"\nEND LC_IDENTIFICATION\nLC_CTYPE\ncopy \"en_US\"\n"
+                                  "END LC_CTYPE\nLC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\n"
                                   "END LC_NUMERIC\n";
-  const std::string command = "localedef -c -f UTF-8 -i '" + (dir / "en_ZZ").string() + "' '" +
-                              (dir / "en_ZZ.UTF-8").string() + "' >/dev/null 2>&1";
-  const int built = std::system(command.c_str());
+  const int built = std::system(("localedef -c -f UTF-8 -i '" + (dir / "en_ZZ").string() + "' '" +
+                                 (dir / "en_ZZ.UTF-8").string() + "' >/dev/null 2>&1").c_str());
   if (!fs::exists(dir / "en_ZZ.UTF-8" / "LC_NUMERIC")) {
     fs::remove_all(dir);
     GTEST_SKIP() << "localedef could not build a test locale (status " << built << ")";
   }
-  // Without the folder, "en" from the table: a point.
-  EXPECT_EQ(Separator("en_ZZ.UTF-8"), ".");
+  EXPECT_EQ(Separator("en_ZZ.UTF-8"), ".");  // without the folder, "en" from the table
   // With it, in a child process: glibc keeps (and LeakSanitizer reports)
-  // the parsed LOCPATH of each look-up; the child leaves by _exit.
+  // the parsed LOCPATH of each look-up; the child leaves by _exit. Both
+  // spellings find the installed locale, and so does the environment;
+  // English booleans; grouping kept apart from the comma.
   int fds[2];
   ASSERT_EQ(pipe(fds), 0);
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    close(fds[0]);
     setenv("LOCPATH", dir.c_str(), 1);
     setenv("LANG", "en_ZZ.UTF-8", 1);
     const Locale locale = Locale::FromEnvironment();
-    const std::string seen = Separator("en_ZZ.UTF-8") + Separator("EN_zz.utf-8") + locale.decimal_separator +
-                             " " + locale.true_text + " " + (locale.grouping_separator == "," ? "clash" : "ok");
-    if (write(fds[1], seen.data(), seen.size()) < 0) _exit(2);
-    _exit(0);
+    const std::string seen = Separator("en_ZZ.UTF-8") + Separator("EN_zz.utf-8") + locale.decimal_separator + " " +
+                             locale.true_text + " " + (locale.grouping_separator == "," ? "clash" : "ok");
+    _exit(write(fds[1], seen.data(), seen.size()) < 0 ? 2 : 0);
   }
   close(fds[1]);
   std::string seen;
   char buffer[256];
   for (ssize_t n; (n = read(fds[0], buffer, sizeof buffer)) > 0;) seen.append(buffer, static_cast<size_t>(n));
   close(fds[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  // Both spellings find the installed locale (any case), and so does the
-  // environment; English booleans; grouping kept apart from the comma.
+  waitpid(child, nullptr, 0);
   EXPECT_EQ(seen, ",,, True ok");
   fs::remove_all(dir);
 }

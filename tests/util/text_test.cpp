@@ -59,12 +59,9 @@ TEST(TextTest, ReplaceTrimAndAffixes) {
       {LTrim("  a  ") + "|" + RTrim("  a  ") + "|" + Trim("    "), "a  |  a|"},
       {Trim("\ta\t"), "\ta\t"},                       {Trim("\xC2\xA0" "a "), "\xC2\xA0" "a"}};
   for (const auto& [actual, expected] : texts) EXPECT_EQ(actual, expected);
-  EXPECT_TRUE(StartsWith("abc", ""));
-  EXPECT_TRUE(EndsWith("Prix_été", "été"));
-  EXPECT_FALSE(StartsWith("ab", "abc"));
-  EXPECT_FALSE(StartsWith("é", "\xC3"));
-  EXPECT_FALSE(EndsWith("é", "\xA9"));
-  EXPECT_FALSE(EndsWith("nf", ".xnf"));
+  EXPECT_TRUE(StartsWith("abc", "") && EndsWith("Prix_été", "été"));
+  // Nor does an affix match part of a character.
+  EXPECT_FALSE(StartsWith("ab", "abc") || StartsWith("é", "\xC3") || EndsWith("é", "\xA9") || EndsWith("nf", ".xnf"));
 }
 
 TEST(TextTest, CaseMappingAndFolding) {
@@ -84,10 +81,9 @@ TEST(TextTest, CaseMappingAndFolding) {
   EXPECT_EQ(LowerCase("İI"), "ii");
   EXPECT_NE(FoldCase("e"), FoldCase("é"));
   // A malformed byte only equals the same byte.
-  EXPECT_FALSE(EqualsIgnoreCase("Ref", "Réf"));
-  EXPECT_FALSE(EqualsIgnoreCase("abc", "ab"));
-  EXPECT_FALSE(EqualsIgnoreCase("ab", "abc"));
-  EXPECT_FALSE(EqualsIgnoreCase("\xC3", "Ã"));
+  for (const auto& [a, b] : {std::pair{"Ref", "Réf"}, {"abc", "ab"}, {"ab", "abc"}, {"\xC3", "Ã"}}) {
+    EXPECT_FALSE(EqualsIgnoreCase(a, b)) << a << " / " << b;
+  }
   EXPECT_TRUE(EqualsIgnoreCase("a\xC3", "A\xC3"));
   for (const std::string& s : kSamples) {
     EXPECT_EQ(EqualsIgnoreCase(s, UpperCase(s)), FoldCase(s) == FoldCase(UpperCase(s))) << s;
@@ -95,54 +91,36 @@ TEST(TextTest, CaseMappingAndFolding) {
   }
 }
 
-TEST(TextTest, MalformedTextIsHandledConsistently) {
+TEST(TextTest, MalformedTextIsSplitAlikeByEveryRoutine) {
   for (const std::string& s : kSamples) {
+    SCOPED_TRACE(testing::PrintToString(s));
     const long n = static_cast<long>(CharLength(s));
     for (long k = 0; k <= n + 1; ++k) {
       // Splitting anywhere and joining gives the text back.
-      EXPECT_EQ(Left(s, k) + Mid(s, k + 1), s) << s << " at " << k;
-      EXPECT_EQ(Left(s, k) + Right(s, n > k ? n - k : 0), s) << s << " at " << k;
+      EXPECT_EQ(Left(s, k) + Mid(s, k + 1), s) << k;
+      EXPECT_EQ(Left(s, k) + Right(s, n > k ? n - k : 0), s) << k;
       EXPECT_EQ(CharLength(Left(s, k)), static_cast<size_t>(std::min(k, n)));
     }
-    if (n > 0) {
-      const std::string last = Right(s, 1);
-      EXPECT_EQ(ReplaceAll(s, last, last), s);
-      const long pos = InStr(s, last);
-      EXPECT_GE(pos, 1) << s;
-      EXPECT_EQ(Mid(s, pos, 1), last) << s;
-    }
-  }
-}
-
-TEST(TextTest, DecodeUtf8SplitsLikeTheCharacterRoutines) {
-  // The decoder every routine shares: decoding then re-encoding gives the
-  // text back, and it cuts a text into the characters Mid sees.
-  for (const std::string& s : kSamples) {
+    // The shared decoder cuts the text into the characters Mid sees, a
+    // malformed byte being one; re-encoding what it decodes gives the text back.
     std::string again;
     long index = 1;
     for (size_t i = 0; i < s.size(); ++index) {
       const Utf8Char c = DecodeUtf8(s, i);
-      ASSERT_GE(c.length, 1u) << s;
-      ASSERT_LE(i + c.length, s.size()) << s;
-      EXPECT_EQ(s.substr(i, c.length), Mid(s, index, 1)) << s << " at byte " << i;
-      if (c.valid) {
-        AppendUtf8(again, c.code);
-      } else {
-        EXPECT_EQ(c.length, 1u) << s << " at byte " << i;
-        again += static_cast<char>(c.code);
-      }
+      ASSERT_TRUE(c.length >= 1 && i + c.length <= s.size() && (c.valid || c.length == 1)) << i;
+      EXPECT_EQ(s.substr(i, c.length), Mid(s, index, 1)) << "at byte " << i;
+      const long found = InStr(s, Mid(s, index, 1));  // never inside another character
+      EXPECT_TRUE(found >= 1 && found <= index && Mid(s, found, 1) == Mid(s, index, 1)) << i;
+      c.valid ? AppendUtf8(again, c.code) : again.push_back(static_cast<char>(c.code));
       i += c.length;
     }
     EXPECT_EQ(again, s);
-    EXPECT_EQ(static_cast<size_t>(index - 1), CharLength(s)) << s;
+    EXPECT_EQ(index - 1, n);
+    EXPECT_EQ(ReplaceAll(s, Right(s, 1), Right(s, 1)), s);
   }
-  const Utf8Char euro = DecodeUtf8("\xE2\x82\xAC", 0);
-  EXPECT_TRUE(euro.valid);
-  EXPECT_EQ(euro.code, U'\u20AC');
-  EXPECT_EQ(euro.length, 3u);
-  const Utf8Char overlong = DecodeUtf8("\xC0\xAF", 0);
-  EXPECT_FALSE(overlong.valid);
-  EXPECT_EQ(overlong.length, 1u);
+  const Utf8Char euro = DecodeUtf8("\xE2\x82\xAC", 0), overlong = DecodeUtf8("\xC0\xAF", 0);
+  EXPECT_TRUE(euro.valid && euro.code == U'\u20AC' && euro.length == 3u);
+  EXPECT_TRUE(!overlong.valid && overlong.length == 1u);
 }
 
 }  // namespace

@@ -33,24 +33,19 @@ std::string Catalogue(const std::vector<std::string>& images) {
 class EngagementTest : public xml_test::CatalogueFixture {
  protected:
   std::shared_ptr<cMarquage> ReadCatalogue(const std::string& bytes) { return Read(kPath, &bytes); }
-  static std::shared_ptr<Mandor> NewAct() {
+  static std::shared_ptr<Mandor> NewAct(const std::string& devise = "EUR") {
     auto act = std::make_shared<Mandor>();
-    act->Orientation = 1;
-    act->HauteurChamp = 42.5f;
-    act->Devise("EUR");
+    act->Orientation = 1, act->HauteurChamp = 42.5f, act->Devise(devise);
     return act;
   }
-  std::unique_ptr<WorkbookDocument> Saved() const { return CatalogueFixture::Saved(kPath); }
-  static std::vector<std::string> ImageIds(const WorkbookDocument& workbook) {
+  std::string File() const { return platform_->FileBytes(kPath).value_or("<missing>"); }
+  // The mn:ID of each saved image, in order.
+  std::vector<std::string> SavedImageIds() const {
     std::vector<std::string> ids;
-    for (const auto& image : XmlSelectNodes(workbook.document(), "Workbook/mn:MANDOR/mn:Image")) {
+    const auto saved = Saved(kPath);
+    for (const auto& image : XmlSelectNodes(saved->document(), "Workbook/mn:MANDOR/mn:Image")) {
       ids.push_back(image.attribute("mn:ID").value());
     }
-    return ids;
-  }
-  static std::vector<std::string> Keys(const cMarquage& catalogue) {
-    std::vector<std::string> ids;
-    for (const auto& doc : catalogue) ids.push_back(doc->Id);
     return ids;
   }
 
@@ -60,76 +55,66 @@ class EngagementTest : public xml_test::CatalogueFixture {
 TEST_F(EngagementTest, FirstActTakesTheFirstFreeNumberAndIsWritten) {
   auto catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn2:BPU"}));
   auto act = NewAct();
-  auto result = catalogue->XML_AddNewAE(act, pdf_);
-  ASSERT_EQ(result, act);
-  EXPECT_EQ(Keys(*catalogue), (std::vector<std::string>{"mn1", "mn2", "mn3"}));
+  ASSERT_EQ(catalogue->XML_AddNewAE(act, pdf_), act);
+  std::string ids;
+  for (const auto& doc : *catalogue) ids += doc->Id + " ";
+  EXPECT_EQ(ids, "mn1 mn2 mn3 ");
   EXPECT_EQ(act->oOwnerMarquage(), catalogue);
   EXPECT_EQ(act->numero_page, 1);
   EXPECT_EQ(pdf_.selected(), (std::vector<int16_t>{1, 2, 3}));
-  // Pages from the image object, keyed page_1 to page_3.
+  // Pages from the image object, keyed page_1 to page_3; in the file a new
+  // mn:Image last under mn:MANDOR, attributes in order, no font and no columns.
   test_util::ExpectDescribedAs(test_util::Describe(*act), "xml/first_act.described.txt");
-  // The file: a new mn:Image last under mn:MANDOR, attributes in order, no
-  // font and no columns.
   ExpectSaved("first_act.xml");
 }
 
 TEST_F(EngagementTest, NumberingCountsUpFromTheFormerAct) {
   // The act is replaced under its own number ("PC" is an act too); without a
-  // former act, the first number from 1 that no image uses. An act without currency gets index 0 and an empty "mn:Devise".
+  // former act, the first number from 1 that no image uses. An act without
+  // currency gets index 0 and an empty "mn:Devise".
   const struct { std::vector<std::string> images; const char* id; std::vector<std::string> saved; } cases[] = {
-      {{"mn1:PC", "mn2:DQE"}, "mn1", {"mn2", "mn1"}},
-      {{"mn1:DQE", "mn3:BPU"}, "mn2", {"mn1", "mn3", "mn2"}}};
+      {{"mn1:PC", "mn2:DQE"}, "mn1", {"mn2", "mn1"}}, {{"mn1:DQE", "mn3:BPU"}, "mn2", {"mn1", "mn3", "mn2"}}};
   for (const auto& c : cases) {
-    auto catalogue = ReadCatalogue(Catalogue(c.images));
-    auto act = NewAct();
-    act->Devise("");
-    ASSERT_NE(catalogue->XML_AddNewAE(act, pdf_), nullptr);
+    auto act = NewAct("");
+    ASSERT_NE(ReadCatalogue(Catalogue(c.images))->XML_AddNewAE(act, pdf_), nullptr);
     EXPECT_EQ(act->Id, c.id);
     EXPECT_EQ(act->iDevise(), 0);
-    auto saved = Saved();
-    EXPECT_EQ(ImageIds(*saved), c.saved);
-    EXPECT_STREQ(XmlSelectNode(saved->document(), "//mn:Image[@mn:ID='" + std::string(c.id) + "']")
+    EXPECT_EQ(SavedImageIds(), c.saved);
+    EXPECT_STREQ(XmlSelectNode(Saved(kPath)->document(), "//mn:Image[@mn:ID='" + std::string(c.id) + "']")
                      .attribute("mn:Devise").value(), "");
   }
 }
 
-TEST_F(EngagementTest, Failures) {
-  // An unreadable catalogue: a message, nothing returned, nothing changed.
+TEST_F(EngagementTest, FailuresChangeNeitherTheCatalogueNorItsFile) {
+  // An unreadable catalogue: a message, nothing returned.
   auto catalogue = ReadCatalogue(Catalogue({"mn1:DQE", "mn2:AE"}));
-  const std::string original = platform_->FileBytes(kPath).value();
+  const std::string original = File();
   platform_->SetFileBytes(kPath, "not xml <");
   auto act = NewAct();
   EXPECT_EQ(catalogue->XML_AddNewAE(act, pdf_), nullptr);
-  ASSERT_EQ(platform_->messages().size(), 1u);
-  EXPECT_EQ(platform_->messages()[0].text, "Impossible d'ouvrir le fichier XML [lots/lot3.xml] !");
-  EXPECT_EQ(platform_->messages()[0].style, MessageStyle::kCritical);
-  EXPECT_EQ(catalogue->Count(), 2);
+  EXPECT_TRUE(OnlyMessage().ends_with(": Impossible d'ouvrir le fichier XML [lots/lot3.xml] !")) << OnlyMessage();
+  EXPECT_EQ(platform_->messages().at(0).style, MessageStyle::kCritical);
   EXPECT_TRUE(act->Id.empty());
-  EXPECT_EQ(platform_->FileBytes(kPath).value(), "not xml <");
-
+  EXPECT_EQ(File(), "not xml <");
   // A former act whose image ID holds no number fails before anything is removed.
   platform_->SetFileBytes(kPath, original);
   catalogue->Item("mn2")->Id = "mnX";
   EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, pdf_); }), 13);
-  EXPECT_EQ(catalogue->Count(), 2);
-  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
   catalogue->Item("mn2")->Id = "mn2";
-
-  // An error of the image object reaches the caller; the file is not written.
+  // An error of the image object reaches the caller.
   struct Broken : FixedImagePdf {
     using FixedImagePdf::FixedImagePdf;
     int32_t PageCount() const override { return 2; }  // claims more pages than it has
   } broken("AE.pdf", {{1653, 2339, 200, 200}});
   EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, broken); }), 9);
-  EXPECT_EQ(platform_->FileBytes(kPath).value(), original);
-
+  EXPECT_EQ(catalogue->Count(), 2);
+  EXPECT_EQ(File(), original);
   // An image without pages gives an act without pages.
-  FixedImagePdf empty_pages("AE.pdf", {});
-  auto act3 = NewAct();
-  auto catalogue3 = ReadCatalogue(original);
-  ASSERT_NE(catalogue3->XML_AddNewAE(act3, empty_pages), nullptr);
-  EXPECT_EQ(act3->Pages.Count(), 0);
-  EXPECT_FALSE(XmlSelectNode(Saved()->document(), "//mn:Image[@mn:ID='mn2']/mn:iPage"));
+  FixedImagePdf no_pages("AE.pdf", {});
+  auto bare = NewAct();
+  ASSERT_NE(ReadCatalogue(original)->XML_AddNewAE(bare, no_pages), nullptr);
+  EXPECT_EQ(bare->Pages.Count(), 0);
+  EXPECT_FALSE(XmlSelectNode(Saved(kPath)->document(), "//mn:Image[@mn:ID='mn2']/mn:iPage"));
 }
 
 }  // namespace

@@ -26,10 +26,6 @@ using test_util::ErrorNumberOf;
 class MarquageTest : public test_util::MemoryPlatformTest {
  protected:
   std::shared_ptr<cMarquage> catalogue_ = std::make_shared<cMarquage>();
-  // Full path, folder, file and name.
-  std::string Where() const {
-    return catalogue_->FullPath() + "|" + catalogue_->Path() + "|" + catalogue_->File() + "|" + catalogue_->Name();
-  }
 };
 
 TEST_F(MarquageTest, FolderScanListsTextMarkings) {
@@ -55,8 +51,7 @@ TEST_F(MarquageTest, AddRestoresTextMarkings) {
   // without a key it is reached by position only.
   const auto missing = catalogue_->Add("", "absent.bpx", "marquages/");
   EXPECT_EQ(missing->numero_page, -1);
-  EXPECT_EQ(catalogue_->Count(), 2);
-  EXPECT_EQ(catalogue_->Item(2), missing);
+  EXPECT_EQ(catalogue_->Count() == 2 ? catalogue_->Item(2) : nullptr, missing);
 }
 
 TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElementAndClearEmpties) {
@@ -79,8 +74,7 @@ TEST_F(MarquageTest, AddItemWithNodeReadsTheImageElementAndClearEmpties) {
   EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[3]); }), kInvalidArgument);
   EXPECT_EQ(ErrorNumberOf([&] { catalogue_->AddItemWithNode(images[4]); }), kDuplicateKey);
 
-  // Clear empties the catalogue (walking it backwards); documents the host
-  // still holds outlive it, without it.
+  // Clear empties the catalogue; documents the host still holds outlive it, without it.
   catalogue_->Clear();
   EXPECT_EQ(catalogue_->Count(), 0);
   catalogue_.reset();

@@ -1,6 +1,6 @@
 // Helpers shared by the catalogue tests: data files, rulers and fields built
-// by hand, the one-text description of catalogues, and a fixture that holds a
-// catalogue file on an in-memory platform.
+// by hand, the one-text description of catalogues, and a fixture holding
+// catalogue files on an in-memory platform.
 #ifndef MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 #define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 
@@ -93,6 +93,11 @@ class CatalogueFixture : public test_util::MemoryPlatformTest {
     return workbook;
   }
   std::string LastMessage() const { return platform_->messages().empty() ? "" : platform_->messages().back().text; }
+  // The one message shown since the last ClearMessages, as "title: text" ("" when none or several).
+  std::string OnlyMessage() const {
+    const auto& all = platform_->messages();
+    return all.size() == 1 ? all[0].title + ": " + all[0].text : "";
+  }
 };
 
 }  // namespace mandor::xml_test
