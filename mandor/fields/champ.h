@@ -49,10 +49,10 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   float Position_pixel_Bottom = 0;
   float Position_pixel_Right = 0;
   bool bPropage = true;
-  bool NonImprime0 = false;  // out of interface order: it fills a padding gap
   int16_t Accrochage_H_Type = 0;
   std::string Id;
   std::string OldFormule;
+  bool NonImprime0 = false;
   std::shared_ptr<void> Controle;
   std::string ValeurNonImp;
   int16_t Déplacement = 0;

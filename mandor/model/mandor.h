@@ -186,9 +186,6 @@ class Mandor : public std::enable_shared_from_this<Mandor> {
   void EcrireCellulesXml(const pugi::xml_node& oXml, const std::shared_ptr<Mandor>& oMandor);
   void EcrireChampsRecurrentsXml(const pugi::xml_node& oImage, const std::shared_ptr<Mandor>& oMandor);
   void EcrireDataContratXml(const pugi::xml_node& oDataContrat, const std::shared_ptr<Mandor>& oMandor);
-  // ExtractPage, noting the fields read that name a recurrent field, so that
-  // linking them afterwards need not look at every field.
-  void ExtractPage(StringArray& cLignes, int16_t iPage, std::vector<const CChamp*>* referring);
 
  public:
 

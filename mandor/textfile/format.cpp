@@ -56,10 +56,6 @@ std::optional<bool> ParseBoolText(std::string_view text) {
   const std::string_view t = TrimView(text);
   if (t.empty()) return std::nullopt;
   const Locale& locale = CurrentPlatform().locale();
-  // Flags are mostly written exactly as the writer spells them: those need
-  // fewer of the case-blind comparisons below, with the same answers.
-  if (t == locale.true_text || t == "True" || t == "Vrai") return true;
-  if ((t == "False" || t == "Faux") && !EqualsIgnoreCase(t, locale.true_text)) return false;
   if (EqualsIgnoreCase(t, locale.true_text) || EqualsIgnoreCase(t, "True") || EqualsIgnoreCase(t, "Vrai")) {
     return true;
   }

@@ -13,7 +13,6 @@
 // nothing.
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <exception>
 #include <limits>
@@ -21,7 +20,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -35,7 +33,6 @@
 #include "mandor/util/fct_util.h"
 #include "mandor/util/internal/number.h"
 #include "mandor/util/internal/text.h"
-#include "mandor/util/internal/word.h"
 #include "mandor/util/platform.h"
 
 namespace mandor {
@@ -184,22 +181,7 @@ bool SplitRecord(std::string_view value, size_t columns, RecordColumns& cols) {
     start = p + 1;
     return true;
   };
-  const char* p = start;
-  if constexpr (std::endian::native == std::endian::little) {
-    // Eight bytes at a time: a byte of word ^ pattern is zero exactly where
-    // the separator is, and the test below sets the high bit of exactly those
-    // bytes, lowest address first.
-    constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7FULL;
-    const uint64_t pattern = 0x0101010101010101ULL * static_cast<unsigned char>(separator);
-    for (; end - p >= 8; p += 8) {
-      const uint64_t x = Word(p) ^ pattern;
-      uint64_t found = ~(((x & kLow7) + kLow7) | x | kLow7);
-      for (; found != 0; found &= found - 1) {
-        if (!cut(p + std::countr_zero(found) / 8)) return false;
-      }
-    }
-  }
-  for (; p != end; ++p) {
+  for (const char* p = start; p != end; ++p) {
     if (*p == separator && !cut(p)) return false;
   }
   if (col != last) return false;  // too few columns
@@ -292,19 +274,14 @@ void SetDefaultCurrency(Mandor& doc, const std::string& text) {
 // Registers the recurrent fields as masters in the document's Champs and the
 // page fields that refer to one of them in champsContenantReference, so that
 // a change of formula settings travels between a master and its copies.
-// `referring` holds every page field that names a recurrent field: the others
-// are passed over without being read, which in a large marking spares a
-// cache miss per field.
-void LinkRecurrentFields(Mandor& doc, const std::vector<const CChamp*>& referring) {
+void LinkRecurrentFields(Mandor& doc) {
   for (const auto& master : doc.ChampsRecurrents) {
     const std::string name = master->Nom();
     if (!name.empty() && !doc.Champs.Contains(name)) doc.Champs.Add(master, name);
   }
-  if (referring.empty()) return;
-  const std::unordered_set<const CChamp*> is_referring(referring.begin(), referring.end());
+  if (doc.ChampsRecurrents.Count() == 0) return;
   for (const auto& page : doc.Pages) {
     for (const auto& field : page->Champs) {
-      if (is_referring.count(field.get()) == 0) continue;
       const std::string ref = field->ChampRecurrentDeRef();
       if (ref.empty() || !doc.ChampsRecurrents.Contains(ref)) continue;
       // Copies on several pages may share a name: only the first takes the key.
@@ -512,7 +489,6 @@ void Mandor::ExtractRegles_V(StringArray& cLignes) {
 
 bool Mandor::ExtractPages(StringArray& cLignes, TextFile& fich) {
   const long long count = CountOf(FindValue(cLignes, tf::kLookupNombre));
-  std::vector<const CChamp*> referring;
   if (count > 0) {
     std::vector<std::string> lines = AllLines(fich);
     const std::map<long long, size_t> headers = PageHeaderLines(lines);
@@ -524,16 +500,15 @@ bool Mandor::ExtractPages(StringArray& cLignes, TextFile& fich) {
         return false;
       }
       StringArray page_lines = SectionAfter(lines, header->second);
-      ExtractPage(page_lines, ToInt16(static_cast<double>(p)), &referring);
+      int16_t page = ToInt16(static_cast<double>(p));
+      ExtractPage(page_lines, page);
     }
   }
-  LinkRecurrentFields(*this, referring);
+  LinkRecurrentFields(*this);
   return true;
 }
 
-void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) { ExtractPage(cLignes, iPage, nullptr); }
-
-void Mandor::ExtractPage(StringArray& cLignes, int16_t iPage, std::vector<const CChamp*>* referring) {
+void Mandor::ExtractPage(StringArray& cLignes, int16_t& iPage) {
   auto self = SelfOf(*this);
   auto page = std::make_shared<CPage>();
   page->oOwnerMandor = self;
@@ -573,7 +548,6 @@ void Mandor::ExtractPage(StringArray& cLignes, int16_t iPage, std::vector<const 
     MarkNewVersion(*field);
     tf::ApplyRecord(field_record, *field, cols);
     field->NumChamp = ToInt16(static_cast<double>(i));
-    if (referring && !cols[tf::kFieldRecurrentRefColumn].empty()) referring->push_back(field.get());
     // The value text tells the decimal separator of the document's data.
     const std::string_view value_text = cols[tf::kFieldValueColumn];
     if (value_text.find('.') != std::string::npos) {

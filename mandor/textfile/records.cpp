@@ -218,7 +218,6 @@ constexpr std::array kStdFieldRecord{
 
 static_assert(kRulerRecord.size() == 11 && kFieldRecord.size() == 25 && kRecurrentRecord.size() == 23);
 static_assert(kStdVerticalRulerRecord.size() == 9 && kStdPageRulerRecord.size() == 8 && kStdFieldRecord.size() == 18);
-static_assert(kFieldRecord[kFieldRecurrentRefColumn - 1].member == "ChampRecurrentDeRef");
 
 template <Code kCode>
 double ParseAs(std::string_view text) {

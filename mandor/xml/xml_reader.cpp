@@ -10,7 +10,6 @@
 // memory. Numbers may be written with "." or "," whatever the running locale.
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -111,17 +110,8 @@ std::vector<pugi::xml_node> ChildrenWithId(const pugi::xml_node& parent, const c
 // serves rows without a name of their own.
 class RulerIndex {
  public:
-  // Fields name the few columns over and over: the last names asked for
-  // are answered without a case-blind look-up.
   std::shared_ptr<CRegle> Vertical(const Mandor& document, std::string_view name) {
-    for (const auto& [asked, regle] : recent_vertical_) {
-      if (asked == name) return regle;
-    }
-    const long before = vertical_.count;
-    std::shared_ptr<CRegle> regle = vertical_.Find(document.Regles_V, name);
-    if (vertical_.count != before) recent_vertical_ = {};
-    recent_vertical_[next_recent_++ % recent_vertical_.size()] = {std::string(name), regle};
-    return regle;
+    return vertical_.Find(document.Regles_V, name);
   }
   std::shared_ptr<CRegle> Horizontal(const Mandor& document, std::string_view name) {
     return horizontal_.Find(document.Regles_H, name);
@@ -146,8 +136,6 @@ class RulerIndex {
   };
   ByName vertical_;
   ByName horizontal_;
-  std::array<std::pair<std::string, std::shared_ptr<CRegle>>, 8> recent_vertical_;  // name asked -> answer
-  size_t next_recent_ = 0;
 };
 
 }  // namespace

@@ -75,7 +75,6 @@ Record<CChamp> StdFieldRecord();          // standard: a page's "c" lines
 
 // 1-based positions of the columns that the reader handles itself.
 inline constexpr size_t kFieldValueColumn = 6;        // quantity value text / InitialValue
-inline constexpr size_t kFieldRecurrentRefColumn = 24;  // ChampRecurrentDeRef
 
 // A record's columns as the reader splits them: views into the record's text,
 // from index 1 (index 0 unused), valid while the text is.
