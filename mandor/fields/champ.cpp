@@ -41,18 +41,6 @@ bool PartAfterUnderscoreStartsWith(const std::string& name, std::string_view pre
 CChamp::CChamp() : font_(std::make_shared<CFont>()) {}
 CChamp::CChamp(std::shared_ptr<CFont> font) : font_(std::move(font)) {}
 
-const std::string& CChamp::RareText(std::string RareTexts::*text) const {
-  static const std::string kNone;
-  return rare_ ? (*rare_).*text : kNone;
-}
-
-void CChamp::SetRareText(std::string RareTexts::*text, const std::string& value) {
-  if (!rare_ && value.empty()) return;
-  auto changed = rare_ ? std::make_shared<RareTexts>(*rare_) : std::make_shared<RareTexts>();
-  (*changed).*text = value;
-  rare_ = std::move(changed);
-}
-
 // --- private helpers ---
 
 std::shared_ptr<Mandor> CChamp::Document() const {
@@ -165,7 +153,7 @@ void CChamp::Type_Champ(int16_t value) {
 }
 
 void CChamp::PropagateIfRecurrent() {
-  if (bPropage && (Recurrent() || !RareText(&RareTexts::champ_recurrent_de_ref).empty())) {
+  if (bPropage && (Recurrent() || !TextView(kChampRecurrentDeRef).empty())) {
     PropagerParametresFormule();
   }
 }

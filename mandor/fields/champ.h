@@ -70,20 +70,20 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   // --- plain properties ---
   bool IsDataContrat() const { return is_data_contrat_; }
   void IsDataContrat(bool v) { is_data_contrat_ = v; }
-  std::string ToReport() const { return RareText(&RareTexts::to_report); }
-  void ToReport(const std::string& v) { SetRareText(&RareTexts::to_report, v); }
-  std::string Groupe() const { return RareText(&RareTexts::groupe); }
-  void Groupe(const std::string& v) { SetRareText(&RareTexts::groupe, v); }
+  std::string ToReport() const { return Text(kToReport); }
+  void ToReport(const std::string& v) { texts_.Set(kToReport, v); }
+  std::string Groupe() const { return Text(kGroupe); }
+  void Groupe(const std::string& v) { texts_.Set(kGroupe, v); }
   bool IsOptional() const { return is_optional_; }
   void IsOptional(bool v) { is_optional_ = v; }
-  std::string Label() const { return RareText(&RareTexts::label); }
-  void Label(const std::string& v) { SetRareText(&RareTexts::label, v); }
+  std::string Label() const { return Text(kLabel); }
+  void Label(const std::string& v) { texts_.Set(kLabel, v); }
   int16_t Imprimable() const { return imprimable_; }
   void Imprimable(int16_t v) { imprimable_ = v; }
   bool Recurrent() const { return recurrent_; }
   void Recurrent(bool v) { recurrent_ = v; }
-  std::string ChampRecurrentDeRef() const { return RareText(&RareTexts::champ_recurrent_de_ref); }
-  void ChampRecurrentDeRef(const std::string& v) { SetRareText(&RareTexts::champ_recurrent_de_ref, v); }
+  std::string ChampRecurrentDeRef() const { return Text(kChampRecurrentDeRef); }
+  void ChampRecurrentDeRef(const std::string& v) { texts_.Set(kChampRecurrentDeRef, v); }
   std::string NomRegleH() const { return Text(kNomRegleH); }
   std::string NomRegleV() const { return Text(kNomRegleV); }
 
@@ -203,8 +203,10 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   // This field as a shared pointer; Error 5 when it is not held by one.
   std::shared_ptr<CChamp> Self();
 
-  // The field's own texts, packed in one block (most fields have eight
-  // short texts: as many std::strings would take 256 bytes).
+  // The texts behind the field's properties, packed in one block: most
+  // fields have a few short texts, which twelve std::strings would hold in
+  // 384 bytes, and a large marking holds hundreds of thousands of fields.
+  // (The public text members are the model's own std::string variables.)
   enum TextIndex : size_t {
     kNom,
     kNomRegleH,
@@ -214,6 +216,10 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
     kInitialValue,
     kValeur,
     kFormule,
+    kLabel,
+    kToReport,
+    kGroupe,
+    kChampRecurrentDeRef,
     kTextCount
   };
   std::string_view TextView(TextIndex i) const { return texts_.Get(i); }
@@ -221,18 +227,6 @@ class CChamp : public std::enable_shared_from_this<CChamp> {
   PackedTexts<kTextCount> texts_;
   std::weak_ptr<Mandor> owner_;
   std::shared_ptr<CFont> font_;
-  // Texts only data-contract fields and recurrent copies have, kept apart
-  // (shared until changed) so that the many fields without them stay small:
-  // a large marking holds hundreds of thousands of fields.
-  struct RareTexts {
-    std::string label;
-    std::string to_report;
-    std::string groupe;
-    std::string champ_recurrent_de_ref;
-  };
-  const std::string& RareText(std::string RareTexts::*text) const;
-  void SetRareText(std::string RareTexts::*text, const std::string& value);
-  std::shared_ptr<const RareTexts> rare_;
   std::shared_ptr<CRegle> regle_h_;
   std::shared_ptr<CRegle> regle_v_;
   // The small members last, together, so that they share one padded word.

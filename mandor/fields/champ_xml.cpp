@@ -84,7 +84,7 @@ void CChamp::MajXmlNodeFromChampProperties(pugi::xml_node& node) {
     append("mn:V_Type", std::to_string(accrochage_v_type_));
   }
   if (Accrochage_H_Type > 0) append("mn:H_Type", std::to_string(Accrochage_H_Type));
-  if (const std::string& referant = RareText(&RareTexts::champ_recurrent_de_ref); !referant.empty()) {
+  if (const std::string referant = Text(kChampRecurrentDeRef); !referant.empty()) {
     append("mn:Referant", referant);
   }
 
@@ -151,10 +151,10 @@ void CChamp::MajXmlNodeDataContratFromChampProperties(pugi::xml_node& node) {
   }
   set_or_remove("mn:V_Type", accrochage_v_type_ > 0, std::to_string(accrochage_v_type_));
 
-  XmlSetAttribute(node, "mn:Label", RareText(&RareTexts::label));
+  XmlSetAttribute(node, "mn:Label", Text(kLabel));
   XmlSetAttribute(node, "mn:Optional", is_optional_ ? "1" : "0");
-  XmlSetAttribute(node, "mn:Groupe", RareText(&RareTexts::groupe));
-  XmlSetAttribute(node, "mn:ToReport", RareText(&RareTexts::to_report));
+  XmlSetAttribute(node, "mn:Groupe", Text(kGroupe));
+  XmlSetAttribute(node, "mn:ToReport", Text(kToReport));
   // A field that never received a value (one read from a file that keeps
   // its value only here) leaves the stored value alone instead of blanking it;
   // a value given and then cleared is written empty.
