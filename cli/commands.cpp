@@ -322,10 +322,25 @@ class ScratchFolder {
 };
 
 // Saves the chosen documents of a loaded catalogue into its own file, one line per document on `out`; the number that failed.
+// The catalogue's writer rebuilds the page-level cells (TA1, TD2, ...) from
+// the model, which holds no values: their values are taken before the save
+// and written back after it, so that a save keeps what `fill` and `compute` stored.
 int SaveDocuments(const Marking& marking, const std::string& doc_id, const std::string& verb, std::ostream& out) {
   CliPlatform* platform = CurrentCliPlatform();
+  const std::vector<std::shared_ptr<Mandor>> documents = SelectDocuments(marking, doc_id, false);
+  std::vector<mandor::values::FieldValue> page_values;
+  try {
+    const auto book = mandor::values::ValueBook::ForCatalogue(marking.catalogue);
+    for (const auto& document : documents) {
+      for (auto& value : book->Values(document)) {
+        if (value.place == mandor::values::Place::kPageCell && !value.text.empty()) page_values.push_back(value);
+      }
+    }
+  } catch (const std::exception&) {
+    // A workbook the book cannot load is one the save cannot write either: it says why.
+  }
   int failures = 0;
-  for (std::shared_ptr<Mandor> document : SelectDocuments(marking, doc_id, false)) {
+  for (std::shared_ptr<Mandor> document : documents) {
     bool saved = false;
     std::string reason;
     if (platform) platform->ClearFileError();
@@ -344,6 +359,11 @@ int SaveDocuments(const Marking& marking, const std::string& doc_id, const std::
       out << "could not save " << label << reason << "\n";
       ++failures;
     }
+  }
+  if (!page_values.empty()) {
+    const auto book = mandor::values::ValueBook::ForCatalogue(marking.catalogue);
+    book->Restore(page_values);
+    book->Save();
   }
   return failures;
 }

@@ -234,6 +234,15 @@ std::vector<FieldValue> ValueBook::Values(const std::shared_ptr<Mandor>& documen
   return values;
 }
 
+void ValueBook::Restore(const std::vector<FieldValue>& values) {
+  for (const FieldValue& value : values) {
+    if (!value.document || !value.field || value.text.empty()) continue;
+    const Slot* slot = SlotOf(*value.document, *value.field);
+    if (!slot || (slot->place != Place::kCell && slot->place != Place::kPageCell)) continue;
+    Store(value.document, value.field, value.text, value.number_cell ? value.number : std::nullopt);
+  }
+}
+
 void ValueBook::Store(const std::shared_ptr<Mandor>& document, const std::shared_ptr<CChamp>& field,
                       const std::string& text, std::optional<double> number) {
   const Slot& slot = *SlotOf(*document, *field);

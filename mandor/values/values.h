@@ -125,6 +125,14 @@ class ValueBook {
   // then unchanged); false when the text marking's writer failed.
   bool Save();
 
+  // Stores values taken from another book of the same catalogue (matched by
+  // document and field) into their cells again, as they were: the catalogue's
+  // writer rebuilds the page-level cells (TA1, TD2, ...) from the model,
+  // which holds no values, so code that saves documents with
+  // SauvegarderMarquageXml takes their values first and puts them back with
+  // this and Save. Values of fields this book has no cell for are skipped.
+  void Restore(const std::vector<FieldValue>& values);
+
   // Sets the valeur of every field of the document to the text it shows
   // (DisplayText), for code that draws the model's values (render); the
   // fields without a value keep theirs. The marking is not written.
