@@ -5,6 +5,7 @@
 #include "cli/json_dump.h"
 #include "cli/marking.h"
 #include "mandor/util/internal/text.h"
+#include "mandor/values/amount.h"
 #include "mandor/values/csv.h"
 #include "mandor/values/values.h"
 
@@ -116,7 +117,13 @@ int RunCompute(const ValuesOptions& options, std::ostream& out, std::ostream& er
     if (!options.json) out << (document->Id.empty() ? document->Nom_Document() : document->Id) << "\n";
     for (const auto& c : computed) {
       if (c.document != document) continue;
-      const mandor::values::FieldValue value = book->ValueOf(document, c.field);
+      mandor::values::FieldValue value = book->ValueOf(document, c.field);
+      if (value.place == mandor::values::Place::kNone) {
+        // A field whose marking keeps no value (a text marking's amounts):
+        // what was computed is shown all the same.
+        value.number = c.result.number;
+        value.text = c.result.number ? mandor::values::LocaleNumberText(*c.result.number, locale) : c.result.text;
+      }
       const std::string shown = mandor::values::DisplayText(*document, c.field, value, locale);
       if (!c.result.error.empty()) ++failures;
       if (options.json) {
