@@ -46,13 +46,11 @@
 
 #include "mandor/util/collection.h"
 #include "mandor/util/fct_util.h"
+#include "mandor/util/internal/wide.h"
 
 namespace mandor::server {
 
 // --- strings ---
-std::wstring Utf8ToWide(std::string_view utf8);
-std::string WideToUtf8(const wchar_t* wide, size_t length);
-std::string WideToUtf8(const std::wstring& wide);
 BSTR MakeBstr(std::string_view utf8);
 std::string BstrToUtf8(BSTR bstr);
 

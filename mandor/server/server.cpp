@@ -93,6 +93,7 @@ std::wstring ProgId(const ClassInfo& cls) { return L"MandorDLL." + Utf8ToWide(cl
 }  // namespace mandor::server
 
 using namespace mandor::server;
+using mandor::Utf8ToWide;
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
   if (reason == DLL_PROCESS_ATTACH) {

@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
   }
   CoInitialize(nullptr);
   const SYSKIND syskind = std::strcmp(argv[2], "win64") == 0 ? SYS_WIN64 : SYS_WIN32;
-  const HRESULT hr = mandor::server::WriteTypeLib(mandor::server::Utf8ToWide(argv[1]), syskind);
+  const HRESULT hr = mandor::server::WriteTypeLib(mandor::Utf8ToWide(argv[1]), syskind);
   CoUninitialize();
   if (FAILED(hr)) {
     std::fprintf(stderr, "typelib_gen: cannot write %s (0x%08lx)\n", argv[1], static_cast<unsigned long>(hr));

@@ -15,20 +15,13 @@
 
 #include "mandor/util/error.h"
 #include "mandor/util/internal/text.h"
+#include "mandor/util/internal/wide.h"
 #include "mandor/util/locale.h"
 #include "mandor/util/platform.h"
 
 namespace mandor {
 
 namespace {
-
-std::wstring Wide(const std::string& utf8) {
-  if (utf8.empty()) return {};
-  const int n = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-  std::wstring wide(static_cast<size_t>(n), L'\0');
-  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), wide.data(), n);
-  return wide;
-}
 
 // The value of MANDOR_UNATTENDED, or null when message boxes are shown.
 const char* Unattended() {
@@ -40,12 +33,12 @@ void Log(const std::string& text, const std::string& title) {
   std::string line = "[" + (title.empty() ? std::string(kDefaultMessageTitle) : title) + "] " +
                      ReplaceAll(ReplaceAll(text, "\r\n", "\\n"), "\n", "\\n");
   std::cerr << line << std::endl;
-  OutputDebugStringW(Wide(line + "\n").c_str());
+  OutputDebugStringW(Utf8ToWide(line + "\n").c_str());
 }
 
 int Show(const std::string& text, const std::string& title, UINT flags) {
-  const std::wstring caption = Wide(title.empty() ? std::string(kDefaultMessageTitle) : title);
-  return MessageBoxW(GetActiveWindow(), Wide(text).c_str(), caption.c_str(), flags | MB_TASKMODAL | MB_SETFOREGROUND);
+  const std::wstring caption = Utf8ToWide(title.empty() ? std::string(kDefaultMessageTitle) : title);
+  return MessageBoxW(GetActiveWindow(), Utf8ToWide(text).c_str(), caption.c_str(), flags | MB_TASKMODAL | MB_SETFOREGROUND);
 }
 
 }  // namespace
@@ -77,7 +70,7 @@ std::string SystemPlatform::CreateTemporaryFile(const std::string& target) {
   static std::mt19937_64 generator{std::random_device{}()};
   for (int attempt = 0; attempt < 64; ++attempt) {
     const std::string path = TemporaryFileName(target, generator());
-    const HANDLE file = CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+    const HANDLE file = CreateFileW(Utf8ToWide(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
       CloseHandle(file);
@@ -90,7 +83,7 @@ std::string SystemPlatform::CreateTemporaryFile(const std::string& target) {
 }
 
 void SystemPlatform::CommitFile(const std::string& temporary, const std::string& target) {
-  const std::wstring from = Wide(temporary);
+  const std::wstring from = Utf8ToWide(temporary);
   const DWORD attributes = GetFileAttributesW(from.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
     ThrowError(kFileNotFound);
@@ -102,7 +95,7 @@ void SystemPlatform::CommitFile(const std::string& temporary, const std::string&
   CloseHandle(file);
   if (!flushed) ThrowError(kPathFileAccessError);
   // MOVEFILE_WRITE_THROUGH returns only once the move is on the disk.
-  if (!MoveFileExW(from.c_str(), Wide(target).c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+  if (!MoveFileExW(from.c_str(), Utf8ToWide(target).c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
     ThrowError(kPathFileAccessError);
   }
 }
