@@ -79,7 +79,7 @@ bool StartsWithBom(std::string_view bytes) {
 
 }  // namespace
 
-bool WorkbookDocument::Load(const std::string& path, Keep keep) {
+bool WorkbookDocument::Load(const std::string& path) {
   std::string bytes;
   try {
     bytes = CurrentPlatform().ReadFileBytes(path);
@@ -87,14 +87,14 @@ bool WorkbookDocument::Load(const std::string& path, Keep keep) {
     doc_.reset();
     return false;
   }
-  return LoadFromBytes(std::move(bytes), keep);
+  return LoadFromBytes(std::move(bytes));
 }
 
 // A UTF-8 catalogue (nearly all of them) is parsed where its bytes were
 // read or converted instead of in a copy: a large workbook is tens of
 // megabytes. The bytes get the terminating zero the copy would have had, so
 // that the parse gives the same nodes.
-bool WorkbookDocument::LoadFromBytes(std::string bytes, Keep keep) {
+bool WorkbookDocument::LoadFromBytes(std::string bytes) {
   doc_.reset();
   buffer_.clear();
   bom_ = StartsWithBom(bytes);
@@ -114,14 +114,13 @@ bool WorkbookDocument::LoadFromBytes(std::string bytes, Keep keep) {
   const bool wide = bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' || bytes.substr(0, 2) == "\xFF\xFE" ||
                                           bytes.substr(0, 2) == "\xFE\xFF");
   wide_ = wide;
-  const unsigned options = keep == Keep::kWhole ? kParseOptions : kParseOptions & ~pugi::parse_ws_pcdata;
   pugi::xml_parse_result result;
   if (encoding != pugi::encoding_latin1 && !wide) {
     buffer_ = std::move(bytes);
     buffer_.push_back('\0');
-    result = doc_.load_buffer_inplace(buffer_.data(), buffer_.size(), options, pugi::encoding_utf8);
+    result = doc_.load_buffer_inplace(buffer_.data(), buffer_.size(), kParseOptions, pugi::encoding_utf8);
   } else {
-    result = doc_.load_buffer(bytes.data(), bytes.size(), options, encoding);
+    result = doc_.load_buffer(bytes.data(), bytes.size(), kParseOptions, encoding);
   }
   if (!result || !IsSingleDocument(doc_)) {
     doc_.reset();

@@ -70,14 +70,6 @@ pugi::xml_node FontElement(const pugi::xml_node& parent) {
   return parent.child("iFont");
 }
 
-// True when the first text node of an element, in a document loaded without
-// its blank text, may have had a blank one before it: one that is not the
-// element's first child, or a CDATA section, which blank text can precede.
-bool MayFollowBlankText(const pugi::xml_text& text) {
-  const pugi::xml_node node = text.data();
-  return node && (node != node.parent().first_child() || node.type() != pugi::node_pcdata);
-}
-
 bool IsNumber(std::string_view text) {
   if (text.empty()) return false;  // most optional attributes are absent
   return WholeNumber(text) || IsNumericText(NombreVersLocal(text), CurrentPlatform().locale());
@@ -160,7 +152,7 @@ class CatalogueReader {
   CatalogueReader(const CatalogueReader&) = delete;
   CatalogueReader& operator=(const CatalogueReader&) = delete;
 
-  void Read(const pugi::xml_node& root, const std::string& file);
+  void Read(const pugi::xml_node& root);
 
   void Commit() {
     std::swap(catalogue_.state_, next_);
@@ -568,18 +560,10 @@ std::shared_ptr<CChamp> CatalogueReader::XML_ReadChamp(const ElementAttributes& 
   return champ;
 }
 
-void CatalogueReader::Read(const pugi::xml_node& root, const std::string& file) {
+void CatalogueReader::Read(const pugi::xml_node& root) {
   if (pugi::xml_node header = XmlSelectNode(root, "Workbook/mn:MANDOR")) XML_ReadMandor(header);
   constexpr std::string_view kProperties = "Workbook/CustomDocumentProperties";
-  if (pugi::xml_node properties = XmlSelectNode(root, kProperties)) {
-    // The rate is the first text of its element, which may be blank text
-    // the load left out; then it is read from the whole file.
-    WorkbookDocument whole;
-    if (MayFollowBlankText(XmlGetNode(properties, "TVA").text()) && whole.Load(file)) {
-      properties = XmlSelectNode(whole.document(), kProperties);
-    }
-    XML_ReadTVA(properties);
-  }
+  if (pugi::xml_node properties = XmlSelectNode(root, kProperties)) XML_ReadTVA(properties);
   // The name goes into the query as an XPath literal; a name holding "'"
   // is quoted with '"' instead so that the query stays well-formed.
   const char quote = next_.name.find('\'') == std::string::npos ? '\'' : '"';
@@ -589,11 +573,10 @@ void CatalogueReader::Read(const pugi::xml_node& root, const std::string& file) 
 }
 
 std::shared_ptr<cMarquage> cMarquage::XML_ReadCNF(const std::string& sFile) {
-  // The workbook is dropped after the read: its blank text is not needed.
   WorkbookDocument workbook;
-  if (!workbook.Load(sFile, WorkbookDocument::Keep::kWithoutBlankText)) return nullptr;
+  if (!workbook.Load(sFile)) return nullptr;
   CatalogueReader reader(*this, sFile);
-  reader.Read(workbook.document(), sFile);
+  reader.Read(workbook.document());
   reader.Commit();
   return shared_from_this();
 }

@@ -27,19 +27,13 @@ class WorkbookDocument {
   WorkbookDocument(const WorkbookDocument&) = delete;
   WorkbookDocument& operator=(const WorkbookDocument&) = delete;
 
-  // What a load keeps of the file. kWhole keeps everything, to be written
-  // back; kWithoutBlankText leaves out the text nodes that are only
-  // whitespace (between elements, mostly), for a read that drops the
-  // document: about half the nodes of a catalogue.
-  enum class Keep { kWhole, kWithoutBlankText };
-
   // Reads and parses the file at path (no schema validation). False when the
   // file cannot be read or is not well-formed XML; the document is then empty.
-  bool Load(const std::string& path, Keep keep = Keep::kWhole);
+  bool Load(const std::string& path);
   // Parses bytes as the content of a catalogue file; false when not
   // well-formed. The bytes are parsed where they are and kept by the
   // document (move them in to spare a copy).
-  bool LoadFromBytes(std::string bytes, Keep keep = Keep::kWhole);
+  bool LoadFromBytes(std::string bytes);
 
   // Replaces the file at path with the document (Platform::ReplaceFileBytes:
   // a temporary file beside it, flushed, renamed over it). Throws
