@@ -77,8 +77,6 @@ std::string MakePdfScan(int pages);
 std::string MakeTiff();
 // A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).
 std::string MakePng();
-// The colour at (x, y) of a PNG as 0xRRGGBB (0x123456 when it does not decode).
-uint32_t PngPixel(const std::string& png, int x, int y);
 
 inline std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
 

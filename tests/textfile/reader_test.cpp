@@ -1,10 +1,9 @@
 // Tests of the text marking reader (extended ".xnf" and standard ".cnf"
-// layouts) and of the layout helpers it shares with the writer.
+// layouts): hand-written files, edited ones and broken ones.
 
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -118,29 +117,6 @@ class ReaderTest : public TextFileTest {
 
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
-
-// The layout helpers, on the cases the saved files do not show.
-TEST_F(ReaderTest, FormatHelpers) {
-  EXPECT_EQ(tf::NumberedKey("", 7) + "|" + tf::GeneratedRulerId(123456) + "|" + tf::SeparatorToText(""), "7|123456|");
-  const std::pair<const char*, std::optional<std::string>> separators[] = {
-      {"TAB", "\t"}, {";x", ";"}, {"§;", "§"} /* one character, not one byte */, {"", ""}, {"inconnu", std::nullopt},
-      {"tab", "t"} /* TAB is compared exactly */};
-  for (const auto& [text, separator] : separators) EXPECT_EQ(tf::SeparatorFromText(text), separator) << text;
-  const std::pair<const char*, std::optional<bool>> bools[] = {
-      {"True", true}, {"true", true}, {"Vrai", true}, {"VRAI", true}, {"1", true}, {"-1", true}, {"False", false},
-      {"Faux", false}, {"0", false}, {" 0 ", false}, {"", std::nullopt}, {"oui", std::nullopt}};
-  for (const auto& [text, value] : bools) EXPECT_EQ(tf::ParseBoolText(text), value) << text;
-  EXPECT_TRUE(tf::IsMdnFileName("prix.MDN") && tf::IsMdnFileName("prix.mdn") && tf::IsKnownOrientation(2));
-  EXPECT_FALSE(tf::IsMdnFileName("prix.Mdn") || tf::IsMdnFileName("MDN") || tf::IsKnownOrientation(3));
-
-  // Centimetres always carry a comma, pixels the locale's separator; both are read back.
-  EXPECT_EQ(tf::PixelText(1520.5f), "1520,5");
-  EXPECT_DOUBLE_EQ(tf::ParseFileNumber("21.5"), 21.5);
-  platform_->SetLocale(Locale::Point());
-  EXPECT_EQ(tf::CentimetreText(21.5f) + " " + tf::PixelText(1520.5f) + " " + tf::CentimetreText(3.0f), "21,5 1520.5 3");
-  EXPECT_DOUBLE_EQ(tf::ParseFileNumber("21,5"), 21.5);
-  EXPECT_EQ(test_util::ErrorNumberOf([] { tf::ParseFileNumber("abc"); }), kTypeMismatch);
-}
 
 // --- the hand-written price schedule ---
 
@@ -329,16 +305,6 @@ TEST_F(ReaderTest, FailuresAndTheirMessages) {
   }
   read("standard 1234 fields", lines, false);
   test_util::ExpectDescribedAs(transcript, "textfile/reader_failures.txt");
-}
-
-TEST_F(ReaderTest, ExtractProceduresNeedASharedDocument) {
-  Mandor plain;
-  StringArray lines = {"", "Nombre_règles_h=0"};
-  int16_t page = 1;
-  EXPECT_EQ(test_util::ErrorNumberOf([&] { plain.ExtractPage(lines, page); }), kInvalidArgument);
-  // A shared document works directly, without a file.
-  doc_->ExtractPage(lines, page);
-  EXPECT_EQ(doc_->Pages.Item("page_1")->Id, "page_1");
 }
 
 }  // namespace
