@@ -41,7 +41,8 @@ TEST(DevisesTest, LookUpsByKeyAndPosition) {
           {"EUR", 0, invalid}, {nullptr, 1, out_of_range}, {nullptr, 2, invalid}});
   devises.AddDevise("USD", "DOLLAR", "CENT");
   EXPECT_EQ(devises.FindPos("USD") * 10 + devises.FindPos("usd"), 12);  // codes compare exactly; 2 is Count
-  expect({{"usd", 0, "USD"}, {nullptr, 1, "USD"}, {"1", 0, "USD"}, {"2", 0, out_of_range}, {"0.4", 0, "EUR"}, {"0.5", 0, "USD"}, {" 1 ", 0, "USD"}});
+  expect({{"usd", 0, "USD"}, {nullptr, 1, "USD"}, {"1", 0, "USD"}, {"2", 0, out_of_range}, {"0.4", 0, "EUR"},
+          {"0.5", 0, "USD"}, {" 1 ", 0, "USD"}});
   platform->SetLocale(Locale::Comma());
   expect({{"0,5", 0, "USD"}, {"0.5", 0, invalid}});  // "0.5" is a key here
   devises.Defaut("USD");

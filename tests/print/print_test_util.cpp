@@ -150,23 +150,6 @@ std::optional<Pdf::Style> Pdf::StyleAt(int page, const TextBox& box) const {
   return style;
 }
 
-std::vector<std::pair<std::string, bool>> Pdf::Fonts() const {
-  std::vector<std::pair<std::string, bool>> fonts;
-  PopplerFontInfo* info = poppler_font_info_new(Doc(document_));
-  PopplerFontsIter* iter = nullptr;
-  while (poppler_font_info_scan(info, 20, &iter)) {
-    for (bool more = iter != nullptr; more; more = poppler_fonts_iter_next(iter)) {
-      const char* name = poppler_fonts_iter_get_name(iter);
-      fonts.emplace_back(name != nullptr ? name : "",
-                         poppler_fonts_iter_is_embedded(iter) && poppler_fonts_iter_is_subset(iter));
-    }
-    if (iter != nullptr) poppler_fonts_iter_free(iter);
-    iter = nullptr;
-  }
-  g_object_unref(info);
-  return fonts;
-}
-
 std::shared_ptr<cairo_surface_t> Pdf::Render(int page, double x, double y, double w, double h,
                                              double pixels_per_point) const {
   std::shared_ptr<cairo_surface_t> surface(
@@ -223,12 +206,13 @@ std::string MakeTiff() {
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, w), TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, h);
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, h), TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3), TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB), TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_PAGENUMBER, page, 2);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB), TIFFSetField(tiff, TIFFTAG_PAGENUMBER, page, 2);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     const uint32_t x0 = page == 0 ? 100 : 300, y0 = page == 0 ? 100 : 500;
     std::vector<unsigned char> row(w * 3);
     for (uint32_t y = 0; y < h; ++y) {
-      for (uint32_t x = 0; x < w * 3; ++x) row[x] = y - y0 < 100 && x / 3 - x0 < 100 ? 0 : 255;  // unsigned wrap
+      // Unsigned differences: below the square's corner they wrap to large values.
+      for (uint32_t x = 0; x < w * 3; ++x) row[x] = y - y0 < 100 && x / 3 - x0 < 100 ? 0 : 255;
       TIFFWriteScanline(tiff, row.data(), y, 0);
     }
     TIFFWriteDirectory(tiff);

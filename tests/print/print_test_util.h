@@ -54,8 +54,6 @@ class Pdf {
   };
   // Font, size and colour of the character at the start of an occurrence.
   std::optional<Style> StyleAt(int page, const TextBox& box) const;
-  // Names of the fonts used, with whether each is embedded as a subset.
-  std::vector<std::pair<std::string, bool>> Fonts() const;
   // A picture of the area (x, y, w, h) in points of a page at `pixels_per_point`.
   std::shared_ptr<cairo_surface_t> Render(int page, double x, double y, double w, double h,
                                           double pixels_per_point) const;

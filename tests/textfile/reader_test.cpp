@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -28,11 +29,7 @@ std::vector<std::string> WithoutSection(const std::vector<std::string>& lines, c
   std::vector<std::string> kept;
   bool skipping = false;
   for (const auto& line : lines) {
-    if (line == header) {
-      skipping = true;
-      continue;
-    }
-    if (skipping && !line.empty() && line[0] == '[') skipping = false;
+    skipping = line == header || (skipping && (line.empty() || line[0] != '['));
     if (!skipping) kept.push_back(line);
   }
   return kept;
@@ -41,13 +38,9 @@ std::vector<std::string> WithoutSection(const std::vector<std::string>& lines, c
 // The lines with the first line starting with `prefix` replaced.
 std::vector<std::string> Replaced(std::vector<std::string> lines, const std::string& prefix,
                                   const std::string& replacement) {
-  for (auto& line : lines) {
-    if (line.rfind(prefix, 0) == 0) {
-      line = replacement;
-      return lines;
-    }
-  }
-  ADD_FAILURE() << "no line starts with " << prefix;
+  const auto line = std::find_if(lines.begin(), lines.end(), [&](const auto& l) { return StartsWith(l, prefix); });
+  EXPECT_NE(line, lines.end()) << "no line starts with " << prefix;
+  if (line != lines.end()) *line = replacement;
   return lines;
 }
 
@@ -76,12 +69,11 @@ std::vector<std::pair<std::string, Edits>> EditBlocks() {
 // The lines with the edits of the block `label` made.
 std::vector<std::string> Edited(std::vector<std::string> lines, const std::string& label) {
   static const auto blocks = EditBlocks();
-  for (const auto& [name, edits] : blocks) {
-    if (name != label) continue;
-    for (const auto& [prefix, replacement] : edits) lines = Replaced(lines, prefix, replacement);
-    return lines;
+  const auto block = std::find_if(blocks.begin(), blocks.end(), [&](const auto& b) { return b.first == label; });
+  EXPECT_NE(block, blocks.end()) << "no edit block " << label;
+  for (const auto& [prefix, replacement] : block == blocks.end() ? Edits{} : block->second) {
+    lines = Replaced(lines, prefix, replacement);
   }
-  ADD_FAILURE() << "no edit block " << label;
   return lines;
 }
 
@@ -112,8 +104,10 @@ class ReaderTest : public TextFileTest {
   static std::string CnfPath() { return std::string(kFolder) + kName + tf::kStandardExtension; }
   void PutXnf(const std::vector<std::string>& lines) { platform_->SetFileText(XnfPath(), CrLf(lines)); }
   void PutCnf(const std::vector<std::string>& lines) { platform_->SetFileText(CnfPath(), CrLf(lines)); }
-  void PutDataXnf() { platform_->SetFileBytes(XnfPath(), DataFile("bordereau.bpx.xnf")); }
-  void PutDataCnf() { platform_->SetFileBytes(CnfPath(), DataFile("bordereau.bpx.cnf")); }
+  void PutData(bool extended) {
+    const char* data = extended ? "bordereau.bpx.xnf" : "bordereau.bpx.cnf";
+    platform_->SetFileBytes(extended ? XnfPath() : CnfPath(), DataFile(data));
+  }
 
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
@@ -126,7 +120,7 @@ class ScheduleTest : public ReaderTest, public ::testing::WithParamInterface<boo
   // its description in the test's locale.
   void ExpectRead(const std::string& layout) {
     platform_->SetLocale(GetParam() ? Locale::Comma() : Locale::Point());
-    layout == "xnf" ? PutDataXnf() : PutDataCnf();
+    PutData(layout == "xnf");
     ASSERT_TRUE(layout == "xnf" ? doc_->RestaurerMarquage() : doc_->RestaurerMarquageStd());
     EXPECT_TRUE(platform_->messages().empty() && platform_->OpenFileCount() == 0u);
     test_util::ExpectDescribedAs(test_util::Describe(*doc_), "textfile/bordereau.bpx." + layout + "." +
@@ -229,10 +223,10 @@ TEST_F(ReaderTest, RestaurerMarquageChoosesTheLayout) {
   EXPECT_TRUE(doc_->Pages.Count() == 1 && platform_->messages().empty());
 
   // Only the ".cnf": the standard reader. Both: only the ".xnf" is read.
-  PutDataCnf();
+  PutData(false);
   ASSERT_TRUE(doc_->RestaurerMarquage());
   EXPECT_EQ(std::make_tuple(doc_->Type_Document, doc_->Pages.Count()), std::make_tuple("Prix", 2));
-  PutDataXnf();
+  PutData(true);
   ASSERT_TRUE(doc_->RestaurerMarquage());
   EXPECT_EQ(std::make_tuple(doc_->Type_Document, doc_->Pages.Count()), std::make_tuple("BPU", 3));
 

@@ -1,6 +1,6 @@
 // What a text marking save writes reads back whole: values holding a lone LF
-// or CR, files whose line ends were changed to LF, the source list, and the
-// user's own files beside the marking.
+// or CR, files whose line ends were changed to LF, the source list; and the
+// user's own files beside the marking stay as they were.
 
 #include <gtest/gtest.h>
 
@@ -39,69 +39,51 @@ class SavedMarkingSafetyTest : public TextFileTest {
   }
 };
 
-TEST_F(SavedMarkingSafetyTest, LoneLineFeedsAndCarriageReturnsStayInTheirValues) {
+// A value holding a lone LF and CR comes back with every field after it; a
+// marking whose CR LF line ends became LF (edited on Linux) reads the same.
+TEST_F(SavedMarkingSafetyTest, LoneLineFeedsAndLineFeedFilesReadBackWhole) {
   for (const bool extended : {true, false}) {
     SCOPED_TRACE(extended ? "extended" : "standard");
-    for (const auto& path : platform_->Paths()) platform_->DeleteFile(path);
+    const std::string path = Path(extended ? ".xnf" : ".cnf");
+    for (const auto& p : platform_->Paths()) platform_->DeleteFile(p);
     auto doc = BuildPriceSchedule();
     doc->Champs.Item("L1_Qté")->Formule("Qté\r*2\n+1");
     Save(*doc, extended);
     auto read = Restore();
-    EXPECT_TRUE(platform_->messages().empty()) << platform_->messages()[0].text;
-    // Every field comes back (those after it on the page and on the next
-    // page too), and the lone LF and CR with their value.
     EXPECT_EQ(FieldCount(*read), FieldCount(*doc));
     EXPECT_EQ(read->Pages.Item(1L)->Champs.Item("L1_Qté")->Formule(), "Qté\r*2\n+1");
-  }
-}
-
-TEST_F(SavedMarkingSafetyTest, FilesWithLineFeedLineEndsReadLikeTheirCrLfOriginal) {
-  // A marking edited on Linux: every CR LF became LF. It reads to the same
-  // model, in both layouts.
-  for (const bool extended : {true, false}) {
-    SCOPED_TRACE(extended ? "extended" : "standard");
-    const std::string path = Path(extended ? ".xnf" : ".cnf");
     Save(*BuildPriceSchedule(), extended);
-    const std::string crlf = Bytes(path);
-    ASSERT_NE(crlf.find("\r\n"), std::string::npos);
     const std::string expected = test_util::Describe(*Restore());
-    platform_->SetFileBytes(path, ReplaceAll(crlf, "\r\n", "\n"));
+    platform_->SetFileBytes(path, ReplaceAll(Bytes(path), "\r\n", "\n"));
     EXPECT_EQ(test_util::Describe(*Restore()), expected);
     EXPECT_TRUE(platform_->messages().empty()) << platform_->messages()[0].text;
-    platform_->DeleteFile(path);
   }
 }
 
+// The [Source] count gives one record per number, present or not; a number
+// lands in its place whatever the order; the sections after it still read.
 TEST_F(SavedMarkingSafetyTest, SourceCountGivesOneRecordPerNumber) {
   auto doc = BuildPriceSchedule();
   Save(*doc, true);
   const std::string saved = Bytes(Path(".xnf"));
-  const size_t start = saved.find("[Source]\r\n");
-  const size_t end = saved.find("\r\n[", start + 1);
-  ASSERT_NE(start, std::string::npos);
+  const size_t start = saved.find("[Source]\r\n"), end = saved.find("\r\n[", start + 1);
   ASSERT_NE(end, std::string::npos);
-  const auto with_source = [&](const std::string& section) {
-    platform_->SetFileBytes(Path(".xnf"), saved.substr(0, start) + section + saved.substr(end + 2));
-    return Restore();
-  };
-
-  // Ten claimed, two present: ten records, the missing ones without a file.
-  auto read = with_source(
-      "[Source]\r\nNombre=10\r\nDocument_1=a.csv\r\nS\xE9parateur_1=;\r\nDocument_2=b.MDN\r\n"
-      "S\xE9parateur_2=TAB\r\n");
-  ASSERT_EQ(read->Docs.Count(), 10);
-  EXPECT_EQ(read->Docs.Item(1L)->Fichier, "a.csv");
-  EXPECT_EQ(read->Docs.Item(1L)->Séparateur, ";");
-  EXPECT_EQ(read->Docs.Item(2L)->Séparateur, "\t");
-  for (long i = 3; i <= 10; ++i) EXPECT_EQ(read->Docs.Item(i)->Fichier, "") << i;
-  EXPECT_EQ(read->FichierMDN, "b.MDN");
-  EXPECT_EQ(FieldCount(*read), FieldCount(*doc)) << "the sections after [Source] still read";
-
-  // A number given out of order still lands in its place.
-  read = with_source("[Source]\r\nNombre=3\r\nDocument_3=c.txt\r\n");
-  ASSERT_EQ(read->Docs.Count(), 3);
-  EXPECT_EQ(read->Docs.Item(3L)->Fichier, "c.txt");
-  EXPECT_EQ(with_source("[Source]\r\nNombre=0\r\nDocument_1=x\r\n")->Docs.Count(), 0);
+  const struct { const char* section; const char* files; } cases[] = {
+      {"Nombre=10\r\nDocument_1=a.csv\r\nS\xE9parateur_1=;\r\nDocument_2=b.MDN\r\nS\xE9parateur_2=TAB\r\n",
+       "a.csv;|b.MDN\t|||||||||"},
+      {"Nombre=3\r\nDocument_3=c.txt\r\n", "||c.txt|"}, {"Nombre=0\r\nDocument_1=x\r\n", ""}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.section);
+    platform_->SetFileBytes(Path(".xnf"), saved.substr(0, start) + "[Source]\r\n" + c.section + saved.substr(end + 2));
+    auto read = Restore();
+    std::string files;
+    for (const auto& source : read->Docs) files += source->Fichier + source->Séparateur + "|";
+    EXPECT_EQ(files, c.files);
+    EXPECT_EQ(FieldCount(*read), FieldCount(*doc));
+    if (c.files[0] == 'a') {
+      EXPECT_EQ(read->FichierMDN, "b.MDN");
+    }
+  }
 }
 
 TEST_F(SavedMarkingSafetyTest, SavesLeaveTheUsersFilesAloneAndSurviveAPowerCut) {

@@ -168,22 +168,5 @@ TEST_F(WriterTest, QuantityCarriedOnlyWithQteAndDefDeviseFromTheCatalogue) {
   }
 }
 
-// Every file operation failing in turn is covered by the fault-injection
-// test; here a full disk part-way through a section: the previous marking
-// and its backup stay, one message says so, and the name is forgotten.
-TEST_F(WriterTest, FailurePartWayKeepsThePreviousMarking) {
-  const std::string previous = "[Calage]\r\nType=0\r\n";
-  platform_->SetFileBytes(kTarget, previous);
-  auto doc = BuildPriceSchedule();
-  platform_->FailWriteAfter(20, ".tmp");
-  EXPECT_EQ(doc->SauvegarderMarquageEx(false), 0);
-  EXPECT_EQ(Bytes(kTarget) + Bytes(kBackup), previous + previous) << "the marking is not truncated";
-  ASSERT_EQ(platform_->messages().size(), 1u);
-  EXPECT_EQ(platform_->messages()[0].text + "|" + platform_->messages()[0].title,
-            "Impossible de céer le fichier marchés/BPU Lot 1.bpx.xnf !!|Erreur Fichier");
-  EXPECT_EQ(doc->Nom_Document(), "");
-  EXPECT_EQ(platform_->Paths(), (std::vector<std::string>{kBackup, kTarget}));
-}
-
 }  // namespace
 }  // namespace mandor::textfile_test
