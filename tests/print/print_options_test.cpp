@@ -57,7 +57,6 @@ TEST(PrintSheet, PixelsToPaper) {
   struct Case {
     const char* label;
     std::function<void(Mandor&)> set_up;
-    std::optional<Offset> offset;
     int type;                  // in force
     double pixel, x_cm, y_cm;  // X(pixel), Y(pixel) on page 1
   };
@@ -68,21 +67,19 @@ TEST(PrintSheet, PixelsToPaper) {
          d.X1_pixel = 100, d.X1_cm = 1, d.X2_pixel = 1300, d.X2_cm = 1;
          d.Y1_pixel = 200, d.Y1_cm = 3, d.Y2_pixel = 2600, d.Y2_cm = 23;  // 120 px/cm
        },
-       std::nullopt, 2, 220, 1 + 120.0 / 120, 3 + 20.0 / 120},
+       2, 220, 1 + 120.0 / 120, 3 + 20.0 / 120},
       {"horizontal and vertical resolutions", [](Mandor& d) { d.Pages.Item(1L)->SetSize(150, 200, 1000, 1000); },
-       std::nullopt, 0, 300, 300 / 200.0 * 2.54, 300 / 150.0 * 2.54},
-      {"unknown type", [](Mandor& d) { d.Type_calage = -1; }, std::nullopt, 0, 300, 2.54, 2.54},
-      {"resolution 0 taken as 300 dpi", [](Mandor& d) { d.Pages.Item(1L)->SetSize(0, 0, 0, 0); }, std::nullopt, 0,
-       600, 5.08, 5.08},
-      {"an offset given over the marking's", [](Mandor& d) { d.imprimante_OrigineX_cm = 0.5f; }, Offset{-1, 2}, 0,
-       300, 2.54 - 1, 2.54 + 2},
+       0, 300, 300 / 200.0 * 2.54, 300 / 150.0 * 2.54},
+      {"unknown type", [](Mandor& d) { d.Type_calage = -1; }, 0, 300, 2.54, 2.54},
+      {"resolution 0 taken as 300 dpi", [](Mandor& d) { d.Pages.Item(1L)->SetSize(0, 0, 0, 0); }, 0, 600,
+       5.08, 5.08},
   };
   std::vector<std::string> warnings;
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     auto d = test::MakeDocument(1);
     c.set_up(*d);
-    const Calibration calibration = CalibrationOf(*d, c.offset, warnings);
+    const Calibration calibration = CalibrationOf(*d, std::nullopt, warnings);
     EXPECT_EQ(calibration.type, c.type);
     const PaperMapping m = MappingOf(calibration, *d->Pages.Item(1L));
     EXPECT_NEAR(m.X(c.pixel), c.x_cm, 1e-4);

