@@ -21,10 +21,11 @@ TEST(DevisesTest, LookUpsByKeyAndPosition) {
   Devises devises;
   const auto expect = [&](const std::vector<std::pair<const char*, long>>& lookups, const std::string& expected) {
     std::string codes;
-    for (const auto& [key, position] : lookups) {
+    for (const auto& lookup : lookups) {
       std::string code;
-      const int error = test_util::ErrorNumberOf(
-          [&] { code = (key ? devises.Item(std::string(key)) : devises.Item(position))->code(); });
+      const int error = test_util::ErrorNumberOf([&] {
+        code = (lookup.first ? devises.Item(std::string(lookup.first)) : devises.Item(lookup.second))->code();
+      });
       codes += (error ? std::to_string(error) : code) + " ";
     }
     EXPECT_EQ(codes, expected);
