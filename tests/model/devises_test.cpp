@@ -10,73 +10,38 @@
 namespace mandor {
 namespace {
 
-using test_util::ErrorNumberOf;
-
-class DevisesTest : public test_util::MemoryPlatformTest {
- protected:
-  // One lookup: by key, or by position when key is null; expected is the
-  // code found or "error n".
-  struct Case {
-    const char* key;
-    long position;
-    std::string expected;
-  };
-  void ExpectLookups(const std::vector<Case>& cases) {
-    for (const auto& c : cases) {
-      SCOPED_TRACE(c.key ? std::string("key ") + c.key : "position " + std::to_string(c.position));
+// Look-ups in the currency table, by key or by position (key null), each
+// giving the code found or the error number (9 out of range, 5 invalid): numeric keys are 1-based indexes in the
+// current locale, rounded half to even; a position past the end fails, one
+// outside falls back to the default entry. (The host's scripts check the
+// table's plain members.)
+TEST(DevisesTest, LookUpsByKeyAndPosition) {
+  auto platform = std::make_shared<MemoryPlatform>();
+  ScopedPlatform scope(platform);
+  Devises devises;
+  const auto expect = [&](const std::vector<std::pair<const char*, long>>& lookups, const std::string& expected) {
+    std::string codes;
+    for (const auto& lookup : lookups) {
       std::string code;
-      const int error = ErrorNumberOf([&] {
-        code = (c.key ? devises_.Item(std::string(c.key)) : devises_.Item(c.position))->code();
+      const int error = test_util::ErrorNumberOf([&] {
+        code = (lookup.first ? devises.Item(std::string(lookup.first)) : devises.Item(lookup.second))->code();
       });
-      EXPECT_EQ(error ? "error " + std::to_string(error) : code, c.expected);
+      codes += (error ? std::to_string(error) : code) + " ";
     }
-  }
-
-  const std::string out_of_range_ = "error " + std::to_string(kSubscriptOutOfRange);
-  const std::string invalid_ = "error " + std::to_string(kInvalidArgument);
-  Devises devises_;
-};
-
-TEST_F(DevisesTest, NewTableHoldsTheBuiltInEuro) {
-  EXPECT_EQ(devises_.Count(), 1);
-  // Position Count is admitted and fails there; positions outside fall back to
-  // the default key "EUR", which is not the euro's key "EUR(Defaut)".
-  ExpectLookups({{"eur(defaut)", 0, "EUR"}, {"0", 0, "EUR"}, {"1", 0, out_of_range_}, {"-1", 0, invalid_},
-                 {"", 0, invalid_}, {"EUR", 0, invalid_}, {nullptr, 1, out_of_range_},
-                 {nullptr, -1, invalid_}, {nullptr, 2, invalid_}});
-  EXPECT_EQ(devises_.FindPos("EUR"), 0);
-  EXPECT_EQ(devises_.FindPos(""), 0);
-  EXPECT_FALSE(devises_.Find("EUR"));  // not a key
-  EXPECT_TRUE(devises_.Find("") && devises_.Find("EUR(Defaut)"));
-}
-
-TEST_F(DevisesTest, AddedEntriesAreKeyedByCodeIgnoringCase) {
-  devises_.AddDevise("USD", "DOLLAR", "CENT");
-  EXPECT_EQ(devises_.FindPos("USD"), 1);
-  EXPECT_EQ(devises_.FindPos("usd"), 2);  // codes compare exactly; 2 is Count
-  EXPECT_TRUE(devises_.Find("usd"));
-  // Numeric texts are 1-based indexes in the current locale, rounded half to even.
-  ExpectLookups({{"1", 0, "USD"}, {nullptr, 1, "USD"}, {"0.4", 0, "EUR"}, {"0.5", 0, "USD"}, {" 1 ", 0, "USD"},
-                 {"2", 0, out_of_range_}});
-  platform_->SetLocale(Locale::Comma());
-  ExpectLookups({{"0,5", 0, "USD"}, {"0,4", 0, "EUR"}, {"0.5", 0, invalid_}});  // "0.5" is a key here
-
-  // The default entry is the fallback; "" restores "FRF", which is missing.
-  devises_.Defaut("USD");
-  ExpectLookups({{nullptr, -1, "USD"}, {"", 0, "USD"}, {"-3", 0, "USD"}});
-  devises_.Defaut("");
-  EXPECT_EQ(devises_.Defaut(), "FRF");
-  ExpectLookups({{"", 0, invalid_}});
-
-  auto pound = std::make_shared<Devise>();
-  pound->code("GBP");
-  devises_.Add(pound);
-  EXPECT_EQ(devises_.Item("GBP"), pound);
-  EXPECT_EQ(devises_.Item(2L), pound);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.AddDevise("usd", "X", "Y"); }), kDuplicateKey);
-  EXPECT_EQ(ErrorNumberOf([&] { devises_.Add(nullptr); }), kInvalidArgument);
-  EXPECT_EQ(devises_.Count(), 3);
-  ExpectLookups({{nullptr, 3, out_of_range_}});
+    EXPECT_EQ(codes, expected);
+  };
+  // The built-in euro is keyed "EUR(Defaut)"; the default key "EUR" is not it.
+  expect({{"eur(defaut)", 0}, {"0", 0}, {"1", 0}, {"-1", 0}, {"EUR", 0}, {nullptr, 1}, {nullptr, 2}},
+         "EUR EUR 9 5 5 9 5 ");
+  devises.AddDevise("USD", "DOLLAR", "CENT");
+  expect({{"usd", 0}, {nullptr, 1}, {"1", 0}, {"2", 0}, {"0.4", 0}, {"0.5", 0}, {" 1 ", 0}},
+         "USD USD USD 9 EUR USD USD ");
+  platform->SetLocale(Locale::Comma());
+  expect({{"0,5", 0}, {"0.5", 0}}, "USD 5 ");  // "0.5" is a key here
+  devises.Defaut("USD");
+  expect({{nullptr, -1}, {"", 0}, {"-3", 0}}, "USD USD USD ");
+  devises.Defaut("");  // restores "FRF", which is missing
+  expect({{"", 0}}, "5 ");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The document, its pages and rulers: names and types, look-ups, positions in
-// points and the fonts a ruler shares.
+// The document, its pages and rulers, on what the host's scripts do not
+// check: the type a name gives, the current page, a ruler's shared font.
 #include "mandor/model/mandor.h"
 
 #include <gtest/gtest.h>
@@ -12,16 +12,15 @@
 namespace mandor {
 namespace {
 
-using test_util::ErrorNumberOf;
-
 class MandorTest : public test_util::MemoryPlatformTest {
  protected:
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 
-TEST_F(MandorTest, NomDocumentDerivesShortNameAndType) {
-  platform_->SetLocale(Locale::Comma());
-  // An unknown ending leaves the type as it was; lengths count characters, not bytes.
+// The name gives the short name and the type (an unknown ending leaves the
+// type as it was; lengths count characters, not bytes); the current page is
+// looked up by its key; a ruler's font is shared and adopts the document's.
+TEST_F(MandorTest, NamesPagesAndRulerFonts) {
   const struct { const char* name; const char* short_name; const char* type; } cases[] = {
       {"DEVIS.BPX", "DEVIS.", "Prix"}, {"lot1.det", "lot1.", "Détail"}, {"acte.ae", "acte", "AE"},
       {"acte.pdf", "acte.", "AE"}, {"Été.det", "Été.", "Détail"}};
@@ -29,57 +28,17 @@ TEST_F(MandorTest, NomDocumentDerivesShortNameAndType) {
     doc_->Nom_Document(c.name);
     EXPECT_EQ(doc_->ShortName() + "|" + doc_->Type_Document, std::string(c.short_name) + "|" + c.type) << c.name;
   }
-  doc_->Répertoire_Document = "/tmp/x/";
-  EXPECT_EQ(doc_->FichierPdfImage(), "/tmp/x/Été.det.pdf");
-  EXPECT_EQ(ErrorNumberOf([&] { doc_->Nom_Document("ab"); }), kInvalidArgument);
-  EXPECT_EQ(doc_->Nom_Document(), "ab") << "the name is stored before the short name fails";
-}
-
-TEST_F(MandorTest, LookUpsReturnNullInsteadOfFailing) {
-  for (auto* rulers : {&doc_->Regles_V, &doc_->Regles_H}) {
-    auto r = std::make_shared<CRegle>();
-    r->Nom = rulers == &doc_->Regles_V ? "PU" : "L1";
-    rulers->Add(r, r->Nom);
-  }
-  EXPECT_EQ(doc_->RegleV("pu")->Nom + doc_->RegleH("l1")->Nom, "PUL1");
-  EXPECT_EQ(doc_->RegleV("L1"), nullptr);
-  EXPECT_EQ(doc_->RegleH("nope"), nullptr);
-  EXPECT_EQ(doc_->PageCourante(), nullptr) << "numero_page 0";
   auto page = std::make_shared<CPage>();
   doc_->Pages.Add(page, "page_12");
-  doc_->numero_page = 12;  // the key, not the position
+  doc_->numero_page = 12;
   EXPECT_EQ(doc_->PageCourante(), page);
   doc_->numero_page = 1;
   EXPECT_EQ(doc_->PageCourante(), nullptr);
-}
 
-TEST_F(MandorTest, PageAndRulerPointsFollowThePageResolutions) {
-  auto page = std::make_shared<CPage>();
-  page->SetSize(200, 100, 2480, 3508);  // vertical resolution first
-  EXPECT_FLOAT_EQ(page->Width_Point(), 2480.0f / 100 * 72);
-  EXPECT_FLOAT_EQ(page->Height_Point(), 3508.0f / 200 * 72);
   CRegle ruler;
-  ruler.Position_pixel_X = 300;
-  ruler.Position_pixel_Y = 600;
-  EXPECT_EQ(ruler.Position_point_X() + ruler.Position_point_Y(), 0) << "no page";
-  ruler.Page(page);
-  page->hResolution(200);
-  page->vResolution(300);
-  EXPECT_FLOAT_EQ(ruler.Position_point_X(), 108);
-  EXPECT_FLOAT_EQ(ruler.Position_point_Y(), 216) << "Y divides by hResolution (200), not 300";
-  page->vResolution(0);
-  EXPECT_EQ(ErrorNumberOf([&] { page->Height_Point(); }), kDivisionByZero);
-  ruler.WidthChamp(240);
-  EXPECT_FLOAT_EQ(ruler.largeur_cm, 2);
-}
-
-TEST_F(MandorTest, RulerFontIsSharedAndFollowsItsDocument) {
-  CRegle ruler;
-  EXPECT_EQ(ruler.Alignement(), 3) << "an alignment the ruler does not set";
   ruler.Alignement(2);
-  EXPECT_EQ(ruler.Font()->Alignment(), "2");
   ruler.Alignement(7);
-  EXPECT_EQ(ruler.Alignement(), 2) << "other codes change nothing";
+  EXPECT_EQ(ruler.Font()->Alignment(), "2") << "other codes change nothing";
   ruler.GetFontClassFromProperties()->Bold(true);
   EXPECT_TRUE(ruler.Bold()) << "the font object itself, not a copy";
   doc_->FonteName("Courier");

@@ -1,5 +1,5 @@
-// `mandor print` run as a user runs it: the three modes on the sample
-// marking, values from a file, the warnings on standard error and the exit
+// `mandor print` run as a user runs it: on the form and as a test sheet on
+// the sample marking, values from a file, the warnings on standard error and the exit
 // status (0 when a PDF was written, 1 when nothing could be, 2 for a usage
 // error). (How scans are drawn is checked on the library.)
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ using mandor_cli_test::WriteBytes;
 
 const std::string kXnf = Sample("dqe-menuiseries.det.xnf");
 
-TEST(CliPrint, TheThreeModesOnTheSample) {
+TEST(CliPrint, FormTestSheetAndValuesOnTheSample) {
   TempDir dir;
   CliResult r = RunCli({"print", kXnf, "-o", dir.File("form.pdf"), "--locale", "fr"});
   ASSERT_EQ(r.status, 0) << r.err;
@@ -31,13 +31,6 @@ TEST(CliPrint, TheThreeModesOnTheSample) {
   ASSERT_EQ(form.pages(), 2);
   EXPECT_EQ(form.title(), "dqe-menuiseries.det");
   EXPECT_EQ(form.Find(1, "14,00").size(), 1u) << form.text(1);
-
-  // Page 2 has no scan beside the sample: printed without one, with a warning.
-  r = RunCli({"print", kXnf, "--over-image", "-o", dir.File("over.pdf"), "--locale", "fr"});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.out.find("over the image, 8 values"), std::string::npos) << r.out;
-  EXPECT_NE(r.err.find("mandor: warning: no image for page 2"), std::string::npos) << r.err;
-  EXPECT_EQ(Pdf(ReadBytes(dir.File("over.pdf"))).pages(), 2);
 
   r = RunCli({"print", kXnf, "--test-sheet", "--offset", "0.3,-0.2", "--pages", "2", "-o", dir.File("test.pdf")});
   ASSERT_EQ(r.status, 0) << r.err;

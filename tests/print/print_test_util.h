@@ -54,8 +54,6 @@ class Pdf {
   };
   // Font, size and colour of the character at the start of an occurrence.
   std::optional<Style> StyleAt(int page, const TextBox& box) const;
-  // Names of the fonts used, with whether each is embedded as a subset.
-  std::vector<std::pair<std::string, bool>> Fonts() const;
   // A picture of the area (x, y, w, h) in points of a page at `pixels_per_point`.
   std::shared_ptr<cairo_surface_t> Render(int page, double x, double y, double w, double h,
                                           double pixels_per_point) const;
@@ -77,8 +75,6 @@ std::string MakePdfScan(int pages);
 std::string MakeTiff();
 // A 300 x 400 PNG, white with a black 50-pixel square at (10, 20).
 std::string MakePng();
-// The colour at (x, y) of a PNG as 0xRRGGBB (0x123456 when it does not decode).
-uint32_t PngPixel(const std::string& png, int x, int y);
 
 inline std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
 

@@ -35,8 +35,7 @@ using BoundedWorkTest = textfile_test::TextFileTest;
 TEST_F(BoundedWorkTest, HundredMegabyteLines) {
   const auto document = [] {
     auto doc = std::make_shared<Mandor>();
-    doc->Répertoire_Document = "lot/";
-    doc->Nom_Document("doc.bpx");
+    doc->Répertoire_Document = "lot/", doc->Nom_Document("doc.bpx");
     return doc;
   };
   const std::string bars(kHundredMegabytes, '|');
@@ -71,13 +70,13 @@ TEST_F(DeepCatalogueTest, DeepNestingReadsAndSavesWithoutRecursion) {
   std::string open, close;
   for (int i = 0; i < kDepth; ++i) open += "<x:B>", close += "</x:B>";
   // Deep elements in the catalogue header, in a document's image and in a cell.
-  std::string xml = xml_test::DataFile("tender.xml");
+  const std::string tender = xml_test::DataFile("tender.xml");
+  std::string xml = tender;
   for (const std::string anchor : {"</mn:MANDOR>", "</mn:Image>", "</Data></Cell>"}) {
     const size_t at = xml.find(anchor);
     ASSERT_NE(at, std::string::npos) << anchor;
     xml.insert(at, "<x:Deep xmlns:x=\"urn:deep\">" + open + close + "</x:Deep>");
   }
-  const std::string tender = xml_test::DataFile("tender.xml");
   auto plain = Read("lot/plain.xml", &tender);
   auto deep = Read("lot/deep.xml", &xml);
   ASSERT_GT(deep->Count(), 0);

@@ -83,8 +83,7 @@ class CrashSafetyTest : public ::testing::Test {
 TEST_F(CrashSafetyTest, KilledTextSaveLeavesOldOrNewMarking) {
   using namespace textfile_test;
   auto doc = std::make_shared<Mandor>();
-  doc->Répertoire_Document = dir_.string() + "/";
-  doc->Nom_Document("grand.det");
+  doc->Répertoire_Document = dir_.string() + "/", doc->Nom_Document("grand.det");
   AddRuler(doc, doc->Regles_V, "V1", "Prix", 2, {12.9f, 0, 1520, 0, 3.5f}, 1);
   for (int p = 1; p <= 10; ++p) {
     auto page = AddPage(doc, p);

@@ -54,8 +54,7 @@ inline std::shared_ptr<CRegle> AddRuler(const std::shared_ptr<Mandor>& doc, Coll
   auto r = std::make_shared<CRegle>();
   r->oOwnerMandor(doc);
   r->Id = id, r->Nom = nom, r->Décimales = decimales, r->Imprimable = imprimable;
-  r->FontName("Arial");
-  r->FontSize(10);
+  r->FontName("Arial"), r->FontSize(10);
   const auto& v = cm_xy_pixel_xy_largeur;
   std::tie(r->Position_cm_X, r->Position_cm_Y, r->Position_pixel_X, r->Position_pixel_Y, r->largeur_cm) =
       std::tie(v[0], v[1], v[2], v[3], v[4]);
@@ -88,18 +87,15 @@ inline std::shared_ptr<CChamp> AddField(const std::shared_ptr<Mandor>& doc, cons
       std::tie(s.cm_left, s.cm_top, s.cm_bottom, s.cm_right);
   c->Imprimable(s.imprimable), c->valeur(s.valeur);
   if (page) {
-    c->oOwnerPage = page;
-    c->Page = static_cast<int16_t>(n);
-    page->Champs.Add(c, c->Nom());
-    doc->Champs.Add(c, c->Nom());
+    c->oOwnerPage = page, c->Page = static_cast<int16_t>(n);
+    page->Champs.Add(c, c->Nom()), doc->Champs.Add(c, c->Nom());
   }
   return c;
 }
 
 inline std::shared_ptr<CPage> AddPage(const std::shared_ptr<Mandor>& doc, int n) {
   auto page = std::make_shared<CPage>();
-  page->oOwnerMandor = doc;
-  page->Id = "page_" + std::to_string(n);
+  page->oOwnerMandor = doc, page->Id = "page_" + std::to_string(n);
   doc->Pages.Add(page, page->Id);
   return page;
 }
@@ -118,8 +114,7 @@ inline std::shared_ptr<Mandor> BuildPriceSchedule(const std::string& total_initi
   doc->FonteName("Times New Roman"), doc->FonteSize(11), doc->Font()->Italic(true), doc->Font()->Color(255);
   for (const auto& [fichier, separateur] : {std::pair{"Bordereau Prix.MDN", "\t"}, {"quantités.csv", ";"}}) {
     auto source = std::make_shared<Doc>();
-    source->Fichier = fichier;
-    source->Séparateur = separateur;
+    source->Fichier = fichier, source->Séparateur = separateur;
     doc->Docs.Add(source);
   }
 
