@@ -2,6 +2,10 @@
 // in folders, and reports per file whether it loaded, its documents and the
 // warnings worth a look, as text or as one JSON object per line. On a
 // terminal it shows which file it is on and for how long.
+//
+// Threading: the check runs on the command's one thread; only the progress
+// line on a terminal is drawn by a second thread, which shares the current
+// file name and start time with it under a mutex.
 #ifndef MANDOR_CLI_CHECK_CMD_H_
 #define MANDOR_CLI_CHECK_CMD_H_
 

@@ -8,6 +8,8 @@
 // ("Permission denied", "No space left on device") beside the automation
 // error number, and the last such failure is kept for the command's own
 // report when the library swallowed the error.
+//
+// Threading: single-threaded, like the command and the model.
 #ifndef MANDOR_CLI_CLI_PLATFORM_H_
 #define MANDOR_CLI_CLI_PLATFORM_H_
 

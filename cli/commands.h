@@ -3,6 +3,8 @@
 // exit status; mistakes on the command line throw UsageError and failures
 // of the work throw CommandFailure (cli/marking.h). Messages of the library
 // go through the installed CliPlatform (CurrentCliPlatform()).
+//
+// Threading: every command runs on the program's one thread.
 #ifndef MANDOR_CLI_COMMANDS_H_
 #define MANDOR_CLI_COMMANDS_H_
 

@@ -4,6 +4,8 @@
 // another font, formula or value (what the model holds, `valeur`). The
 // check of a migration .cnf -> .xnf -> catalogue. Exit status 1 when they
 // differ.
+//
+// Threading: single-threaded, like the command and the model.
 #ifndef MANDOR_CLI_DIFF_CMD_H_
 #define MANDOR_CLI_DIFF_CMD_H_
 

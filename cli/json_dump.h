@@ -5,6 +5,8 @@
 // format is described in docs/json.md. Each kind of object has one Fill
 // function in json_dump.cpp (FillField, FillRuler, ...): the one place where
 // its members are written, whether whole or streamed.
+//
+// Threading: single-threaded, like the command and the model.
 #ifndef MANDOR_CLI_JSON_DUMP_H_
 #define MANDOR_CLI_JSON_DUMP_H_
 

@@ -5,6 +5,8 @@
 // documents come from cMarquage::XML_ReadCNF. Also the two kinds of failure
 // of a command: a usage error (exit status 2) and a failure of the work
 // itself (exit status 1).
+//
+// Threading: single-threaded, like the command and the model.
 #ifndef MANDOR_CLI_MARKING_H_
 #define MANDOR_CLI_MARKING_H_
 

@@ -2,6 +2,8 @@
 // form (default), over the scanned page (--over-image), or a calibration
 // test sheet (--test-sheet). The drawing is mandor/print/print.h; this file
 // holds the command's options and its report.
+//
+// Threading: single-threaded, like the command and the model.
 #ifndef MANDOR_CLI_PRINT_CMD_H_
 #define MANDOR_CLI_PRINT_CMD_H_
 

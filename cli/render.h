@@ -7,6 +7,8 @@
 // multi-page "<name>.tif") is drawn underneath when it can be read
 // (mandor/print/page_image.h). Written as SVG (by hand) or as PNG (through
 // cairo).
+//
+// Threading: single-threaded, like the command and the model.
 #ifndef MANDOR_CLI_RENDER_H_
 #define MANDOR_CLI_RENDER_H_
 

@@ -1,6 +1,8 @@
 // The commands that fill in a tender: `set` (NAME=VALUE pairs), `fill` (a
 // CSV file of names and values) and `compute` (the formulas), on top of
 // mandor/values.
+//
+// Threading: single-threaded, like the command and the model.
 #ifndef MANDOR_CLI_VALUES_CMD_H_
 #define MANDOR_CLI_VALUES_CMD_H_
 

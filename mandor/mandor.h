@@ -7,6 +7,8 @@
 // folder are not: they change without notice, and the two a public class
 // needs for its layout (key_index.h, packed_texts.h) are installed for that
 // reason alone. The in-memory platform for tests is mandor/testing/memory_platform.h.
+//
+// Threading: the model is single-threaded; each header says what it shares.
 #ifndef MANDOR_MANDOR_H_
 #define MANDOR_MANDOR_H_
 

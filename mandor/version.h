@@ -1,5 +1,7 @@
 // The version of the mandor library, the one home of the number: the build
 // reads it from here, and a program can test it at compile time.
+//
+// Threading: constants only.
 #ifndef MANDOR_VERSION_H_
 #define MANDOR_VERSION_H_
 

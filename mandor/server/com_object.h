@@ -2,6 +2,9 @@
 // server's small COM objects (class factories, enumerators): one interface
 // besides IUnknown, deleted at the last Release, and counted as live for
 // DllCanUnloadNow while it exists.
+//
+// Threading: reference counts and the live-object count change with
+// interlocked operations, as COM asks of objects any apartment may release.
 #ifndef MANDOR_SERVER_COM_OBJECT_H_
 #define MANDOR_SERVER_COM_OBJECT_H_
 

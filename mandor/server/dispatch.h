@@ -26,6 +26,10 @@
 // every call on it. Model objects never hold dispatch objects (apart from
 // what a host stores in Controle or Etiquette), so this adds no cycle: when
 // the host lets go of its last dispatch object the graph is freed as in C++.
+//
+// Threading: the model runs on the host's thread (a single-threaded
+// apartment); reference counts are interlocked, and the table that finds
+// the dispatch object of a model object is guarded by a slim reader/writer lock.
 #ifndef MANDOR_SERVER_DISPATCH_H_
 #define MANDOR_SERVER_DISPATCH_H_
 

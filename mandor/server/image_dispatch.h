@@ -2,6 +2,8 @@
 // pages of a new engagement act: it calls the object's "File", "PageCount",
 // "SelectPage", "Width", "Height", "HResol" and "VResol" by name through
 // IDispatch, as the host's image viewer exposes them.
+//
+// Threading: called on the host's thread, like the model.
 #ifndef MANDOR_SERVER_IMAGE_DISPATCH_H_
 #define MANDOR_SERVER_IMAGE_DISPATCH_H_
 

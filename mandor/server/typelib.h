@@ -11,6 +11,8 @@
 // accented names. The build embeds it in the DLL as resource TYPELIB 1
 // (typelib_gen.cpp, run under Wine); a DLL built without Wine writes it
 // beside itself when it is registered.
+//
+// Threading: the type library is built once, on the caller's thread.
 #ifndef MANDOR_SERVER_TYPELIB_H_
 #define MANDOR_SERVER_TYPELIB_H_
 
