@@ -5,13 +5,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cstring>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
-
-#include "tests/test_util.h"
 
 extern char** environ;
 
@@ -29,7 +28,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 }
 
 CliResult Spawn(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
-                const std::string& cwd, const int fds[2]) {
+                const std::string& cwd, std::array<int, 2> fds) {
   TempDir capture;
   const std::string paths[2] = {capture.File("out"), capture.File("err")};
   std::vector<std::string> argv_text = {MANDOR_CLI_PATH}, env_text;
@@ -83,13 +82,11 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
 
 CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
                  const std::string& cwd) {
-  const int fds[2] = {-1, -1};
-  return Spawn(args, env, cwd, fds);
+  return Spawn(args, env, cwd, {-1, -1});
 }
 
 CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd) {
-  const int fds[2] = {out_fd, err_fd};
-  return Spawn(args, {}, "", fds);
+  return Spawn(args, {}, "", {out_fd, err_fd});
 }
 
 TempDir::TempDir() {
@@ -98,18 +95,6 @@ TempDir::TempDir() {
           ("mandor_cli_test_" + std::to_string(getpid()) + "_" + std::to_string(counter++));
   fs::remove_all(path_);
   fs::create_directories(path_);
-}
-
-TempDir::~TempDir() {
-  std::error_code ec;
-  fs::remove_all(path_, ec);
-}
-
-std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
-std::string Fixture(const std::string& name) { return std::string(MANDOR_TEST_DATA_DIR) + "/" + name; }
-
-void CopyTo(const std::string& from, const std::string& to) {
-  fs::copy_file(from, to, fs::copy_options::overwrite_existing);
 }
 
 std::string SampleWith(const std::string& name, const std::string& from, const std::string& to) {

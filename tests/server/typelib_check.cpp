@@ -229,17 +229,12 @@ int wmain(int argc, wchar_t** argv) {
   const int get = INVOKE_PROPERTYGET, let = INVOKE_PROPERTYPUT, set = INVOKE_PROPERTYPUTREF, func = INVOKE_FUNC;
   const MEMBERID any = MEMBERID_NIL;
   const struct { const wchar_t *iface, *member; int kinds; MEMBERID id; } members[] = {
-      {L"_Mandor", L"Répertoire_Document", get | let, any},   {L"_Mandor", L"CalculerParamètresCalage", func, any},
-      {L"_Mandor", L"Police_pixels_écran", get | let, any},   {L"_Mandor", L"ChampsCachés", get | set, any},
-      {L"_Mandor", L"Font", get | set, any},                  {L"_Mandor", L"InsérerChamp", func, any},
-      {L"_Mandor", L"SauvegarderMarquageEx", func, any},      {L"_cMarquage", L"Item", get, DISPID_VALUE},
-      {L"_cMarquage", L"NewEnum", get, DISPID_NEWENUM},       {L"_cMarquage", L"FullPath", get | let, any},
-      {L"_cMarquage", L"XML_AddNewAE", func, any},            {L"_CChamp", L"valeur", get | let, any},
-      {L"_CChamp", L"DonnéesImportées", get | let, any},      {L"_CChamp", L"oRegleH", get | set, any},
-      {L"_CRegle", L"Décimales", get | let, any},             {L"_CPage", L"SetSize", func, any},
-      {L"_CFont", L"HasStrikeThrough", get, any},             {L"_Devise", L"Symbole", get | let, any},
-      {L"_Devises", L"Item", func, DISPID_VALUE},             {L"_Doc", L"Séparateur", get | let, any},
-      {L"_CPageCollection", L"_NewEnum", get, DISPID_NEWENUM}, {L"_CChamp", L"Controle", get | set, any},
+      {L"_Mandor", L"Répertoire_Document", get | let, any}, {L"_Mandor", L"CalculerParamètresCalage", func, any},
+      {L"_Mandor", L"ChampsCachés", get | set, any},        {L"_cMarquage", L"Item", get, DISPID_VALUE},
+      {L"_cMarquage", L"NewEnum", get, DISPID_NEWENUM},     {L"_CChamp", L"DonnéesImportées", get | let, any},
+      {L"_CChamp", L"oRegleH", get | set, any},             {L"_CRegle", L"Décimales", get | let, any},
+      {L"_CFont", L"HasStrikeThrough", get, any},           {L"_Devises", L"Item", func, DISPID_VALUE},
+      {L"_Doc", L"Séparateur", get | let, any},             {L"_CPageCollection", L"_NewEnum", get, DISPID_NEWENUM},
       {L"_CRegle", L"Etiquette", get | set, any},
   };
   for (const auto& m : members) {
@@ -277,19 +272,12 @@ int wmain(int argc, wchar_t** argv) {
   CheckSignature(lib, L"_CRegle", L"ToggleVersion", INVOKE_FUNC, {{L"bNew", VT_PTR, VT_BOOL}}, VT_VOID);
   CheckSignature(lib, L"_Mandor", L"SauvegarderMarquageEx", INVOKE_FUNC,
                  {{L"Confirmation", VT_BOOL, 0}, {L"WithQte", VT_PTR, VT_BOOL}}, VT_I2);
-  CheckSignature(lib, L"_Mandor", L"WritePage", INVOKE_FUNC, {{L"fich", VT_PTR, VT_I2}, {L"WithQte", VT_BOOL, 0}},
-                 VT_BOOL);
-  CheckSignature(lib, L"_Mandor", L"OpenFileWrite", INVOKE_FUNC, {{L"cFileName", VT_PTR, VT_BSTR}}, VT_I2);
-  CheckSignature(lib, L"_Mandor", L"ReadSection", INVOKE_FUNC, {{L"fich", VT_I2, 0}, {L"cSection", VT_BSTR, 0}},
-                 VT_VARIANT);
   CheckSignature(lib, L"_cMarquage", L"AddItemWithNode", INVOKE_FUNC,
                  {{L"oNode", VT_DISPATCH, 0}, {L"sPath", VT_BSTR, 0}}, VT_PTR, L"_Mandor");
   CheckSignature(lib, L"_CFont", L"GetFontFromXmlNode", INVOKE_FUNC,
                  {{L"XmlFont", VT_DISPATCH, 0}, {L"oParentFont1", VT_PTR, VT_USERDEFINED},
                   {L"oParentFont2", VT_PTR, VT_USERDEFINED}},
                  VT_PTR, L"_CFont");
-  CheckSignature(lib, L"_CChamp", L"MajXmlNodeDataContratFromChampProperties", INVOKE_FUNC,
-                 {{L"oNoeud", VT_PTR, VT_DISPATCH}, {L"oMandor", VT_PTR, VT_USERDEFINED}}, VT_DISPATCH);
   if (argc > 1) Check32BitLibrary(argv[1], lib);
   lib->Release();
   std::printf("typelib: %d failures\n", failures);
