@@ -26,8 +26,6 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
   // A standard marking whose second line has the wrong key: the reader shows
   // a two-line message, escaped on one line, and reads on.
   WriteBytes(dir.File("faute.det.cnf"), SampleWith("dqe-menuiseries.det.cnf", "Orientation=1", "Orientaton=1"));
-  // A field hanging on a ruler that is not there: a warning of check.
-  WriteBytes(dir.File("ancre.det.xnf"), SampleWith("dqe-menuiseries.det.xnf", "|Qt\xe9|0|L1|", "|Qty|0|L1|"));
 
   const std::vector<std::vector<std::string>> commands = {
       {"--help"}, {"render", "--help"}, {"dump", "--help"},
@@ -39,8 +37,7 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
       {"info", xnf, "--doc", "mn1"}, {"save", xnf},
       {"check", xnf}, {"check", Sample("dqe-menuiseries.det.cnf")}, {"check", catalogue},
       {"check", dir.File("broken.det.xnf")}, {"check", dir.File("lot.xml")}, {"check", dir.File("empty.xml")},
-      {"check", dir.File("ab.xnf")}, {"info", dir.File("broken.det.xnf")}, {"check", dir.File("faute.det.cnf")},
-      {"check", dir.File("ancre.det.xnf")}};
+      {"check", dir.File("ab.xnf")}, {"info", dir.File("broken.det.xnf")}, {"check", dir.File("faute.det.cnf")}};
   ExpectOutputAs(Transcript(commands, dir), "cli/usage.txt");
   EXPECT_EQ(RunCli({"--version"}).out.rfind("mandor ", 0), 0u);
 }

@@ -1,11 +1,9 @@
-// A compiled host of MandorDLL, as an early-binding or Office-style client
-// drives it through IDispatch: named arguments, typed by-reference
-// variables, memory over many create/release cycles of objects kept after
-// their owners were released, and DllCanUnloadNow once everything is gone.
-// Run under Wine by run_com_tests.sh after registration:
-//   host_check DATA_DIR [OBJECT_CYCLES [CATALOGUE_CYCLES]]
-// prints one line per failure and the memory figures, and exits with the
-// number of failures. `host_check --bench` times the server's property reads.
+// A compiled host of MandorDLL driving it through IDispatch as an early-binding
+// or Office-style client does: named arguments, typed by-reference variables,
+// memory over many create/release cycles, DllCanUnloadNow once all is gone.
+// Run under Wine by run_com_tests.sh: host_check DATA_DIR [OBJECT_CYCLES
+// [CATALOGUE_CYCLES]] prints one line per failure and exits with their
+// number; `host_check --bench` times the server's property reads.
 #include <windows.h>
 #include <oleauto.h>
 
@@ -44,9 +42,7 @@ struct Var {
 };
 
 void Free(EXCEPINFO& info) {
-  SysFreeString(info.bstrSource);
-  SysFreeString(info.bstrDescription);
-  SysFreeString(info.bstrHelpFile);
+  for (BSTR b : {info.bstrSource, info.bstrDescription, info.bstrHelpFile}) SysFreeString(b);
 }
 
 // Calls member name of object with the arguments in the caller's order, the
@@ -130,13 +126,12 @@ void NamedArguments() {
   if (doc == nullptr) return;
   // ChangeSepMarquage(sValue, iType): both by name in the other order; one
   // positional and one named, names without regard to case.
-  Var value(L"a|b"), type(1), r, r2, r3, r4;
+  Var value(L"a|b"), type(1), r, r2, r3, r4, no(false);
   HRESULT hr = Call(doc, L"ChangeSepMarquage", DISPATCH_METHOD, {type.v, value.v}, &r.v, {L"iType", L"sValue"});
   Check(SUCCEEDED(hr) && r.Text() == std::wstring(L"a\x7f" L"b"), "named arguments in another order");
   hr = Call(doc, L"ChangeSepMarquage", DISPATCH_METHOD, {value.v, type.v}, &r2.v, {L"ITYPE"});
   Check(SUCCEEDED(hr) && r2.Text() == std::wstring(L"a\x7f" L"b"), "a positional and a named argument");
   // A named optional argument left out: SauvegarderMarquageEx Confirmation:=False on an unnamed document.
-  Var no(false);
   hr = Call(doc, L"SauvegarderMarquageEx", DISPATCH_METHOD, {no.v}, &r3.v, {L"Confirmation"});
   Check(SUCCEEDED(hr) && r3.v.vt == VT_I2 && r3.v.iVal == -1, "SauvegarderMarquageEx Confirmation:=False");
   hr = Call(doc, L"ChangeSepMarquage", DISPATCH_METHOD, {value.v}, &r4.v, {L"NoSuchParameter"});

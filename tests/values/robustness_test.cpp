@@ -31,14 +31,9 @@ TEST(RobustnessTest, RandomFormulasAndTextsGiveAResultOrAnError) {
   for (int round = 0; round < 300; ++round) {
     std::vector<FormulaField> fields;
     for (const char* name : {"A", "B", "Prix unitaire", "C_PT"}) {
-      FormulaField f{name, "", static_cast<int>(random() % 5) - 1, static_cast<int>(random() % 3),
-                     random() % 2 ? "PT" : "", "", std::nullopt};
-      if (random() % 2) {
-        f.formula = RandomText(random, tokens, 1 + static_cast<int>(random() % 12));
-      } else {
-        f.number = static_cast<double>(random() % 1000) / 10;
-      }
-      fields.push_back(f);
+      fields.push_back({name, "", static_cast<int>(random() % 5) - 1, static_cast<int>(random() % 3),
+                        random() % 2 ? "PT" : "", "", static_cast<double>(random() % 1000) / 10});
+      if (random() % 2) fields.back().formula = RandomText(random, tokens, 1 + static_cast<int>(random() % 12));
     }
     const auto results = ComputeFormulas(fields, {});
     ASSERT_EQ(results.size(), fields.size());

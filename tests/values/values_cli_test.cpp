@@ -12,19 +12,14 @@ namespace {
 
 const std::map<std::string, std::string> kFrench = {{"LANG", "fr_FR.UTF-8"}};
 
-// A copy of the sample catalogue in `dir`.
-std::string Catalogue(const TempDir& dir) {
-  CopyTo(Sample("menuiseries.xml"), dir.File("menuiseries.xml"));
-  return dir.File("menuiseries.xml");
-}
-
 // What the commands say is in tests/data/cli/values.txt: dry runs that list
 // the values that would change, input refused whole with every problem
 // named, formulas that fail left empty, the filled estimate's totals.
 TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
   TempDir dir;
-  const std::string file = Catalogue(dir), bytes = ReadBytes(file), csv = Sample("prix-menuiseries.csv");
+  const std::string file = dir.File("menuiseries.xml"), csv = Sample("prix-menuiseries.csv");
   const std::string broken = dir.File("broken.xml"), xnf = dir.File("dqe.det.xnf");
+  CopyTo(Sample("menuiseries.xml"), file);
   WriteBytes(broken, SampleWith("menuiseries.xml", "mn:Formula=\"L3_Qté*L3_PU\"", "mn:Formula=\"L3_Qté*(L3_PU\""));
   WriteBytes(dir.File("bad.csv"), "L1_PU;400\nL2_PU\n");
   CopyTo(Sample("dqe-menuiseries.det.xnf"), xnf);
@@ -41,7 +36,7 @@ TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
                                        {"compute", broken, "--doc", "mn1"},
                                        {"set", broken, "L1_PU=400"}},
                                       dir, kFrench);
-  EXPECT_EQ(ReadBytes(file), bytes);
+  EXPECT_EQ(ReadBytes(file), ReadBytes(Sample("menuiseries.xml")));
   EXPECT_EQ(ReadBytes(dir.File("dqe.det.cnf")), ReadBytes(Sample("dqe-menuiseries.det.cnf")));
   EXPECT_EQ(ReadBytes(broken), SampleWith("menuiseries.xml", "L3_Qté*L3_PU", "L3_Qté*(L3_PU"));
   transcript += Transcript({{"fill", file, "--values", csv, "--doc", "mn1"},
@@ -51,15 +46,11 @@ TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
                            dir, kFrench);
   ExpectOutputAs(transcript, "cli/values.txt");
 
-  // dump gains the values of every field, render draws them; the quantity
-  // of a text marking reads back; saving the model back into the catalogue
-  // keeps the cells' values.
-  EXPECT_EQ(ParseJson(RunCli({"dump", file, "--doc", "mn1"}).out)["documents"][0]["Valeurs"]["L1_PU"]["nombre"], 395);
+  // The quantity set in a text marking reads back; saving the model back
+  // into the catalogue keeps the cells' values.
   const auto quantities = ParseJson(RunCli({"dump", xnf}, kFrench).out)["documents"][0]["Valeurs"];
   EXPECT_EQ(quantities["L1_Qté"]["nombre"], 16);
   EXPECT_EQ(quantities["L2_Qté"]["nombre"], 6);
-  ASSERT_EQ(RunCli({"render", file, "--doc", "mn1", "--page", "2", "-o", dir.File("p2.svg")}, kFrench).status, 0);
-  EXPECT_NE(ReadBytes(dir.File("p2.svg")).find(">24\xC2\xA0" "505,90</text>"), std::string::npos);  // TTC_PT
   const std::string computed = RunCli({"compute", file, "--doc", "mn1"}, kFrench).out;
   ASSERT_EQ(RunCli({"save", file}, kFrench).status, 0);
   EXPECT_EQ(RunCli({"compute", file, "--doc", "mn1"}, kFrench).out, computed);
