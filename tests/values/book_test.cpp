@@ -164,18 +164,16 @@ TEST_F(BookTest, BadInputIsRefusedWholeWithEveryProblemNamed) {
 
 // The formulas of a text marking use its own recap names; here the line
 // amounts at 10 a unit.
-TEST(TextMarkingBookTest, FormulasOfATextMarkingUseItsRecapNames) {
+TEST_F(BookTest, FormulasOfATextMarkingUseItsRecapNames) {
   std::string bytes = SampleBytes("dqe-menuiseries.det.xnf");
   for (const char* line : {"L1", "L2", "L3", "L4", "L5", "L6", "L7", "L8"}) {
     const std::string formula = std::string("|") + line + "_Qt\xE9*" + line + "_Prix unitaire|";
     ASSERT_NE(bytes.find(formula), std::string::npos) << line;
     bytes.replace(bytes.find(formula), formula.size(), std::string("|") + line + "_Qt\xE9*10|");
   }
-  const auto platform = std::make_shared<MemoryPlatform>(Locale::Comma());
-  ScopedPlatform scope(platform);
-  platform->SetFileBytes("/t/dqe-menuiseries.det.xnf", bytes);
+  platform_->SetFileBytes("/tender/dqe-menuiseries.det.xnf", bytes);
   const auto document = std::make_shared<Mandor>();
-  document->Répertoire_Document = "/t/";
+  document->Répertoire_Document = "/tender/";
   document->Nom_Document("dqe-menuiseries.det");
   ASSERT_NE(document->RestaurerMarquageEx(), 0);
   std::map<std::string, double> results;
