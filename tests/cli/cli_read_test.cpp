@@ -12,8 +12,6 @@
 namespace mandor_cli_test {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 TEST(CliRead, InfoAndDumpOfCataloguesAndTextMarkings) {
   // The dumps pin every member's name, order and value: shared catalogue
   // rows, data contracts, page-level cells, recurrent copies, inherited fonts
@@ -39,19 +37,6 @@ TEST(CliRead, InfoAndDumpOfCataloguesAndTextMarkings) {
   const CliResult bare = RunCli({"info", "dqe-menuiseries.det.cnf"}, {}, MANDOR_SAMPLES_DIR);
   ASSERT_EQ(bare.status, 0) << bare.err;
   EXPECT_NE(bare.out.find("folder:      ./\n"), std::string::npos) << bare.out;
-}
-
-// --calage computes (two reference points 2008.5 px over 17 cm apart; the
-// computation is the library's); a calibration of unknown type: the
-// library's message reaches the JSON and standard error.
-TEST(CliDump, CalageComputesAndItsMessagesReachTheJsonAndStandardError) {
-  const Json calage = ParseJson(RunCli({"dump", Fixture("textfile/bordereau.bpx.xnf"), "--calage"}).out);
-  EXPECT_EQ(calage["documents"][0]["résolution_papier_largeur"].get<float>(), (2244.5f - 236.0f) / (19.0f - 2.0f));
-  const CliResult unknown = RunCli({"dump", Sample("menuiseries.xml"), "--doc", "mn1", "--calage"});
-  const std::string text = "type de calage inconnu dans calculerparamètrescalage: 0";
-  EXPECT_EQ(ParseJson(unknown.out)["messages"],
-            Json::parse(R"([{"title": "MandorDLL", "text": ")" + text + R"(", "style": "plain"}])"));
-  EXPECT_EQ(unknown.err, "[MandorDLL] " + text + "\n");
 }
 
 }  // namespace

@@ -29,12 +29,10 @@ std::string SampleBytes(const std::string& name) {
 // L1_PULettres..L8_PULettres = LETTRES(Ln_PU).
 std::string CatalogueWithWords() {
   std::string bytes = SampleBytes("menuiseries.xml");
-  for (int n = 1; n <= 8; ++n) {
-    const std::string name = "mn:Name=\"L" + std::to_string(n) + "_PULettres\"";
-    const size_t at = bytes.find(name);
-    EXPECT_NE(at, std::string::npos);
-    const std::string formula = " mn:Formula=\"LETTRES(L" + std::to_string(n) + "_PU)\"";
-    if (at != std::string::npos) bytes.insert(at + name.size(), formula);
+  for (const std::string n : {"1", "2", "3", "4", "5", "6", "7", "8"}) {
+    const size_t at = bytes.find("mn:Name=\"L" + n + "_PULettres\"");
+    EXPECT_NE(at, std::string::npos) << n;
+    if (at != std::string::npos) bytes.insert(at + 22, " mn:Formula=\"LETTRES(L" + n + "_PU)\"");
   }
   return bytes;
 }

@@ -1,6 +1,6 @@
-// Arbitrary input never crashes the value readers or the formula engine,
-// and their results keep their invariants (a deterministic random walk over
-// formula tokens and bytes).
+// Arbitrary formulas, as a catalogue may hold, never crash the formula
+// engine, and its results keep their invariants (a deterministic random walk
+// over formula tokens and bytes).
 
 #include <cmath>
 #include <random>
@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "mandor/values/amount.h"
-#include "mandor/values/csv.h"
 #include "mandor/values/formula.h"
 
 namespace mandor::values {
@@ -24,7 +22,7 @@ std::string RandomText(std::mt19937& random, const std::vector<std::string>& tok
   return text;
 }
 
-TEST(RobustnessTest, RandomFormulasAndTextsGiveAResultOrAnError) {
+TEST(RobustnessTest, RandomFormulasGiveAResultOrAnError) {
   std::mt19937 random(20);
   const std::vector<std::string> tokens = {"A", "B", "Prix unitaire", "C_PT", "+", "-", "*", "/", "(", ")", " ", "1",
                                            "2,5", "0", "TVA", "SOMME(", "#REPORT(", "PT", "LETTRES(", "é", ","};
@@ -46,13 +44,6 @@ TEST(RobustnessTest, RandomFormulasAndTextsGiveAResultOrAnError) {
       EXPECT_TRUE(std::isfinite(r.number.value_or(0)));
       EXPECT_TRUE(!r.malformed || !r.error.empty());
     }
-  }
-  const std::vector<std::string> number_tokens = {"1", "23", "456", ",", ".", " ", "\xC2\xA0", "'", "-", "+", "€",
-                                                  "EUR", "e", "\""};
-  for (int round = 0; round < 2000; ++round) {
-    const std::string text = RandomText(random, number_tokens, static_cast<int>(random() % 10));
-    EXPECT_TRUE(std::isfinite(ReadAmount(text).value_or(0))) << text;
-    ReadValueFile(text + ";" + text + "\n" + text, [](const std::string&) { return false; });
   }
 }
 
