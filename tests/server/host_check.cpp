@@ -76,9 +76,7 @@ std::vector<std::pair<std::wstring, IClassFactory*>> factories;
 
 IDispatch* Create(const wchar_t* progid) {
   IClassFactory* factory = nullptr;
-  for (auto& [name, f] : factories) {
-    if (name == progid) factory = f;
-  }
+  for (auto& [name, f] : factories) factory = name == progid ? f : factory;
   CLSID clsid;
   if (factory == nullptr && SUCCEEDED(CLSIDFromProgID(progid, &clsid)) &&
       SUCCEEDED(CoGetClassObject(clsid, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
