@@ -6,7 +6,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -158,33 +157,6 @@ TEST_F(BookTest, BadInputIsRefusedWholeWithEveryProblemNamed) {
   EXPECT_EQ(Number(*book, "mn1", "L1_PU"), 385);  // nothing changed in memory
   EXPECT_EQ(*platform_->FileBytes(kCatalogue), before);
   EXPECT_THROW(book->Set({{"L1_PU", "1", ""}}, "mn9"), ValuesError);
-}
-
-// The formulas of a text marking use its own recap names; here the line
-// amounts at 10 a unit. Quantities 14 + 6 + 9 + 236.5 + 42 + 4 = 311.5 on
-// page 1; page 2: 18.75 + 20 more, 350.25: HT 3502.5, VAT 700.5, TTC 4203.
-TEST_F(BookTest, FormulasOfATextMarkingUseItsRecapNames) {
-  std::string bytes = SampleBytes("dqe-menuiseries.det.xnf");
-  for (const std::string line : {"L1", "L2", "L3", "L4", "L5", "L6", "L7", "L8"}) {
-    const size_t at = bytes.find("|" + line + "_Qt\xE9*" + line + "_Prix unitaire|");
-    ASSERT_NE(at, std::string::npos) << line;
-    bytes.replace(at + line.size() + 6, line.size() + 14, "10");  // "|Ln_Qté*" then "Ln_Prix unitaire"
-  }
-  platform_->SetFileBytes("/tender/dqe-menuiseries.det.xnf", bytes);
-  const auto document = std::make_shared<Mandor>();
-  document->Répertoire_Document = "/tender/";
-  document->Nom_Document("dqe-menuiseries.det");
-  ASSERT_NE(document->RestaurerMarquageEx(), 0);
-  std::map<std::string, double> results;
-  for (const auto& c : ValueBook::ForTextMarking(document, true)->Compute()) {
-    EXPECT_EQ(c.result.error, "") << c.field->Nom();
-    results[c.field->Nom()] = c.result.number.value_or(-1);
-  }
-  for (const auto& [name, value] : std::map<std::string, double>{
-           {"L4_Montant", 2365}, {"AReporter_Montant", 3115}, {"Report_Montant", 3115},
-           {"RécapHT_Montant", 3502.5}, {"RécapTVA_Montant", 700.5}, {"RécapTTC_Montant", 4203}}) {
-    EXPECT_EQ(results[name], value) << name;
-  }
 }
 
 }  // namespace

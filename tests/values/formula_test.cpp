@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <map>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -97,6 +98,25 @@ TEST(FormulaTest, ErrorsNameTheirCauseAndLeaveOtherFieldsComputed) {
     EXPECT_FALSE(result.number) << cases[i].name;
     EXPECT_NE(result.error.find(cases[i].error), std::string::npos) << cases[i].name << ": " << result.error;
     EXPECT_EQ(result.malformed, cases[i].malformed) << cases[i].name;
+  }
+  // Formulas cut short or holding stray bytes, as a damaged catalogue may: an error, never a value.
+  for (const char* formula : {"SOMME(", "#REPORT(", "LETTRES(", "SOMME(PT", "1+", "(", ")", "*", ",", "1,,2", "A B",
+                              "\xff", "\xc3", "é", "#", "SOMME()", "LETTRES(A", "A(", "1 2", "((A)"}) {
+    const FormulaResult result = One(formula, {Field("A", 1)});
+    EXPECT_TRUE(result.has_formula && !result.number && result.text.empty() && result.malformed) << formula;
+    EXPECT_NE(result.error, "") << formula;
+  }
+  // And random token soup (a deterministic walk): a value or an error, never both, never a crash.
+  const std::string tokens[] = {"A", "Prix unitaire", "+", "-", "*", "/", "(", ")", " ", "1", "2,5", "0", "TVA",
+                                "SOMME(", "#REPORT(", "PT", "LETTRES(", "é", ",", "\xc2", "\xff", "\x80"};
+  std::mt19937 random(20);
+  for (int round = 0; round < 3000; ++round) {
+    std::string formula;
+    for (int n = static_cast<int>(random() % 12); n-- > 0;) formula += tokens[random() % std::size(tokens)];
+    const FormulaResult result = One(formula, {Field("A", 1, 1, "PT"), Field("Prix unitaire", 2, 2, "PT")}, 3);
+    EXPECT_NE(result.number.has_value() || !result.text.empty(), !result.error.empty() || !result.has_formula)
+        << formula;
+    EXPECT_TRUE(std::isfinite(result.number.value_or(0))) << formula;
   }
 }
 

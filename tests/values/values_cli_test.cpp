@@ -1,6 +1,7 @@
 // The set, fill and compute commands, run as a user runs them.
 
 #include <map>
+#include <regex>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -14,7 +15,8 @@ const std::map<std::string, std::string> kFrench = {{"LANG", "fr_FR.UTF-8"}};
 
 // What the commands say is in tests/data/cli/values.txt: dry runs that list
 // the values that would change, input refused whole with every problem
-// named, formulas that fail left empty, the filled estimate's totals.
+// named, formulas that fail left empty, the filled estimate's totals, a
+// text marking's page totals, carried amount and recap.
 TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
   TempDir dir;
   const std::string file = dir.File("menuiseries.xml"), csv = Sample("prix-menuiseries.csv");
@@ -24,6 +26,9 @@ TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
   WriteBytes(dir.File("bad.csv"), "L1_PU;400\nL2_PU\n");
   CopyTo(Sample("dqe-menuiseries.det.xnf"), xnf);
   CopyTo(Sample("dqe-menuiseries.det.cnf"), dir.File("dqe.det.cnf"));
+  // The text marking's line amounts at 10 a unit, computed over its own recap names.
+  const std::string dix = dir.File("dix.det.xnf");
+  WriteBytes(dix, std::regex_replace(ReadBytes(xnf), std::regex("\\*L\\d_Prix unitaire\\|"), "*10|"));
   std::string transcript = Transcript({{"set", file, "--doc", "mn1", "L1_PU=400", "-n"},
                                        {"fill", file, "--values", csv, "--dry-run"},
                                        {"set", file, "--doc", "mn1", "L1_PU=410", "L1_PX=12", "L2_PU=douze",
@@ -42,7 +47,7 @@ TEST(ValuesCliTest, SetFillAndComputeSayWhatTheyDoAndWriteOnlyGoodInput) {
   transcript += Transcript({{"fill", file, "--values", csv, "--doc", "mn1"},
                             {"compute", file, "--doc", "mn1"},
                             {"compute", file, "--json", "--doc", "mn1", "--locale", "en"},
-                            {"set", xnf, "L1_Qté=16"}},
+                            {"set", xnf, "L1_Qté=16"}, {"compute", dix, "--json"}},
                            dir, kFrench);
   ExpectOutputAs(transcript, "cli/values.txt");
 
