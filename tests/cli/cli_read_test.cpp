@@ -18,7 +18,6 @@ TEST(CliRead, InfoAndDumpOfCataloguesAndTextMarkings) {
   // and floats written as typed (20.6, not 20.600000381).
   const struct { std::vector<std::string> args; const char* data; } cases[] = {
       {{"info", Sample("menuiseries.xml"), "--locale", "fr"}, "cli/info-menuiseries.txt"},
-      {{"info", Sample("menuiseries.xml"), "--doc", "MN2"}, "cli/info-menuiseries-mn2.txt"},
       {{"info", Sample("dqe-menuiseries.det.xnf"), "--locale", "fr"}, "cli/info-dqe.xnf.txt"},
       {{"info", Sample("dqe-menuiseries.det.cnf")}, "cli/info-dqe.cnf.txt"},
       {{"dump", Sample("dqe-menuiseries.det.xnf"), "--locale", "fr"}, "cli/dump-dqe.xnf.json"},

@@ -1,7 +1,6 @@
 // The program's contract at the shell: help, usage errors (status 2, one
-// line and a hint), `check` (0 loaded, 1 not), and the library's messages as
-// "[TITLE] TEXT" lines on standard error. Each command's status, standard
-// output and standard error are in tests/data/cli/usage.txt.
+// line and a hint), `check` (0 loaded, 1 not), the library's messages as
+// "[TITLE] TEXT" lines on standard error: tests/data/cli/usage.txt.
 
 #include <string>
 #include <vector>
@@ -30,9 +29,11 @@ TEST(CliUsage, HelpUsageErrorsAndCheck) {
   const std::vector<std::vector<std::string>> commands = {
       {"--help"}, {"render", "--help"}, {"dump", "--help"},
       {"frobnicate", xnf}, {}, {"info", "/no/such/marking.xnf"}, {"check", "/no/such/catalogue.xml"},
-      {"info", xnf, "--locale", "xx"}, {"info", xnf, "--locale", "fr_FR.UTF-8;"}, {"info", xnf, "--colour"}, {"render", xnf, "--page", "x", "-o", "p.svg"},
-      {"render", xnf}, {"render", xnf, "-o", "page.gif"}, {"render", xnf, "--page", "3", "-o", "p.svg"},
-      {"render", xnf, "--page", "0", "-o", "p.svg"}, {"render", xnf, "--scale", "0", "-o", "p.svg"},
+      {"info", xnf, "--locale", "xx"}, {"info", xnf, "--locale", "fr_FR.UTF-8;"}, {"info", xnf, "--colour"},
+      {"render", xnf, "--page", "x", "-o", "p.svg"}, {"render", xnf}, {"render", xnf, "-o", "page.gif"},
+      {"render", xnf, "--page", "3", "-o", "p.svg"}, {"render", xnf, "--page", "0", "-o", "p.svg"},
+      {"render", xnf, "--scale", "0", "-o", "p.svg"}, {"render", xnf, "--scale", "16", "-o", dir.File("huge.png")},
+      {"render", xnf, "-o", dir.File("absent/page.svg")},
       {"convert", xnf, "out.txt"}, {"convert", xnf}, {"info", catalogue, "--doc", "mn9"},
       {"info", xnf, "--doc", "mn1"}, {"save", xnf},
       {"check", xnf}, {"check", Sample("dqe-menuiseries.det.cnf")}, {"check", catalogue},

@@ -1,9 +1,8 @@
-// A compiled host of MandorDLL driving it through IDispatch as an early-binding
-// or Office-style client does: named arguments, typed by-reference variables,
-// memory over many create/release cycles, DllCanUnloadNow once all is gone.
-// Run under Wine by run_com_tests.sh: host_check DATA_DIR [OBJECT_CYCLES
-// [CATALOGUE_CYCLES]] prints one line per failure and exits with their
-// number; `host_check --bench` times the server's property reads.
+// A compiled host driving MandorDLL through IDispatch as Office does: named
+// arguments, typed by-reference variables, memory over many create/release
+// cycles, DllCanUnloadNow once all is gone. Run under Wine by
+// run_com_tests.sh (host_check DATA_DIR [OBJECT_CYCLES [CATALOGUE_CYCLES]]),
+// one line per failure, exit status their number; --bench times property reads.
 #include <windows.h>
 #include <oleauto.h>
 

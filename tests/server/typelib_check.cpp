@@ -1,11 +1,8 @@
-// Checks the registered type library of MandorDLL the way an early-binding
-// host sees it: members under their exact names (accents included) with
-// their kinds and standard ids, each collection's item type, the parameters
-// of members called by reference. Given the 32-bit DLL (typelib_check
-// MandorDLL32.dll) it checks that its embedded library is a 32-bit one with
-// as many types and the same collections. Run under Wine by
-// run_com_tests.sh after registration; prints one line per failure, exits
-// with their number.
+// Checks the registered type library of MandorDLL as an early-binding host
+// sees it: members under their exact names with their kinds and ids, each
+// collection's item type, by-reference parameters; given the 32-bit DLL, that
+// its embedded library is a 32-bit one with as many types. Run under Wine by
+// run_com_tests.sh; prints one line per failure, exits with their number.
 #include <windows.h>
 #include <oleauto.h>
 
@@ -207,9 +204,8 @@ int wmain(int argc, wchar_t** argv) {
       {L"_Mandor", L"ChampsCachés", get | set, any},        {L"_cMarquage", L"Item", get, DISPID_VALUE},
       {L"_cMarquage", L"NewEnum", get, DISPID_NEWENUM},     {L"_CChamp", L"DonnéesImportées", get | let, any},
       {L"_CChamp", L"oRegleH", get | set, any},             {L"_CRegle", L"Décimales", get | let, any},
-      {L"_CFont", L"HasStrikeThrough", get, any},           {L"_Devises", L"Item", func, DISPID_VALUE},
-      {L"_Doc", L"Séparateur", get | let, any},             {L"_CPageCollection", L"_NewEnum", get, DISPID_NEWENUM},
-      {L"_CRegle", L"Etiquette", get | set, any},
+      {L"_Devises", L"Item", func, DISPID_VALUE},           {L"_Doc", L"Séparateur", get | let, any},
+      {L"_CPageCollection", L"_NewEnum", get, DISPID_NEWENUM}, {L"_CRegle", L"Etiquette", get | set, any},
   };
   for (const auto& m : members) {
     const Info info = FindType(lib, m.iface);

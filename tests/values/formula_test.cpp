@@ -57,8 +57,7 @@ TEST(FormulaTest, ArithmeticRoundingAndNamesWithSpaces) {
 }
 
 TEST(FormulaTest, TvaCurrencyEmptyValuesAndOrderOfComputation) {
-  FormulaContext context;
-  context.tva = 5.5;
+  FormulaContext context{.tva = 5.5};
   EXPECT_EQ(One("200*tva/100", {}, 2, context).number, 11);
   EXPECT_EQ(One("200*TVA/100", {Field("TVA", 20)}, 2, context).number, 40);  // a field of that name wins
   // LETTRES gives words in the document's currency (the sample's euros: book_test.cpp).
@@ -138,9 +137,7 @@ TEST(FormulaTest, SommeAddsTheCarriedAmountToThePageLinesAndReportCarriesThePrev
       Field("M1_PT", 7, 1, "MT"), Computed("X_Note", "1", 2, "Note"), Computed("TD5", "#REPORT(MT)", 5),
       Computed("TA5", "SOMME(MT)", 5),
   };
-  FormulaContext context;
-  context.tva = 20;
-  const auto r = ComputeFormulas(f, context);
+  const auto r = ComputeFormulas(f, {.tva = 20});
   std::map<std::string, double> at;
   for (size_t i = 0; i < f.size(); ++i) {
     EXPECT_TRUE(r[i].error.empty()) << f[i].name << ": " << r[i].error;
