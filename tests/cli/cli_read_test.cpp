@@ -2,7 +2,6 @@
 // the JSON of the whole model (docs/json.md), against the outputs kept in
 // tests/data/cli/.
 
-#include <cmath>
 #include <string>
 #include <vector>
 
@@ -13,23 +12,12 @@
 namespace mandor_cli_test {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json Dump(const std::vector<std::string>& args) {
-  std::vector<std::string> command = {"dump"};
-  command.insert(command.end(), args.begin(), args.end());
-  const CliResult r = RunCli(command);
-  EXPECT_EQ(r.status, 0) << r.err;
-  return ParseJson(r.out);
-}
-
 TEST(CliRead, InfoAndDumpOfCataloguesAndTextMarkings) {
   // The dumps pin every member's name, order and value: shared catalogue
   // rows, data contracts, page-level cells, recurrent copies, inherited fonts
   // and floats written as typed (20.6, not 20.600000381).
   const struct { std::vector<std::string> args; const char* data; } cases[] = {
       {{"info", Sample("menuiseries.xml"), "--locale", "fr"}, "cli/info-menuiseries.txt"},
-      {{"info", Sample("menuiseries.xml"), "--doc", "MN2"}, "cli/info-menuiseries-mn2.txt"},
       {{"info", Sample("dqe-menuiseries.det.xnf"), "--locale", "fr"}, "cli/info-dqe.xnf.txt"},
       {{"info", Sample("dqe-menuiseries.det.cnf")}, "cli/info-dqe.cnf.txt"},
       {{"dump", Sample("dqe-menuiseries.det.xnf"), "--locale", "fr"}, "cli/dump-dqe.xnf.json"},
@@ -44,32 +32,10 @@ TEST(CliRead, InfoAndDumpOfCataloguesAndTextMarkings) {
     ExpectOutputAs(r.out, c.data);
   }
 
-  // --locale before the command name too (the locale rules are CliLocale's).
-  const std::string xnf = Sample("dqe-menuiseries.det.xnf");
-  EXPECT_NE(RunCli({"--locale", "en", "info", xnf}).out.find("field width 2.5 cm"), std::string::npos);
   // A bare file name: the document's folder is the working folder.
   const CliResult bare = RunCli({"info", "dqe-menuiseries.det.cnf"}, {}, MANDOR_SAMPLES_DIR);
   ASSERT_EQ(bare.status, 0) << bare.err;
   EXPECT_NE(bare.out.find("folder:      ./\n"), std::string::npos) << bare.out;
-}
-
-TEST(CliDump, CalageComputes) {
-  // --calage: two reference points 2008.5 px over 17 cm apart.
-  const Json calage = Dump({Fixture("textfile/bordereau.bpx.xnf"), "--calage"});
-  const Json& doc = calage["documents"][0];
-  const float expected = (2244.5f - 236.0f) / (19.0f - 2.0f);
-  EXPECT_EQ(doc["résolution_papier_largeur"].get<float>(), expected);
-  EXPECT_EQ(doc["champ_largeur_pixels"], std::lround(3.5f * expected));
-  EXPECT_EQ(calage["messages"], Json::array());
-
-  // A calibration of unknown type: the library's message reaches both the
-  // JSON and standard error.
-  const CliResult unknown = RunCli({"dump", Sample("menuiseries.xml"), "--doc", "mn1", "--calage"});
-  ASSERT_EQ(unknown.status, 0) << unknown.err;
-  EXPECT_EQ(ParseJson(unknown.out)["messages"],
-            Json::parse(R"([{"title": "MandorDLL", "text": "type de calage inconnu dans calculerparamètrescalage: 0",)"
-                        R"( "style": "plain"}])"));
-  EXPECT_EQ(unknown.err, "[MandorDLL] type de calage inconnu dans calculerparamètrescalage: 0\n");
 }
 
 }  // namespace

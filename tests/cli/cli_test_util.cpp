@@ -5,13 +5,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cstring>
-#include <stdexcept>
 
 #include <gtest/gtest.h>
-
-#include "tests/test_util.h"
 
 extern char** environ;
 
@@ -21,15 +19,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
 CliResult Spawn(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
-                const std::string& cwd, const int fds[2]) {
+                const std::string& cwd, std::array<int, 2> fds) {
   TempDir capture;
   const std::string paths[2] = {capture.File("out"), capture.File("err")};
   std::vector<std::string> argv_text = {MANDOR_CLI_PATH}, env_text;
@@ -43,33 +34,32 @@ CliResult Spawn(const std::vector<std::string>& args, const std::map<std::string
   for (const auto& [name, value] : env) env_text.push_back(name + "=" + value);
   // In a sanitizer build, fontconfig's own leaks are not the program's.
   env_text.push_back(std::string("LSAN_OPTIONS=suppressions=") + MANDOR_LSAN_SUPPRESSIONS);
-  const std::vector<char*> argv = Pointers(argv_text), envp = Pointers(env_text);
+  std::vector<char*> argv, envp;
+  for (std::string& text : argv_text) argv.push_back(text.data());
+  for (std::string& text : env_text) envp.push_back(text.data());
+  argv.push_back(nullptr);
+  envp.push_back(nullptr);
 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
   for (int i = 0; i < 2; ++i) {
-    if (fds[i] >= 0) {
-      posix_spawn_file_actions_adddup2(&actions, fds[i], i + 1);
-    } else {
-      posix_spawn_file_actions_addopen(&actions, i + 1, paths[i].c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    }
+    if (fds[i] >= 0) posix_spawn_file_actions_adddup2(&actions, fds[i], i + 1);
+    if (fds[i] < 0) posix_spawn_file_actions_addopen(&actions, i + 1, paths[i].c_str(), O_WRONLY | O_CREAT, 0644);
   }
   if (!cwd.empty()) posix_spawn_file_actions_addchdir_np(&actions, cwd.c_str());
   pid_t pid = 0;
   const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
   posix_spawn_file_actions_destroy(&actions);
   CliResult result;
+  int status = 0;
   if (spawned != 0) {
     ADD_FAILURE() << "cannot run " << argv[0] << ": " << std::strerror(spawned);
-    return result;
+  } else if (waitpid(pid, &status, 0) == pid) {
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    if (fds[0] < 0) result.out = ReadBytes(paths[0]);
+    if (fds[1] < 0) result.err = ReadBytes(paths[1]);
   }
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0) {
-  }
-  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  if (fds[0] < 0) result.out = ReadBytes(paths[0]);
-  if (fds[1] < 0) result.err = ReadBytes(paths[1]);
   return result;
 }
 
@@ -83,50 +73,31 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
 
 CliResult RunCli(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
                  const std::string& cwd) {
-  const int fds[2] = {-1, -1};
-  return Spawn(args, env, cwd, fds);
+  return Spawn(args, env, cwd, {-1, -1});
 }
 
 CliResult RunCliOn(const std::vector<std::string>& args, int out_fd, int err_fd) {
-  const int fds[2] = {out_fd, err_fd};
-  return Spawn(args, {}, "", fds);
+  return Spawn(args, {}, "", {out_fd, err_fd});
 }
 
 TempDir::TempDir() {
   static std::atomic<int> counter{0};
-  path_ = fs::temp_directory_path() /
-          ("mandor_cli_test_" + std::to_string(getpid()) + "_" + std::to_string(counter++));
+  path_ = fs::temp_directory_path() / ("mandor_cli_test_" + std::to_string(getpid()) + "_" + std::to_string(counter++));
   fs::remove_all(path_);
   fs::create_directories(path_);
-}
-
-TempDir::~TempDir() {
-  std::error_code ec;
-  fs::remove_all(path_, ec);
-}
-
-std::string Sample(const std::string& name) { return std::string(MANDOR_SAMPLES_DIR) + "/" + name; }
-std::string Fixture(const std::string& name) { return std::string(MANDOR_TEST_DATA_DIR) + "/" + name; }
-
-void CopyTo(const std::string& from, const std::string& to) {
-  fs::copy_file(from, to, fs::copy_options::overwrite_existing);
 }
 
 std::string SampleWith(const std::string& name, const std::string& from, const std::string& to) {
   std::string bytes = ReadBytes(Sample(name));
   const size_t at = bytes.find(from);
   EXPECT_NE(at, std::string::npos) << "no \"" << from << "\" in " << name;
-  if (at != std::string::npos) bytes.replace(at, from.size(), to);
-  return bytes;
+  return at == std::string::npos ? bytes : bytes.replace(at, from.size(), to);
 }
 
 nlohmann::ordered_json ParseJson(const std::string& text) {
-  try {
-    return nlohmann::ordered_json::parse(text);
-  } catch (const std::exception& e) {
-    ADD_FAILURE() << "not JSON: " << e.what() << "\n" << text.substr(0, 500);
-    return nullptr;
-  }
+  nlohmann::ordered_json json = nlohmann::ordered_json::parse(text, nullptr, false);
+  EXPECT_FALSE(json.is_discarded()) << "not JSON:\n" << text.substr(0, 500);
+  return json.is_discarded() ? nullptr : json;
 }
 
 std::string Transcript(const std::vector<std::vector<std::string>>& commands, const TempDir& dir,

@@ -12,53 +12,22 @@
 namespace mandor_cli_test {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json DumpOf(const std::string& path) {
-  const CliResult r = RunCli({"dump", path, "--locale", "fr"});
-  EXPECT_EQ(r.status, 0) << path << "\n" << r.err;
-  return ParseJson(r.out);
-}
-
-// Per page (by position): the fields' names, pixel rectangles and formulas, in order.
-std::vector<std::string> FieldLayout(const Json& doc) {
-  std::vector<std::string> layout;
-  for (size_t page = 0; page < doc["Pages"].size(); ++page) {
-    for (const Json& f : doc["Pages"][page]["Champs"]) {
-      layout.push_back(std::to_string(page) + " " + f["Nom"].dump() + f["Position_pixel_Left"].dump() + "," +
-                       f["Position_pixel_Top"].dump() + "," + f["Position_pixel_Right"].dump() + "," +
-                       f["Position_pixel_Bottom"].dump() + f["Formule"].dump());
-    }
-  }
-  return layout;
-}
-
 // Each command's status and output are in tests/data/cli/write.txt.
 TEST(CliWrite, ConvertAndSave) {
   TempDir dir;
   const std::string xnf = Sample("dqe-menuiseries.det.xnf");
   CopyTo(Sample("menuiseries.xml"), dir.File("lot.xml"));
-  const Json source = DumpOf(xnf)["documents"][0];
-  const Json catalogue = DumpOf(dir.File("lot.xml"));
-  // .xnf -> .cnf (Windows-1252 with CR LF) -> .xnf: the same pages and fields.
-  // One document out of a catalogue: the name is the output's, the kind stays
-  // the document's own; without --doc, the first document.
+  // .xnf -> .cnf (Windows-1252 with CR LF) -> .xnf. One document out of a
+  // catalogue: the name is the output's, the kind stays the document's own;
+  // without --doc, the first document.
   std::string transcript =
       Transcript({{"convert", xnf, dir.File("copie.det.cnf"), "--locale", "fr"},
                   {"convert", dir.File("copie.det.cnf"), dir.File("retour.det.xnf"), "--locale", "fr"},
                   {"convert", dir.File("lot.xml"), "--doc", "mn2", dir.File("bordereau.det.xnf")},
-                  {"convert", dir.File("lot.xml"), dir.File("premier.xnf")}},
+                  {"convert", dir.File("lot.xml"), dir.File("premier.xnf")}, {"info", dir.File("bordereau.det.xnf")}},
                  dir);
   ExpectOutputAs(ReadBytes(dir.File("copie.det.cnf")), "cli/convert-dqe.det.cnf");
-  const Json extended = DumpOf(dir.File("retour.det.xnf"))["documents"][0];
-  EXPECT_EQ(FieldLayout(extended), FieldLayout(source));
-  EXPECT_EQ(extended["Regles_V"].size(), source["Regles_V"].size());
-  EXPECT_EQ(extended["X2_pixel"], source["X2_pixel"]);
-  const Json bpu = DumpOf(dir.File("bordereau.det.xnf"))["documents"][0];
-  EXPECT_EQ(bpu["Nom_Document"].get<std::string>() + " " + bpu["Type_Document"].get<std::string>(),
-            "bordereau.det Prix");
-  EXPECT_EQ(FieldLayout(bpu), FieldLayout(catalogue["documents"][1]));
-  EXPECT_EQ(DumpOf(dir.File("premier.xnf"))["documents"][0]["Regles_V"].size(), 4u);
+  // The text layouts' round trip is the library's (tests/textfile).
 
   // Writing over an existing marking is refused unless --yes (asked, answered
   // No, one line of reason, the file untouched); with --yes the extended
@@ -75,12 +44,11 @@ TEST(CliWrite, ConvertAndSave) {
                             {"check", dir.File("bordereau.bpx.cnf")},
                             {"convert", xnf, dir.File("absent/copie.det.xnf")},
                             {"save", dir.File("lot.xml")},
-                            {"save", dir.File("lot.xml"), "--doc", "mn3"}},
+                            {"save", dir.File("lot.xml"), "--doc", "mn3"},
+                            {"info", dir.File("lot.xml")}},
                            dir);
   ExpectOutputAs(transcript, "cli/write.txt");
   EXPECT_EQ(ReadBytes(dir.File("retour.det.xak")), before);
-  // The catalogue's own save is the library's (tests/xml); here, all of it is still there.
-  EXPECT_EQ(FieldLayout(DumpOf(dir.File("lot.xml"))["documents"][0]), FieldLayout(catalogue["documents"][0]));
 }
 
 TEST(CliRender, SvgAndPngOfAPage) {
@@ -103,33 +71,17 @@ TEST(CliRender, SvgAndPngOfAPage) {
     const CliResult r = RunCli(args);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out.find("over") != std::string::npos, c.over) << r.out;
-    const std::string svg = ReadBytes(dir.File("page.svg"));
-    ExpectOutputAs(svg, c.svg);
-    // The page image is embedded once, not once per attribute.
-    const size_t first = svg.find("base64,");
-    EXPECT_EQ(first != std::string::npos, c.over);
-    EXPECT_EQ(svg.find("base64,", first == std::string::npos ? first : first + 1), std::string::npos);
+    ExpectOutputAs(ReadBytes(dir.File("page.svg")), c.svg);
   }
-  EXPECT_NE(RunCli({"render", Sample("menuiseries.xml"), "--doc", "mn1", "-o", dir.File("p.svg")})
-                .out.find("2480 x 3508 px, over " + Sample("DQE Menuiseries-1.png")),
-            std::string::npos);
 
-  // A text marking does not store its page size: an A4 page at 300 dpi.
-  CliResult r = RunCli({"render", Sample("dqe-menuiseries.det.xnf"), "--page", "1", "--scale", "0.25", "-o",
+  // A text marking does not store its page size: an A4 page at 300 dpi,
+  // 620 x 877 at a quarter (the PNG header's width and height, big-endian).
+  const CliResult r = RunCli({"render", Sample("dqe-menuiseries.det.xnf"), "--page", "1", "--scale", "0.25", "-o",
                         dir.File("page.png"), "--locale", "fr"});
   ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_NE(r.out.find(", over "), std::string::npos) << r.out;
-  const std::string png = ReadBytes(dir.File("page.png"));
-  // The signature, then the header chunk's width and height (620 x 877, big-endian).
-  EXPECT_EQ(png.substr(0, 24), std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\x02\x6c\0\0\x03\x6d", 24));
-
-  // Too large for a PNG; an output that cannot be written.
-  r = RunCli({"render", Sample("dqe-menuiseries.det.xnf"), "--scale", "16", "-o", dir.File("huge.png")});
-  EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.err.find("too large"), std::string::npos) << r.err;
-  r = RunCli({"render", Sample("dqe-menuiseries.det.xnf"), "-o", dir.File("absent/page.svg")});
-  EXPECT_EQ(r.status, 1);
-  EXPECT_NE(r.err.find("mandor: cannot write " + dir.File("absent/page.svg")), std::string::npos) << r.err;
+  EXPECT_EQ(ReadBytes(dir.File("page.png")).substr(0, 24),
+            std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\x02\x6c\0\0\x03\x6d", 24));
+  // Pictures too large and outputs that cannot be written: tests/data/cli/usage.txt.
 }
 
 }  // namespace
