@@ -1,6 +1,7 @@
 // The commands that write files: `convert` between the two text layouts (and
 // out of a catalogue), `save` of a catalogue, and `render` to SVG and PNG.
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -49,6 +50,27 @@ TEST(CliWrite, ConvertAndSave) {
                            dir);
   ExpectOutputAs(transcript, "cli/write.txt");
   EXPECT_EQ(ReadBytes(dir.File("retour.det.xak")), before);
+}
+
+// The catalogue's writer rebuilds page-level cells (TA1, TD2) from the
+// model, which holds no values: a save after `fill` must still keep the
+// carried amounts `fill` stored there, and every other value.
+TEST(CliWrite, SaveKeepsTheValuesOfAFilledCatalogue) {
+  TempDir dir;
+  CopyTo(Sample("menuiseries.xml"), dir.File("lot.xml"));
+  ASSERT_EQ(RunCli({"fill", dir.File("lot.xml"), "--values", Sample("prix-menuiseries.csv"), "--yes"}).status, 0);
+  const auto values = [&] {
+    std::vector<std::string> found;
+    const std::string xml = ReadBytes(dir.File("lot.xml"));
+    for (size_t at = xml.find("<Data"); at != std::string::npos; at = xml.find("<Data", at + 1)) {
+      found.push_back(xml.substr(at, xml.find("</Data>", at) - at));
+    }
+    return found;
+  };
+  const std::vector<std::string> filled = values();
+  ASSERT_EQ(std::count(filled.begin(), filled.end(), "<Data ss:Type=\"Number\">18184.58"), 2);
+  ASSERT_EQ(RunCli({"save", dir.File("lot.xml"), "--yes"}).status, 0);
+  EXPECT_EQ(values(), filled);
 }
 
 TEST(CliRender, SvgAndPngOfAPage) {
