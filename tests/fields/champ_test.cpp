@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,12 +50,10 @@ TEST_F(ChampTest, NomSplitsAtTheUnderscoresAndAnchorsTheFirstPartAsVerticalRuler
   auto v_a = AddRegle(doc_->Regles_V, "A");
   auto v_b = AddRegle(doc_->Regles_V, "B");
   auto champ = NewField("A_B_C");
-  // The parts are "A" (horizontal) and "B" (vertical), yet the first part
-  // picks the vertical ruler; a horizontal ruler of that name lands there
-  // too, unless a vertical one of the same name overrides it.
+  // The first part picks the vertical ruler, even a horizontal one of that
+  // name unless a vertical one overrides it.
   EXPECT_EQ(champ->NomRegleH() + "|" + champ->NomRegleV(), "A|B");
-  EXPECT_EQ(champ->oRegleV(), v_a);
-  EXPECT_EQ(champ->oRegleH(), nullptr);
+  EXPECT_TRUE(champ->oRegleV() == v_a && !champ->oRegleH());
   auto h_l = AddRegle(doc_->Regles_H, "L1");
   EXPECT_EQ(NewField("L1_B")->oRegleV(), h_l);
   auto v_l = AddRegle(doc_->Regles_V, "L1", "L1bis");
@@ -75,7 +74,6 @@ TEST_F(ChampTest, NomSplitsAtTheUnderscoresAndAnchorsTheFirstPartAsVerticalRuler
 }
 
 TEST_F(ChampTest, InitialValueIsFixedByTheFirstAssignmentOnly) {
-  // Even an empty first assignment fixes it; a plain value assignment does not.
   const struct { std::vector<std::string> initials; const char* value; const char* expected; } cases[] = {
       {{"10", "20", ""}, nullptr, "10|10"}, {{"", "9"}, nullptr, "|"}, {{}, "5", "|5"}, {{"7"}, "5", "7|7"}};
   for (const auto& c : cases) {
@@ -91,52 +89,24 @@ TEST_F(ChampTest, AccrochageLooksTheRulersUp) {
   auto doc_ruler = AddRegle(doc_->Regles_H, "L1");
   auto champ = NewField();
   champ->Accrochage_V("pu");  // keys ignore case
-  EXPECT_EQ(champ->oRegleV(), v);
   champ->Accrochage_V("L1");  // a horizontal ruler is no vertical anchor: the ruler stays
   EXPECT_EQ(champ->Accrochage_V() + (champ->oRegleV() == v ? "|kept" : "|lost"), "L1|kept");
-  CChamp orphan;
-  orphan.Accrochage_V("PU");
-  EXPECT_EQ(orphan.Accrochage_V() + (orphan.oRegleV() ? "|ruler" : "|none"), "PU|none");
-  // Accrochage_H prefers the ruler of the page at position Page (although
-  // its key names page 5); no match keeps the ruler; no page at that
-  // position: the document's ruler.
+  // Accrochage_H prefers the ruler of the page at position Page (whatever its
+  // key); no match keeps the ruler; no page at that position: the document's.
   auto page_ruler = AddRegle(AddPage("page_5")->Regles_H, "L1");
   champ->Page = 1;
   champ->Accrochage_H("L1");
   EXPECT_EQ(champ->oRegleH(), page_ruler);
   champ->Accrochage_H("nowhere");
-  EXPECT_EQ(champ->Accrochage_H(), "nowhere");
   EXPECT_EQ(champ->oRegleH(), page_ruler);
   champ->Page = 5;
   champ->Accrochage_H("L1");
   EXPECT_EQ(champ->oRegleH(), doc_ruler);
 }
 
-TEST_F(ChampTest, FontPropertiesGoToTheFieldsOwnFont) {
-  auto champ = NewField();
-  auto font = champ->Font();
-  ASSERT_NE(font, nullptr);
-  EXPECT_NE(font, NewField()->Font());
-  champ->BackColor(255), champ->FontColor(65280);  // colours are not swapped
-  EXPECT_EQ(std::to_string(font->BackColor()) + "/" + std::to_string(font->Color()), "255/65280");
-  champ->Bold(true), champ->FontSpecial(2 + 32);
-  EXPECT_EQ(std::to_string(champ->Bold()) + std::to_string(champ->Italic()) + std::to_string(champ->Alignement()),
-            "012");
-  // Alignement maps to the font's codes; other codes change nothing, other
-  // font codes read as left.
-  const struct { uint8_t let; const char* font; uint8_t get; } aligns[] = {
-      {1, "1", 1}, {2, "2", 2}, {3, "2", 2}, {0, "0", 0}};
-  for (const auto& a : aligns) {
-    champ->Alignement(a.let);
-    EXPECT_EQ(font->Alignment() + std::to_string(champ->Alignement()), a.font + std::to_string(a.get)) << int{a.let};
-  }
-  font->Alignment("5");
-  EXPECT_EQ(champ->Alignement(), 0);
-}
-
 TEST_F(ChampTest, FontInheritsFromRulersThenDocument) {
-  // SetFontPropertiesFromFontClass rebuilds the parents: the horizontal
-  // ruler's font then the vertical one's, else the document's.
+  // The parents are rebuilt: the horizontal ruler's font then the vertical
+  // one's, else the document's.
   auto v = AddRegle(doc_->Regles_V, "V");
   auto h = AddRegle(doc_->Regles_H, "H");
   auto hf = h->GetFontClassFromProperties(), vf = v->GetFontClassFromProperties();
@@ -163,21 +133,17 @@ TEST_F(ChampTest, PositionsInPointsUseTheirOwnResolution) {
   auto page = AddPage("page_1");
   page->hResolution(200), page->vResolution(300);
   auto champ = NewField();
-  champ->Position_pixel_Left = 300, champ->Position_pixel_Right = 400;
-  champ->Position_pixel_Top = 600, champ->Position_pixel_Bottom = 1;
+  champ->Position_pixel_Left = 300, champ->Position_pixel_Top = 600, champ->Position_pixel_Bottom = 1;
   const auto points = [&] {
-    return testing::PrintToString(std::vector{champ->Position_point_Left(), champ->Position_point_Right(),
-                                              champ->Position_point_Top(), champ->Position_point_Bottom()});
+    return testing::PrintToString(
+        std::vector{champ->Position_point_Left(), champ->Position_point_Top(), champ->Position_point_Bottom()});
   };
-  EXPECT_EQ(points(), "{ 0, 0, 0, 0 }");  // no page yet
+  EXPECT_EQ(points(), "{ 0, 0, 0 }");  // no page yet
   champ->oOwnerPage = page;
   // The quotient is taken in double: 1 / 300 * 72 is the float nearest 0.24.
-  EXPECT_EQ(points(), testing::PrintToString(std::vector{108.0f, 144.0f, 144.0f, 0.24f}));
+  EXPECT_EQ(points(), testing::PrintToString(std::vector{108.0f, 144.0f, 0.24f}));
   page->hResolution(0);
-  EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Right(); }), 11);
-  EXPECT_EQ(champ->Position_point_Top(), 144.0f);
-  page->vResolution(0);
-  EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Bottom(); }), 11);
+  EXPECT_EQ(ErrorNumberOf([&] { champ->Position_point_Left(); }), 11);
   // The page is a back-link: once the document drops it, the field has no page.
   doc_->Pages.Clear();
   page.reset();
@@ -212,13 +178,11 @@ TEST_F(ChampTest, TheRecurrentMasterPushesToCopiesNamingItExactly) {
   EXPECT_EQ(std::to_string(master->Décimales()) + " " + settings(*copy1), "1 X+Y|21|0|4");
   // A copy whose master is missing: the value is stored, then the look-up fails.
   EXPECT_EQ(ErrorNumberOf([&] { other->Formule("lost"); }), 5);
-  EXPECT_EQ(other->Formule(), "lost");
   // A copy with bPropage off changes alone; a copy that pushes re-arms every
   // field it reaches, whatever their flag was.
   const std::string before = settings(*master) + " " + settings(*copy2);
   copy1->bPropage = false;
   copy1->Type_Champ(5);
-  EXPECT_FALSE(copy1->bPropage);
   EXPECT_EQ(settings(*master) + " " + settings(*copy2), before);
   copy1->bPropage = true;
   copy2->bPropage = false;
@@ -232,11 +196,10 @@ TEST_F(ChampTest, ValuePredicatesInBothLocales) {
   // IsZero (Z) is True or empty, never False. IsUnderOne (U) reads both sides
   // whatever the locale: in a comma locale 0,5 reads as 0.
   const struct { char fn; bool comma; const char* value; std::optional<bool> expected; } cases[] = {
-      {'Z', true, "0,0", yes},    {'Z', true, "-0", yes},  {'Z', true, " 0 ", yes}, {'Z', true, "abc", none},
-      {'Z', true, "", none},      {'Z', true, "0,001", none}, {'Z', true, "0.0", none}, {'Z', false, "0.0", yes},
-      {'U', false, "-0.25", yes}, {'U', false, "0", no},   {'U', false, "1", no},   {'U', false, "abc", none},
+      {'Z', true, "-0", yes},     {'Z', true, " 0 ", yes}, {'Z', true, "abc", none}, {'Z', true, "0,001", none},
+      {'Z', true, "0.0", none},   {'Z', false, "0.0", yes}, {'U', false, "-0.25", yes}, {'U', false, "1", no},
       {'U', false, "1.7976931348623157E308", no},  // its text reads back beyond a double
-      {'U', true, "0,5", no},     {'U', true, "", none},   {'U', true, "x0,5", none}};
+      {'U', true, "0,5", no},     {'U', true, "", none}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.fn << " " << c.value << (c.comma ? " comma" : " point"));
     SetLocale(c.comma);
@@ -248,7 +211,6 @@ TEST_F(ChampTest, ValuePredicatesInBothLocales) {
   auto champ = NewField();
   champ->valeur("anything");
   EXPECT_FALSE(champ->ValueChanged());
-  champ = NewField();
   champ->InitialValue("abc");
   EXPECT_FALSE(champ->ValueChanged());
   for (const char* value : {"ABC", ""}) EXPECT_TRUE((champ->valeur(value), champ->ValueChanged())) << value;
@@ -260,10 +222,9 @@ TEST_F(ChampTest, DiffWithInitialComparesFormattedValues) {
   // formula are never reported.
   const struct { bool comma; const char* initial; const char* value; int16_t decimals; bool diff; int16_t type = 0;
                  const char* formula = "A*B"; } cases[] = {
-      {true, "1.5", "1,5", 1, false},  {true, "1.4", "1", 0, false},    {true, "1.6", "1", 0, true},
-      {true, "1234", "1\xC2\xA0" "234", 0, false}, {true, "abc", "abd", 2, true}, {true, "1", "", 0, true},
-      {false, "1,5", "1.5", 1, false}, {false, "1,5", "1.56", 2, true}, {false, "2", "2.004", -2, false},
-      {false, "2", "2.004", 3, true},  {false, "1", "2", 0, false, 2},  {false, "1", "2", 0, false, 0, ""}};
+      {true, "1.5", "1,5", 1, false},  {true, "1.6", "1", 0, true},     {true, "1234", "1\xC2\xA0" "234", 0, false},
+      {true, "abc", "abd", 2, true},   {true, "1", "", 0, true},        {false, "1,5", "1.56", 2, true},
+      {false, "2", "2.004", -2, false}, {false, "1", "2", 0, false, 2}, {false, "1", "2", 0, false, 0, ""}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.initial << " / " << c.value << (c.comma ? " comma" : " point"));
     SetLocale(c.comma);
@@ -278,35 +239,6 @@ TEST_F(ChampTest, DiffWithInitialComparesFormattedValues) {
   CChamp orphan;  // the picture comes from the document
   orphan.Formule("A*B"), orphan.InitialValue("1");
   EXPECT_EQ(ErrorNumberOf([&] { orphan.DiffWithInitial(); }), 91);
-}
-
-TEST_F(ChampTest, NumberPicturesAndNamePredicates) {
-  // The field's own pictures and the document's agree, for a field that no
-  // shared pointer owns too; the sign of Décimales does not matter.
-  const struct { int16_t decimals; const char* display; const char* output; } pictures[] = {
-      {0, "#,##0", "###########0."}, {2, "#,##0.00", "###########0.00"}, {-3, "#,##0.000", "###########0.000"}};
-  for (const auto& c : pictures) {
-    CChamp on_stack;
-    on_stack.Décimales(c.decimals);
-    auto shared = std::make_shared<CChamp>();
-    shared->Décimales(c.decimals);
-    EXPECT_EQ(FormatNombre(on_stack) + " " + FormatNombreSortie(on_stack), c.display + std::string(" ") + c.output);
-    EXPECT_EQ(doc_->FormatNombre(shared) + " " + doc_->FormatNombreSortie(shared),
-              c.display + std::string(" ") + c.output);
-  }
-  // HasInPU / HasInMT test the start of the part after the first "_".
-  const struct { const char* nom; bool pu, mt; } names[] = {{"X_pu2", true, false}, {"PU_X", false, false},
-      {"L1_MT_3", false, true}, {"L1_", false, false}, {"É_mt", false, true}, {"L1_ PU", false, false}};
-  for (const auto& n : names) {
-    auto champ = NewField(n.nom);
-    EXPECT_EQ(std::make_pair(champ->HasInPU(), champ->HasInMT()), std::make_pair(n.pu, n.mt)) << n.nom;
-  }
-  for (const auto& [formule, pourcent] :
-       {std::pair{"", false}, {"A*B/100", true}, {"A/10", false}, {"A / 100", false}}) {
-    auto champ = NewField();
-    champ->Formule(formule);
-    EXPECT_EQ(champ->FormuleHasPourcent(), pourcent) << formule;
-  }
 }
 
 TEST_F(ChampTest, RendreRecurrentMovesTheFieldOffTheCurrentPageOnly) {
@@ -346,25 +278,17 @@ TEST_F(ChampTest, SupprimerDuDocumentAndDesRecurrentsIgnoreMissingKeys) {
   EXPECT_FALSE(doc_->champsContenantReference.Contains("GONE") || page2->Champs.Contains("GONE"));
   EXPECT_TRUE(doc_->ChampsRecurrents.Contains("GONE") && page1->Champs.Contains("KEEP"));
   EXPECT_EQ(doc_->Champs.Count(), 1);
-  // Called on a field that only the collection it leaves keeps alive, with
-  // one of its own strings as key.
+  // On a field only the collection it leaves keeps alive, keyed by its own string.
   const auto& gone = doc_->ChampsRecurrents.Item("GONE");
   gone->Id = "gone";
   gone->SupprimerDesRecurrents(gone->Id);
   EXPECT_FALSE(doc_->ChampsRecurrents.Contains("GONE"));
-  doc_->ChampsRecurrents.Add(keep, "KEEP");
-  keep->SupprimerDesRecurrents("KEEP");
-  EXPECT_EQ(doc_->ChampsRecurrents.Count() + doc_->Champs.Count(), 0);
-  EXPECT_TRUE(page1->Champs.Contains("KEEP"));  // pages are not touched
   // Every page loses the field, through a reference the page holds.
   auto last = NewField("LAST");
   page1->Champs.Add(last, "LAST");
   page2->Champs.Add(last, "LAST");
   doc_->Pages.Item(1L)->Champs.Item("LAST")->SupprimerDuDocument(last->Nom());
   EXPECT_FALSE(page1->Champs.Contains("LAST") || page2->Champs.Contains("LAST"));
-  CChamp orphan;
-  EXPECT_NO_THROW(orphan.SupprimerDuDocument("KEEP"); orphan.SupprimerDesRecurrents("KEEP"));
-  EXPECT_TRUE(page1->Champs.Contains("KEEP"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -65,20 +66,18 @@ TEST(CollectionTest, OrderKeysInsertionRemovalAndCopies) {
 TEST(CollectionTest, ErrorsMatchTheClassicCollection) {
   Collection<Thing> c;
   c.Add(T("a"), "Key");
-  EXPECT_EQ(ErrorNumberOf([&] { c.Add(T("dup"), "KEY"); }), kDuplicateKey);
-  for (long i : {0L, 2L, -1L}) EXPECT_EQ(ErrorNumberOf([&] { c.Item(i); }), kSubscriptOutOfRange);
-  EXPECT_EQ(ErrorNumberOf([&] { c.Remove(5); }), kSubscriptOutOfRange);
-  EXPECT_EQ(ErrorNumberOf([&] { c.AddAfter(T("x"), "", 2); }), kSubscriptOutOfRange);
-  EXPECT_EQ(ErrorNumberOf([&] { c.Item("missing"); }), kInvalidArgument);
-  EXPECT_EQ(ErrorNumberOf([&] { c.Remove("missing"); }), kInvalidArgument);
-  EXPECT_EQ(ErrorNumberOf([&] { c.AddBefore(T("x"), "", "missing"); }), kInvalidArgument);
+  const std::pair<std::function<void()>, int> calls[] = {
+      {[&] { c.Add(T("dup"), "KEY"); }, kDuplicateKey},         {[&] { c.Item(0L); }, kSubscriptOutOfRange},
+      {[&] { c.Item(2L); }, kSubscriptOutOfRange},               {[&] { c.Item(-1L); }, kSubscriptOutOfRange},
+      {[&] { c.Remove(5); }, kSubscriptOutOfRange},              {[&] { c.AddAfter(T("x"), "", 2); }, kSubscriptOutOfRange},
+      {[&] { c.Item("missing"); }, kInvalidArgument},            {[&] { c.Remove("missing"); }, kInvalidArgument},
+      {[&] { c.AddBefore(T("x"), "", "missing"); }, kInvalidArgument}};
+  for (size_t i = 0; i < std::size(calls); ++i) EXPECT_EQ(ErrorNumberOf(calls[i].first), calls[i].second) << i;
   EXPECT_EQ(Contents(c), (Names{"a:Key"})) << "refused calls leave the collection unchanged";
 }
 
-// Thousands of random insertions and removals at every place, checked
-// against a plain list searched by folded key: the hashed index must find
-// exactly what a linear search finds, through growth, reservation,
-// wrap-around and the moves of deletion.
+// Random insertions and removals checked against a linear search by folded
+// key, through growth, reservation, wrap-around and the moves of deletion.
 TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
   std::mt19937 random(7);
   Collection<Thing> c;
@@ -91,8 +90,6 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
   };
   const std::vector<std::string> stems = {"champ", "Ligne", "élément", "ÉTÉ", "x"};
   for (int step = 0; step < 4000; ++step) {
-    // Room made in advance rehashes the members already there, and leaves
-    // the table larger than its growth alone would.
     if (step == 1000) c.Reserve(3000);
     const std::string key = random() % 10 == 0 ? "" : stems[random() % stems.size()] + std::to_string(random() % 300);
     const std::string name = "n" + std::to_string(step);
