@@ -42,14 +42,11 @@ inline std::string DataFile(const std::string& name) {
   return ReadBytes(path);
 }
 
-// Expects `actual` to equal tests/data/<data_file>. With MANDOR_UPDATE_DESCRIBED=1
-// in the environment the file is rewritten instead: review its diff before
-// committing it.
+// Expects `actual` to equal tests/data/<data_file>; with MANDOR_UPDATE_DESCRIBED=1
+// the file is rewritten instead (review its diff before committing it).
 inline void ExpectDescribedAs(const std::string& actual, const std::string& data_file) {
   const char* update = std::getenv("MANDOR_UPDATE_DESCRIBED");
-  if (update && std::string(update) == "1") {
-    return WriteBytes(std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file, actual);
-  }
+  if (update && std::string(update) == "1") return WriteBytes(std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file, actual);
   EXPECT_EQ(actual, DataFile(data_file)) << data_file;
 }
 

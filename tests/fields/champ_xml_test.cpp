@@ -61,16 +61,15 @@ class ChampXmlTest : public test_util::MemoryPlatformTest {
 };
 
 TEST_F(ChampXmlTest, FieldElementIsRebuiltFromScratch) {
-  // The old element is gone, the new one is last in the cell, the other
-  // document's element stays. A field sitting on its rulers, with the
-  // document's decimals, carries only what nothing else gives.
+  // The new element is last in the cell, the other document's stays; on its
+  // rulers, with the document's decimals, it carries only what nothing else gives.
   pugi::xml_node node = Cell().child("mn:iCell");
   Write("on its rulers", node, false, Cell());
   EXPECT_EQ(node, Cell().last_child());
   pugi::xml_node placeholder = Cell().append_child("iCell");  // replaced the same way
   Write("placeholder", placeholder, false, Cell());
-  // Positions are written where the rulers do not give them (the same width
-  // as the column); without rulers every one, in the invariant form.
+  // Positions are written where the rulers do not give them; without rulers
+  // every one, with a decimal point.
   Place(1010, 1010 + 150, 502.5f, 502.5f + 30);
   Write("off its rulers", node);
   platform_->SetLocale(Locale::Comma());
@@ -79,13 +78,11 @@ TEST_F(ChampXmlTest, FieldElementIsRebuiltFromScratch) {
   Write("no rulers", node);
   SetRulers(true, true);
   Place(1000, 1150, 500, 540);
-  // Type 3 always carries its sub-type; other types a vertical anchoring
-  // type only from 1 up.
+  // Type 3 always carries its sub-type, others an anchoring type from 1 up.
   champ_->Type_Champ(3), champ_->Accrochage_V_Type(0);
   Write("type 3", node);
   champ_->Type_Champ(1), champ_->Accrochage_V_Type(2);
   Write("anchoring type 2", node);
-  // "mn:subName" is the spelling readers look for.
   champ_->Imprimable(0), champ_->Décimales(3), champ_->SubName = "PU HT", champ_->Formule("Montant/Qté");
   champ_->Accrochage_H_Type = 1, champ_->ChampRecurrentDeRef("NumMarché"), champ_->Bold(true);
   Write("every attribute", node);
@@ -102,22 +99,19 @@ TEST_F(ChampXmlTest, DataContractElementIsUpdatedInPlace) {
   champ_->Groupe("Offre"), champ_->ToReport("AE");
   SetRulers(false, true);  // data-contract fields are read without horizontal ruler
   pugi::xml_node node = Contract();
-  // Unknown attributes stay. On its column: no X; the height always (no
-  // horizontal ruler gives it back), Y and W always without horizontal ruler.
-  // Decimals equal to the document's: the stale "4" goes. No value given
-  // yet: the stored one stays. A cleared formula goes.
+  // Unknown attributes stay; on its column no X; without horizontal ruler H,
+  // Y and W; the document's decimals and a cleared formula go; no value yet:
+  // the stored one stays.
   Write("first", node, true);
   EXPECT_EQ(node, Contract());
-  // A formula is written while the value is a number or empty; a text typed
-  // over it leaves the stored formula; a value cleared by the user is written empty.
+  // A formula is written while the value is a number or empty.
   champ_->Formule("Qté*PU"), champ_->valeur(true, "12,5");  // as a value read or typed first
   Write("number", node, true);
   champ_->Formule("SOMME(Montant)"), champ_->valeur("sans objet");
   Write("text", node, true);
   champ_->valeur("");
   Write("cleared", node, true);
-  // With both rulers and the field on them, no position at all; the
-  // vertical anchoring type only above 0.
+  // On both rulers no position at all.
   SetRulers(true, true);
   champ_->Accrochage_V_Type(0);
   Write("on its rulers", node, true);

