@@ -19,9 +19,7 @@ namespace mandor::test_util {
 inline int ErrorNumberOf(const std::function<void()>& f) {
   try {
     f();
-  } catch (const Error& e) {
-    return e.number();
-  }
+  } catch (const Error& e) { return e.number(); }
   return 0;
 }
 

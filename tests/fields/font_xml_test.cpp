@@ -25,19 +25,6 @@ class FontXmlTest : public test_util::MemoryPlatformTest {
   pugi::xml_document doc_;
 };
 
-TEST_F(FontXmlTest, SkipsWhatIsNotANumberAndInheritsTheRest) {
-  auto parent1 = std::make_shared<CFont>(), parent2 = std::make_shared<CFont>();
-  parent1->Size(12), parent2->Bold(true);
-  // Colour out of range, alignment out of range for a byte; its own "not
-  // bold" over parent 2's bold.
-  const auto font = CFont::GetFontFromXmlNode(
-      Element("<f mn:Name=\"\" mn:Size=\"grand\" mn:B=\"0\" mn:Color=\"1e12\" mn:Alignment=\"300\" mn:I=\"1,0\"/>"),
-      parent1, parent2);
-  EXPECT_EQ(font->Size(), 12);
-  EXPECT_FALSE(font->HasName() || font->HasColor() || font->HasAlignment() || font->Bold());
-  EXPECT_TRUE(font->HasBold());
-}
-
 TEST_F(FontXmlTest, WritesOnlyWhatDiffers) {
   pugi::xml_node cell = Element("<mn:iCell mn:Name=\"L1_PU\"><a/><mn:iFont mn:Size=\"30\"/><b/></mn:iCell>");
   auto parent = std::make_shared<CFont>();

@@ -44,23 +44,17 @@ TEST(CollectionTest, OrderKeysInsertionRemovalAndCopies) {
   c.AddBefore(T("x"), "", "a");
   c.AddAfter(T("d"), "", 5);
   EXPECT_EQ(Contents(c), (Names{"x:", "a:a", "b:Élément", "bb:Œuvre", "c:", "d:"}));
-  // Keys ignore case, accented letters included; a removed key can be used again.
+  // Keys ignore case, accented letters included; copies are independent; the
+  // same object may sit at two places, and a place found by key is the key's.
   EXPECT_EQ(c.Item("ÉLÉMENT")->name + c.Item("œuvre")->name, "bbb");
-  EXPECT_FALSE(c.Contains(""));
-  auto a = c.Item("A");
-  c.Remove("éLément"), c.Remove(1), c.Remove(4);
-  c.Add(T("b2"), "élément");
   Collection<Thing> copy = c;
   c.Clear();
-  EXPECT_FALSE(c.Count() || c.Contains("a"));
-  // Copies are independent and share their members; the same object may sit
-  // at two places, and places found by key are the key's, not the object's first.
-  copy.Add(a, "again");
+  copy.Remove("éLément"), copy.Remove(1), copy.Remove(4);
+  copy.Add(copy.Item("A"), "again");
   copy.AddAfter(T("y"), "y", "AGAIN");
-  EXPECT_EQ(Contents(copy), (Names{"a:a", "bb:Œuvre", "c:", "b2:élément", "a:again", "y:y"}));
   copy.Remove("again");
-  EXPECT_EQ(Contents(copy), (Names{"a:a", "bb:Œuvre", "c:", "b2:élément", "y:y"}));
-  EXPECT_EQ(copy.Item("A").get(), a.get());
+  EXPECT_EQ(Contents(copy), (Names{"a:a", "bb:Œuvre", "c:", "y:y"}));
+  EXPECT_FALSE(c.Count() || c.Contains("a"));
 }
 
 TEST(CollectionTest, ErrorsMatchTheClassicCollection) {

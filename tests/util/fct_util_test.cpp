@@ -22,17 +22,6 @@ class FctUtilTest : public test_util::MemoryPlatformTest {
   }
 };
 
-TEST_F(FctUtilTest, DécomposerChaîneTrimsAndKeepsEmptyParts) {
-  const struct { std::string text, separator; StringArray parts; } cases[] = {
-      {"  X1_cm = 2,5 ", "=", {"", "X1_cm", "2,5"}}, {"a|b|", "|", {"", "a", "b", ""}},
-      {"=b", "=", {"", "", "b"}}, {"   ", "=", {""}}};
-  StringArray parts{"stale"};
-  for (const auto& c : cases) {
-    DécomposerChaîne(c.text, parts, c.separator);
-    EXPECT_EQ(parts, c.parts) << c.text;
-  }
-}
-
 TEST_F(FctUtilTest, EscapesAndCharacterRemoval) {
   const std::string plain = "a=b|c\r\nd";
   const std::string escaped = ChangeCarSpec(plain, 1);

@@ -33,9 +33,7 @@ class XmlReaderTest : public xml_test::CatalogueFixture {
 };
 
 TEST_F(XmlReaderTest, TenderDocuments) {
-  // Everything read (places from the rulers, the referring row, page-level,
-  // recurrent and data-contract fields, inherited fonts) is in the
-  // description; XmlWriterTest.SavedCataloguesReadBack... reads it in both locales.
+  // Everything read is in the description (the writer's test reads it in both locales).
   platform_->SetLocale(Locale::Comma());
   auto catalogue = Read("lots/tender.xml");
   EXPECT_EQ(catalogue->Name() + "|" + catalogue->Path() + "|" + catalogue->File(), "Électricité|lots/|tender.xml");
@@ -56,37 +54,6 @@ TEST_F(XmlReaderTest, TenderDocuments) {
   EXPECT_EQ(dqe->Font()->Size(), 11);
 }
 
-TEST_F(XmlReaderTest, DocumentHeaderAttributes) {
-  const std::string images =
-      "<mn:Image mn:ID=\"mn1\" mn:Name=\"Lot1.pdf\" mn:Type=\"PC\" mn:Orientation=\"2\" mn:H=\"12.5\" mn:Devise=\"2\"/>"
-      "<mn:Image mn:ID=\"mn2\" mn:Name=\"Lot2.pdf\" mn:Type=\"dqe\" mn:Orientation=\"2\" mn:H=\"12,5\"/>"
-      "<mn:Image mn:ID=\"mn3\" mn:Name=\"Lot3.pdf\" mn:Type=\"XYZ\" mn:Orientation=\"2\" mn:H=\"1\" mn:Dec=\"x\"/>";
-  auto catalogue = ReadBytes(Workbook(images, "", " mn:Dec=\"4\""));
-  ASSERT_EQ(catalogue->Count(), 3);
-  // "PC" is the act, "dqe" nothing (codes are case-sensitive), a
-  // non-numeric "mn:Dec" is skipped for the catalogue's.
-  test_util::ExpectDescribedAs(Describe(*catalogue), "xml/header_attributes.described.txt");
-  EXPECT_EQ(catalogue->Item(1)->iDevise(), 2);
-  // Without any "mn:Dec" a document has 2 decimals.
-  auto plain = ReadBytes(Workbook("<mn:Image mn:ID=\"a\" mn:Name=\"Avis.pdf\" mn:Orientation=\"0\" mn:H=\"0\"/>", ""));
-  EXPECT_EQ(plain->Item(1)->Decimales, 2);
-}
-
-TEST_F(XmlReaderTest, VatRateIsTheFirstTextOfItsElement) {
-  // Blank text first, before a comment or a CDATA section: not a rate.
-  const auto tva_read = [&](const std::string& element) {
-    std::string bytes = Workbook(Image(""), "");
-    bytes.insert(bytes.find("<mn:MANDOR"), "<CustomDocumentProperties>" + element + "</CustomDocumentProperties>");
-    return ReadBytes(bytes)->Item(1)->TVA;
-  };
-  const float unset = tva_read("");
-  EXPECT_NE(unset, 9.0f);
-  const std::pair<const char*, float> cases[] = {
-      {"<TVA><!-- rate -->8,5</TVA>", 8.5f}, {"<TVA><![CDATA[9]]></TVA>", 9.0f},
-      {"<TVA>\n  <!-- rate -->\n  8,5\n</TVA>", unset}, {"<TVA> <![CDATA[9]]></TVA>", unset}};
-  for (const auto& [element, rate] : cases) EXPECT_EQ(tva_read(element), rate) << element;
-}
-
 TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
   // Unloadable files: nothing returned, no message.
   auto fresh = std::make_shared<cMarquage>();
@@ -96,8 +63,7 @@ TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
   EXPECT_EQ(fresh->FullPath() + "|" + fresh->Name(), "lots/previous.xml|previous");
   EXPECT_TRUE(fresh->Count() == 0 && !fresh->Font && platform_->messages().empty());
 
-  // A malformed header after a good image throws and leaves a loaded
-  // catalogue as it was (the other header errors: MarquageTest).
+  // A malformed header after a good image throws, the loaded catalogue unchanged.
   auto catalogue = Read("lots/tender.xml");
   const auto font = catalogue->Font;
   platform_->SetFileBytes("lots/bad.xml", Workbook(Image("", "mn7") + "<mn:Image mn:ID=\"mn9\" mn:Name=\"Bis.pdf\" "
@@ -110,16 +76,11 @@ TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
                                                          "mn:Page=\"3\"/></mn:DataContrat>"), ""));
   EXPECT_EQ(ErrorNumberOf([&] { fresh->XML_ReadCNF("lots/bad.xml"); }), kSubscriptOutOfRange);
   EXPECT_EQ(fresh->Count(), 0);
-
 }
 
 TEST_F(XmlReaderTest, RowAndCellEdgeCases) {
-  // In tests/data/xml/bad_attributes.rows.xml: L1_PU's bad page, X, type and
-  // decimals are skipped one by one; L1_PT has a Y out of range, an empty
-  // "mn:iPrint" (its rulers are printable). In row_edges.rows.xml:
-  // a row referring to a line further down, one referring to nothing (its
-  // fields have no line), a line on a missing page (kept in the document),
-  // a second field of one name (left out) and a row of another document only.
+  // Bad attributes are skipped one by one; rows referring to lines further
+  // down or to nothing, lines on missing pages, a second field of one name.
   for (const std::string name : {"bad_attributes", "row_edges"}) {
     test_util::ExpectDescribedAs(Describe(*ReadBytes(Workbook(Image(""), DataFile(name + ".rows.xml")))),
                                  "xml/" + name + ".described.txt");

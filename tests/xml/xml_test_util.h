@@ -34,8 +34,7 @@ inline std::string Workbook(const std::string& images, const std::string& rows, 
          "<Worksheet ss:Name=\"Lot\"><Table>" + rows + "</Table></Worksheet>\n</Workbook>\n";
 }
 
-// An element as written without indentation.
-inline std::string Serialized(const pugi::xml_node& node) {
+inline std::string Serialized(const pugi::xml_node& node) {  // without indentation
   std::ostringstream out;
   node.print(out, "", pugi::format_raw);
   return out.str();
@@ -78,11 +77,9 @@ class CatalogueFixture : public test_util::MemoryPlatformTest {
     return catalogue;
   }
   std::string Bytes(const std::string& path) const { return platform_->FileBytes(path).value_or(""); }
-  // Expects the catalogue saved at lots/lot3.xml to be tests/data/xml/saved/<name>.
   void ExpectSaved(const std::string& name) const {
     test_util::ExpectDescribedAs(Bytes("lots/lot3.xml"), "xml/saved/" + name);
   }
-  // The file at path, parsed.
   std::unique_ptr<WorkbookDocument> Saved(const std::string& path) const {
     auto workbook = std::make_unique<WorkbookDocument>();
     EXPECT_TRUE(workbook->LoadFromBytes(Bytes(path)));

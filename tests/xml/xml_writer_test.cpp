@@ -42,7 +42,6 @@ TEST_F(XmlWriterTest, SavedCataloguesReadBackTheSameAndSaveAgainToTheSameBytes) 
       auto catalogue = Read();
       ASSERT_EQ(catalogue->Count(), 3);
       const std::string before = Describe(*catalogue);
-      // All documents, then all of a new reading: the same bytes.
       for (const auto& doc : *catalogue) ASSERT_TRUE(Save(doc)) << doc->Id;
       ExpectSaved(file);
       auto again = Read();
@@ -55,8 +54,7 @@ TEST_F(XmlWriterTest, SavedCataloguesReadBackTheSameAndSaveAgainToTheSameBytes) 
 }
 
 TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
-  // A last row with its line record, NumP cell, name P_0_1.3 and the field's
-  // cell in the PU column; ExpandedRowCount follows.
+  // A last row with its line record, NumP cell, name P_0_1.3 and the PU cell.
   auto catalogue = Read();
   auto dqe = catalogue->Item("mn1");
   auto page = dqe->Pages.Item("page_1");
@@ -78,14 +76,12 @@ TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
 }
 
 TEST_F(XmlWriterTest, RowsGoToTheMarkingWorksheetAndKeepItValid) {
-  // See the comment in the file: L1 keeps its row though it has no line
-  // record, L2 gets one, and the stale name P_0_L2 points at it, once.
+  // See the comment in the file.
   platform_->SetFileBytes(kPath, DataFile("second_sheet.xml"));
   auto catalogue = Read();
   auto doc = catalogue->Item("mn1");
   auto regle = std::make_shared<CRegle>();
-  regle->Nom = "L2";
-  regle->Position_pixel_Y = 140;
+  regle->Nom = "L2", regle->Position_pixel_Y = 140;
   doc->Pages.Item("page_1")->Regles_H.Add(regle, "00002");
   AddField(doc, "L2_Prix", regle, Ruler(doc->Regles_V, "Prix"), 1);
   ASSERT_TRUE(Save(doc)) << LastMessage();
@@ -93,9 +89,9 @@ TEST_F(XmlWriterTest, RowsGoToTheMarkingWorksheetAndKeepItValid) {
 }
 
 TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnOrGoUnderTheirPage) {
-  // Row 2.1 has cells in columns 1 to 4 and 6: a PU cell goes between them.
-  // In row 1.2, whose cells carry no index, the cell of a column is found by
-  // counting; no cell is added. A deleted field loses only its own element.
+  // Row 2.1 has cells in columns 1 to 4 and 6: a PU cell goes between them;
+  // in row 1.2 (no indexes) the cell is found by counting. A deleted field
+  // loses only its own element.
   auto catalogue = Read();
   auto dqe = catalogue->Item("mn1");
   AddField(dqe, "2.1_PU", Ruler(dqe->Regles_H, "2.1"), Ruler(dqe->Regles_V, "PU"), 2);
@@ -103,10 +99,8 @@ TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnOrGoUnderTheirPage) 
   designation->Nom = "Désignation";
   AddField(dqe, "1.2_Désignation", Ruler(dqe->Regles_H, "1.2"), designation, 1);
   dqe->Champs.Item("1.2_PU")->SupprimerDuDocument("1.2_PU");
-  // Fields without rulers go under their page, every position written; TA1
-  // is rebuilt, not doubled; a recurrent one goes with the recurrent fields;
-  // one with rulers goes to the worksheet; a lower-case name with no place in
-  // the worksheet stays page-level.
+  // Fields without rulers go under their page (TA1 rebuilt, not doubled), a
+  // recurrent one with the recurrent fields, one with rulers to the worksheet.
   const auto add = [&](const std::string& nom, int16_t page, bool recurrent) {
     auto champ = AddField(dqe, nom, nullptr, nullptr, page);
     std::tie(champ->Position_pixel_Left, champ->Position_pixel_Right, champ->Position_pixel_Top,
@@ -131,36 +125,27 @@ TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnOrGoUnderTheirPage) 
 TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   auto catalogue = Read();
   auto dqe = catalogue->Item("mn1");
-  // The reader's recurrent field is written even when it is only in Champs;
-  // a worksheet field made recurrent is written to the list and its
-  // worksheet element stays (its name is still the document's; reading back
-  // takes the list's first); the data contract is never in the worksheet and
-  // takes the changed and added fields.
+  // A recurrent field only in Champs is written; a worksheet field made
+  // recurrent goes to the list too; the data contract takes changed and added fields.
   dqe->ChampsRecurrents = Collection<CChamp>();
   ASSERT_TRUE(dqe->Champs.Contains("NumMarché"));
   dqe->Champs.Item("1.1_Qté")->Recurrent(true);
   auto contract = dqe->champsDataContrat.Item("MontantTotal");
-  EXPECT_EQ(contract->valeur(), "12345,67");
-  contract->valeur("13000");
-  contract->IsOptional(true);
-  contract->Label("Total HT du lot");
+  contract->valeur("13000"), contract->IsOptional(true), contract->Label("Total HT du lot");
   auto added = AddField(dqe, "DelaiExecution", nullptr, nullptr, 1);
-  added->IsDataContrat(true);
-  added->valeur("6 mois");
+  added->IsDataContrat(true), added->valeur("6 mois");
   dqe->champsDataContrat.Add(added, added->Nom());
   ASSERT_TRUE(Save(dqe));
   ExpectSaved("recurrent_contract.xml");
   EXPECT_TRUE(Read()->Item("mn1")->Champs.Item("1.1_Qté")->Recurrent());
 
   // Without recurrent fields no list. A document without mn:DataContrat has
-  // no place for a new data-contract field: the save fails with its message
-  // and leaves the file as it was, rather than report success without it.
+  // no place for a new data-contract field: the save fails, file unchanged.
   dqe->Champs.Item("1.1_Qté")->Recurrent(false);
   dqe->Champs.Remove("NumMarché");
   auto bpu = catalogue->Item("mn2");
   auto loose = AddField(bpu, "Remise", nullptr, nullptr, 0);
-  loose->IsDataContrat(true);
-  bpu->champsDataContrat.Add(loose, "Remise");
+  loose->IsDataContrat(true), bpu->champsDataContrat.Add(loose, "Remise");
   ASSERT_TRUE(Save(dqe));
   const std::string before = Bytes();
   platform_->ClearMessages();
@@ -168,11 +153,8 @@ TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   EXPECT_EQ(Bytes(), before);
   EXPECT_TRUE(StartsWith(OnlyMessage(), "Sauvegarde annulée: ") && OnlyMessage().find("Remise") != std::string::npos)
       << OnlyMessage();
-  // Without the data-contract flag the same field is an ordinary one and is
-  // written as a page-level cell.
-  loose->IsDataContrat(false);
-  loose->Page = 1;
-  bpu->champsDataContrat.Remove("Remise");
+  // Without the data-contract flag it is written as a page-level cell.
+  loose->IsDataContrat(false), loose->Page = 1, bpu->champsDataContrat.Remove("Remise");
   ASSERT_TRUE(Save(bpu));
   ExpectSaved("no_recurrent.xml");
   EXPECT_TRUE(Read()->Item("mn2")->Champs.Contains("Remise"));
@@ -227,8 +209,7 @@ TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
   EXPECT_EQ(Bytes(), without_nump);
   dqe->Pages.Item("page_1")->Regles_H.Remove("09999");
   platform_->ClearMessages();
-  // The cells step cannot resume: its error reaches the caller, no message,
-  // no file written.
+  // An error of the cells step reaches the caller, no file written.
   platform_->SetFileBytes(kPath, original);
   AddField(dqe, "TA9", nullptr, nullptr, 7);  // no such mn:iPage
   EXPECT_EQ(test_util::ErrorNumberOf([&] { Save(dqe); }), 91);
