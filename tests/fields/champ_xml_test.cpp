@@ -30,16 +30,10 @@ class ChampXmlTest : public test_util::MemoryPlatformTest {
     regle_v_->Nom = "PU", regle_v_->Position_pixel_X = 1000, regle_v_->WidthChamp(150);
     regle_h_->Nom = "1.1", regle_h_->Position_pixel_Y = 500, regle_h_->hauteur_pixel = 40;
     regle_v_->oOwnerMandor(doc_), regle_h_->oOwnerMandor(doc_), champ_->oOwnerMandor(doc_);
-    champ_->Nom("1.1_PU");
-    champ_->Page = 2;
-    SetRulers(true, true);
-    Place(1000, 1150, 500, 540);
+    champ_->Nom("1.1_PU"), champ_->Page = 2, SetRulers(true, true), Place(1000, 1150, 500, 540);
     champ_->Imprimable(-1), champ_->Type_Champ(1), champ_->Décimales(2);
   }
-  void SetRulers(bool h, bool v) {
-    champ_->oRegleH(h ? regle_h_ : nullptr);
-    champ_->oRegleV(v ? regle_v_ : nullptr);
-  }
+  void SetRulers(bool h, bool v) { champ_->oRegleH(h ? regle_h_ : nullptr), champ_->oRegleV(v ? regle_v_ : nullptr); }
   void Place(float left, float right, float top, float bottom) {
     champ_->Position_pixel_Left = left, champ_->Position_pixel_Right = right;
     champ_->Position_pixel_Top = top, champ_->Position_pixel_Bottom = bottom;
@@ -72,12 +66,9 @@ TEST_F(ChampXmlTest, FieldElementIsRebuiltFromScratch) {
   // every one, with a decimal point.
   Place(1010, 1010 + 150, 502.5f, 502.5f + 30);
   Write("off its rulers", node);
-  platform_->SetLocale(Locale::Comma());
-  SetRulers(false, false);
-  Place(1000, 1150.25f, 500, 540);
+  platform_->SetLocale(Locale::Comma()), SetRulers(false, false), Place(1000, 1150.25f, 500, 540);
   Write("no rulers", node);
-  SetRulers(true, true);
-  Place(1000, 1150, 500, 540);
+  SetRulers(true, true), Place(1000, 1150, 500, 540);
   // Type 3 always carries its sub-type, others an anchoring type from 1 up.
   champ_->Type_Champ(3), champ_->Accrochage_V_Type(0);
   Write("type 3", node);

@@ -49,9 +49,8 @@ TEST_F(FontTest, LetAdjustsSizeColourAndAlignment) {
     EXPECT_EQ(font->Alignment() + (font->HasAlignment() ? "+" : ""), a.expected + std::string(a.expected[0] == '0' ? "" : "+"));
   }
   platform_->SetLocale(Locale::Comma());
-  font->Alignment("1,6");
+  EXPECT_EQ(ErrorNumberOf([&] { font->Alignment("1,6"); }) + ErrorNumberOf([&] { font->Alignment("1.6"); }), kTypeMismatch);
   EXPECT_EQ(font->Alignment(), "2");
-  EXPECT_EQ(ErrorNumberOf([&] { font->Alignment("1.6"); }), kTypeMismatch);
 }
 
 TEST_F(FontTest, LetEqualToInheritedValueResetsToUnset) {
@@ -76,8 +75,7 @@ TEST_F(FontTest, LetEqualToInheritedValueResetsToUnset) {
   font->Alignment("1");  // stored, but HasSet ignores alignment
   EXPECT_EQ(Overrides(*font) + (font->HasSet() ? " set" : ""), "a");
   // The inherited value follows the parent: 9 is now an override.
-  parent->Size(12);
-  font->Size(12);
+  parent->Size(12), font->Size(12);
   EXPECT_FALSE(font->HasSize());
   font->Size(9);
   EXPECT_EQ(std::to_string(font->Size()) + "/" + std::to_string(font->DefaultSize()), "9/12");
@@ -86,14 +84,11 @@ TEST_F(FontTest, LetEqualToInheritedValueResetsToUnset) {
 TEST_F(FontTest, ParentLoopDoesNotHang) {
   auto a = NewFont();
   auto b = NewFont(a);
-  a->ParentFont1 = b;
-  a->ParentFont2 = a;
+  a->ParentFont1 = b, a->ParentFont2 = a;
   EXPECT_EQ(a->Name() + std::to_string(b->DefaultSize()), "Arial9");
   a->Bold(true);  // within the loop a font inherits its own override: dropped
-  EXPECT_FALSE(a->HasBold());
-  EXPECT_FALSE(b->Bold());
-  a->ParentFont1 = nullptr;  // break the loop so that both are freed
-  a->ParentFont2 = nullptr;
+  EXPECT_FALSE(a->HasBold() || b->Bold());
+  a->ParentFont1 = nullptr, a->ParentFont2 = nullptr;  // break the loop so that both are freed
 }
 
 }  // namespace

@@ -77,9 +77,7 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
   Collection<Thing> c;
   std::vector<std::pair<std::string, std::string>> model;  // (name, key)
   auto place_of = [&](const std::string& key) -> long {
-    for (size_t i = 0; i < model.size(); ++i) {
-      if (!key.empty() && FoldCase(model[i].second) == FoldCase(key)) return static_cast<long>(i);
-    }
+    for (size_t i = 0; i < model.size(); ++i) if (!key.empty() && FoldCase(model[i].second) == FoldCase(key)) return i;
     return -1;
   };
   const std::vector<std::string> stems = {"champ", "Ligne", "élément", "ÉTÉ", "x"};
@@ -102,9 +100,7 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
     const std::string probe = UpperCase(stems[random() % stems.size()] + std::to_string(random() % 300));
     const long expected = place_of(probe);
     ASSERT_EQ(c.Contains(probe), expected >= 0) << probe;
-    if (expected >= 0) {
-      ASSERT_EQ(c.Item(probe)->name, model[static_cast<size_t>(expected)].first);
-    }
+    if (expected >= 0) { ASSERT_EQ(c.Item(probe)->name, model[static_cast<size_t>(expected)].first); }
   }
   Names expected;
   for (const auto& [name, key] : model) expected.push_back(name + ":" + key);

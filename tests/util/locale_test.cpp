@@ -53,8 +53,8 @@ class EnvironmentTest : public ::testing::Test {
 };
 
 TEST_F(EnvironmentTest, FirstSetVariableWinsAndNoRealLocaleMeansFrench) {
-  // Each step sets one variable and keeps the earlier ones; "" counts as
-  // unset, neutral and unknown names as no locale: French.
+  // Each step sets one variable and keeps the earlier ones; "", neutral and
+  // unknown names are no locale: French.
   const struct { const char* variable; const char* value; const char* separator; } steps[] = {
       {"LANG", "C", ","},   {"LANG", "POSIX", ","}, {"LANG", "C.UTF-8", ","}, {"LANG", "klingon", ","},
       {"LANG", "en_US.UTF-8", "."}, {"LC_NUMERIC", "de_DE.UTF-8", ","}, {"LC_ALL", "de_CH.UTF-8", "."},

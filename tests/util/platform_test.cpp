@@ -32,9 +32,7 @@ Lines ReadAll(Platform& p, const std::string& path) {
   // Rewound, the lines taken at once are those ReadLine gives one by one.
   file->Rewind();
   Lines taken;
-  if (!file->AtEnd()) {
-    for (std::string& line : file->ReadRemainingLines()) taken.push_back(std::move(line));
-  }
+  if (!file->AtEnd()) for (std::string& line : file->ReadRemainingLines()) taken.push_back(std::move(line));
   EXPECT_TRUE(taken == lines && file->AtEnd());
   return lines;
 }
@@ -83,8 +81,7 @@ void ExpectCommonBehaviour(Platform& p, const std::string& dir,
       {[&] { p.ListFolder(dir + "none"); }, kPathNotFound},
       {[&] { p.ListFolder(dir + "t"); }, kPathNotFound}};
   for (size_t i = 0; i < std::size(failures); ++i) EXPECT_EQ(ErrorNumberOf(failures[i].first), failures[i].second) << i;
-  // Listing: the files directly under the folder, sorted, with or without a
-  // final separator.
+  // Listing: the files directly under the folder, sorted, with or without a final separator.
   for (const char* name : {"b.xnf", "a.xnf", "C.cnf", "sub/inner"}) set_raw(dir + name, "");
   for (const std::string& folder : {dir, dir.substr(0, dir.size() - 1)}) {
     std::string names;

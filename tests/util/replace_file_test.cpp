@@ -100,12 +100,9 @@ TEST(ReplaceFileTest, MemoryPlatformModelsFailuresAndPowerLoss) {
 
   // Only what was committed (or set up) survives a power cut: a file
   // written in place or renamed unflushed comes back empty.
-  p.SetFileBytes("d/kept", "kept");
-  p.ReplaceFileBytes("d/committed", "committed");
-  p.WriteFileBytes("d/written", "written");
-  p.WriteFileBytes("d/renamed.tmp", "renamed");
-  p.RenameFile("d/renamed.tmp", "d/renamed");
-  p.CopyFile("d/kept", "d/copied");
+  p.SetFileBytes("d/kept", "kept"), p.ReplaceFileBytes("d/committed", "committed");
+  p.WriteFileBytes("d/written", "written"), p.WriteFileBytes("d/renamed.tmp", "renamed");
+  p.RenameFile("d/renamed.tmp", "d/renamed"), p.CopyFile("d/kept", "d/copied");
   p.SimulatePowerLoss();
   std::string after;
   for (const char* name : {"kept", "committed", "written", "renamed", "copied"}) {

@@ -42,18 +42,6 @@ TEST(TextTest, CharacterPositions) {
   }
 }
 
-TEST(TextTest, ReplaceTrimAndAffixes) {
-  // The replacement is not searched again; a lone byte, here or in an affix,
-  // does not cut a character. Only spaces are trimmed.
-  const std::pair<std::string, std::string> texts[] = {
-      {ReplaceAll("aaa", "aa", "b"), "ba"}, {ReplaceAll("x|y", "|", "||"), "x||y"}, {ReplaceAll("abc", "", "x"), "abc"},
-      {ReplaceAll("é\xA9", "\xA9", "!"), "é!"}, {LTrim("  a  ") + "|" + RTrim("  a  ") + "|" + Trim("    "), "a  |  a|"},
-      {Trim("\ta\xC2\xA0 "), "\ta\xC2\xA0"}};
-  for (const auto& [actual, expected] : texts) EXPECT_EQ(actual, expected);
-  EXPECT_TRUE(StartsWith("abc", "") && EndsWith("Prix_été", "été"));
-  EXPECT_FALSE(StartsWith("ab", "abc") || StartsWith("é", "\xC3") || EndsWith("é", "\xA9") || EndsWith("nf", ".xnf"));
-}
-
 TEST(TextTest, CaseMappingAndFolding) {
   const struct { std::string lower, upper; } pairs[] = {
       {"page_1 œuvre àâäçèêëîïôöùûüýÿ", "PAGE_1 ŒUVRE ÀÂÄÇÈÊËÎÏÔÖÙÛÜÝŸ"},

@@ -70,8 +70,7 @@ TEST_F(CatalogueSaveSafetyTest, WorksheetFieldFlaggedDataContractIsKeptAndRewrit
   for (const std::string extra : {"", "<mn:DataContrat/>"}) {
     SCOPED_TRACE(extra);
     auto field = Read(Catalogue(extra))->Item("mn1")->Champs.Item("L1_Qte");
-    field->IsDataContrat(true);
-    field->Formule("Qte*2");
+    field->IsDataContrat(true), field->Formule("Qte*2");
     ASSERT_TRUE(Save(field->oOwnerMandor())) << LastMessage();
     EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 1u) << Bytes();
     EXPECT_TRUE(Has("mn:Formula=\"Qte*2\"")) << "rewritten, not left stale";
@@ -88,8 +87,7 @@ TEST_F(CatalogueSaveSafetyTest, SecondElementOfTheSameNameIsNotRemoved) {
   EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 2u) << Bytes();
   EXPECT_TRUE(Has("mn:Dec=\"3\"") && Has(">12.5</Data>"));
   // A field deleted from the document loses all its elements of this document.
-  doc = ReadAgain();
-  doc->Champs.Remove("L1_Qte");
+  (doc = ReadAgain())->Champs.Remove("L1_Qte");
   ASSERT_TRUE(Save(doc));
   EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 0u) << Bytes();
 }
@@ -111,8 +109,7 @@ TEST_F(CatalogueSaveSafetyTest, SingleByteCataloguesKeepEveryCharacter) {
   for (const char* encoding : {"ISO-8859-1", "windows-1252"}) {
     SCOPED_TRACE(encoding);
     auto field = Read(Catalogue("", "", "Lot", encoding))->Item("mn1")->Champs.Item("L1_Qte");
-    field->Formule(formula);
-    field->SubName = sub_name;
+    field->Formule(formula), field->SubName = sub_name;
     ASSERT_TRUE(Save(field->oOwnerMandor())) << LastMessage();
     const std::string bytes = Bytes();
     EXPECT_EQ(bytes.find('?', bytes.find("mn:Formula")), bytes.find("?>", bytes.find("mn:Formula")))

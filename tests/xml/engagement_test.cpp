@@ -16,8 +16,7 @@ namespace {
 
 constexpr const char* kPath = "lots/lot3.xml";
 
-// A catalogue of the given images ("mn1:DQE", "mn2:AE", ...), with a worksheet
-// row that carries an mn:iRow of each.
+// A catalogue of the images ("mn1:DQE", ...), a worksheet row carrying an mn:iRow of each.
 std::string Catalogue(const std::vector<std::string>& images) {
   std::string xml, row;
   for (const std::string& image : images) {
@@ -90,10 +89,10 @@ TEST_F(EngagementTest, FailuresChangeNeitherTheCatalogueNorItsFile) {
   catalogue->Item("mn2")->Id = "mnX";
   EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, pdf_); }), 13);
   catalogue->Item("mn2")->Id = "mn2";
-  // An error of the image object reaches the caller.
+  // An error of the image object (more pages claimed than it has) reaches the caller.
   struct Broken : FixedImagePdf {
     using FixedImagePdf::FixedImagePdf;
-    int32_t PageCount() const override { return 2; }  // claims more pages than it has
+    int32_t PageCount() const override { return 2; }
   } broken("AE.pdf", {{1653, 2339, 200, 200}});
   EXPECT_EQ(test_util::ErrorNumberOf([&] { catalogue->XML_AddNewAE(act, broken); }), 9);
   EXPECT_EQ(catalogue->Count(), 2);

@@ -21,8 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSheet = "Lot 3 Électricité";
 
-// Converts file with soffice into dir/out, beside a log and a user profile
-// of its own; true when soffice succeeded.
+// Converts file with soffice into dir/out (own profile, log); true on success.
 bool Convert(const fs::path& dir, const fs::path& file, const std::string& format, const std::string& out) {
   const std::string command = "timeout 180 soffice -env:UserInstallation=file://" + (dir / "profile").string() +
                               " --headless --norestore --convert-to '" + format + "' --outdir '" +
@@ -42,8 +41,7 @@ TEST(LibreOfficeTest, SavedCatalogueOpensWithTheModelsRowsAndNames) {
   const fs::path dir = pattern, file = dir / "lot3.xml";
   const std::string log = (dir / "soffice.log").string();
   fs::copy_file(fs::path(MANDOR_TEST_DATA_DIR) / "xml" / "saved" / "new_row.xml", file);
-  // Every sheet as UTF-8 CSV: the rows and cell texts the model wrote, each
-  // cell in the column its "ss:Index" gives (older versions write the first sheet only).
+  // Every sheet as UTF-8 CSV: the rows and cell texts, each cell in its column.
   const std::string utf8_csv = "csv:Text - txt - csv (StarCalc):44,34,76,1,,0,false,true,false,false,false,-1";
   ASSERT_TRUE(Convert(dir, file, utf8_csv, "csv")) << test_util::ReadBytes(log);
   fs::path marking_csv = dir / "csv" / (std::string("lot3-") + kSheet + ".csv");

@@ -55,7 +55,7 @@ TEST_F(XmlReaderTest, TenderDocuments) {
 }
 
 TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
-  // Unloadable files: nothing returned, no message.
+  // Unloadable files: nothing returned, no message, nothing changed.
   auto fresh = std::make_shared<cMarquage>();
   fresh->FullPath("lots/previous.xml");
   platform_->SetFileBytes("lots/broken.xml", "<Workbook><mn:MANDOR></Workbook>");

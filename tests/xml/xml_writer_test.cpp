@@ -62,8 +62,7 @@ TEST_F(XmlWriterTest, NewHorizontalRulerGetsARowAndNames) {
   std::tie(regle->Nom, regle->Id, regle->TypeLigne, regle->Position_pixel_Y, regle->hauteur_pixel, regle->Level) =
       std::make_tuple("1.3", "00009", "Article", 640.f, 40.f, 2);
   regle->oOwnerMandor(dqe), regle->Page(page), regle->Italic(true);
-  page->Regles_H.Add(regle, regle->Id);
-  dqe->Regles_H.Add(regle, regle->Id);
+  page->Regles_H.Add(regle, regle->Id), dqe->Regles_H.Add(regle, regle->Id);
   auto champ = AddField(dqe, "1.3_PU", regle, Ruler(dqe->Regles_V, "PU"), 1);
   std::tie(champ->Position_pixel_Left, champ->Position_pixel_Right, champ->Position_pixel_Top,
            champ->Position_pixel_Bottom) = std::make_tuple(1180.5f, 1180.5f + 160, 640.f, 680.f);
@@ -96,8 +95,7 @@ TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnOrGoUnderTheirPage) 
   auto dqe = catalogue->Item("mn1");
   AddField(dqe, "2.1_PU", Ruler(dqe->Regles_H, "2.1"), Ruler(dqe->Regles_V, "PU"), 2);
   auto designation = std::make_shared<CRegle>();
-  designation->Nom = "Désignation";
-  AddField(dqe, "1.2_Désignation", Ruler(dqe->Regles_H, "1.2"), designation, 1);
+  designation->Nom = "Désignation", AddField(dqe, "1.2_Désignation", Ruler(dqe->Regles_H, "1.2"), designation, 1);
   dqe->Champs.Item("1.2_PU")->SupprimerDuDocument("1.2_PU");
   // Fields without rulers go under their page (TA1 rebuilt, not doubled), a
   // recurrent one with the recurrent fields, one with rulers to the worksheet.
@@ -108,18 +106,13 @@ TEST_F(XmlWriterTest, FieldsFindOrInsertTheCellOfTheirColumnOrGoUnderTheirPage) 
     champ->Recurrent(recurrent);
     return champ;
   };
-  add("TA12", 1, false);
-  add("TD", 2, false);
-  add("TB7", 5, true);
+  add("TA12", 1, false), add("TD", 2, false), add("TB7", 5, true), add("ta3", 1, false);
   auto worksheet_field = add("TA1X", 1, false);
-  worksheet_field->oRegleH(Ruler(dqe->Regles_H, "1.1"));
-  worksheet_field->oRegleV(Ruler(dqe->Regles_V, "Montant"));
-  add("ta3", 1, false);
+  worksheet_field->oRegleH(Ruler(dqe->Regles_H, "1.1")), worksheet_field->oRegleV(Ruler(dqe->Regles_V, "Montant"));
   ASSERT_TRUE(Save(dqe)) << LastMessage();
   ExpectSaved("cells.xml");
   auto reread = Read();
-  EXPECT_FALSE(reread->Item("mn1")->Champs.Contains("1.2_PU"));
-  EXPECT_TRUE(reread->Item("mn2")->Champs.Contains("1.2_PU"));
+  EXPECT_TRUE(!reread->Item("mn1")->Champs.Contains("1.2_PU") && reread->Item("mn2")->Champs.Contains("1.2_PU"));
 }
 
 TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
@@ -175,9 +168,8 @@ TEST_F(XmlWriterTest, ManyFieldsInOneCellAreRebuiltOnceEach) {
                                 "<Row><mn:iRow mn:ID=\"mn1\" mn:Name=\"L1\" mn:Page=\"1\"/><Cell>" + cell +
                                     "</Cell></Row>"));
   auto catalogue = Read();
-  auto doc = catalogue->Item("mn1");
-  ASSERT_EQ(doc->Champs.Count(), kFields);
-  ASSERT_TRUE(Save(doc));
+  ASSERT_EQ(catalogue->Item("mn1")->Champs.Count(), kFields);
+  ASSERT_TRUE(Save(catalogue->Item("mn1")));
   auto catalogue_again = Read();
   auto again = catalogue_again->Item("mn1");
   ASSERT_EQ(again->Champs.Count(), kFields);
@@ -202,8 +194,7 @@ TEST_F(XmlWriterTest, FailuresLeaveTheFileAsItWas) {
   ASSERT_NE(without_nump, original);
   platform_->SetFileBytes(kPath, without_nump);
   auto regle = std::make_shared<CRegle>();
-  regle->Nom = "9.9";
-  dqe->Pages.Item("page_1")->Regles_H.Add(regle, "09999");
+  regle->Nom = "9.9", dqe->Pages.Item("page_1")->Regles_H.Add(regle, "09999");
   EXPECT_FALSE(Save(dqe));
   EXPECT_TRUE(StartsWith(OnlyMessage(), "Sauvegarde annulée: ")) << OnlyMessage();
   EXPECT_EQ(Bytes(), without_nump);
