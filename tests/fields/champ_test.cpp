@@ -24,15 +24,12 @@ class ChampTest : public test_util::MemoryPlatformTest {
   // A ruler of the document named nom, kept under key (nom when key is nullptr).
   std::shared_ptr<CRegle> AddRegle(Collection<CRegle>& rulers, const std::string& nom, const char* key = nullptr) {
     auto regle = std::make_shared<CRegle>();
-    regle->Nom = nom;
-    regle->oOwnerMandor(doc_);
-    rulers.Add(regle, key ? std::string(key) : nom);
+    regle->Nom = nom, regle->oOwnerMandor(doc_), rulers.Add(regle, key ? std::string(key) : nom);
     return regle;
   }
   std::shared_ptr<CPage> AddPage(const std::string& key) {
     auto page = std::make_shared<CPage>();
-    page->oOwnerMandor = doc_;
-    doc_->Pages.Add(page, key);
+    page->oOwnerMandor = doc_, doc_->Pages.Add(page, key);
     return page;
   }
   std::shared_ptr<CChamp> NewField(const std::string& nom = "") {
@@ -42,7 +39,6 @@ class ChampTest : public test_util::MemoryPlatformTest {
     return champ;
   }
   void SetLocale(bool comma) { platform_->SetLocale(comma ? Locale::Comma() : Locale::Point()); }
-
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
 };
 

@@ -1,6 +1,5 @@
-// A field written into the XML catalogue (CChamp::MajXmlNodeFromChampProperties
-// and MajXmlNodeDataContratFromChampProperties): each step's element is
-// compared with tests/data/xml/champ_xml_<test>.txt.
+// A field written into the XML catalogue, each step's element compared with
+// tests/data/xml/champ_xml_<test>.txt.
 
 #include <memory>
 #include <string>
@@ -40,13 +39,11 @@ class ChampXmlTest : public test_util::MemoryPlatformTest {
   }
   pugi::xml_node Cell() { return xml_.child("Workbook").child("Cell"); }
   pugi::xml_node Contract() { return xml_.child("Workbook").child("mn:DataContrat").child("mn:iCell"); }
-  // Writes the field into node (the worksheet or the data-contract form) and
-  // adds shown, as it then stands, to the transcript.
+  // Writes the field into node (worksheet or data-contract form); shown goes to the transcript.
   void Write(const std::string& label, pugi::xml_node& node, bool contract = false, pugi::xml_node shown = {}) {
     contract ? champ_->MajXmlNodeDataContratFromChampProperties(node) : champ_->MajXmlNodeFromChampProperties(node);
     transcript_ += "== " + label + "\n" + xml_test::Serialized(shown ? shown : node) + "\n";
   }
-
   std::string transcript_;
   pugi::xml_document xml_;
   std::shared_ptr<Mandor> doc_ = std::make_shared<Mandor>();
@@ -78,7 +75,6 @@ TEST_F(ChampXmlTest, FieldElementIsRebuiltFromScratch) {
   champ_->Accrochage_H_Type = 1, champ_->ChampRecurrentDeRef("NumMarché"), champ_->Bold(true);
   Write("every attribute", node);
   test_util::ExpectDescribedAs(transcript_, "xml/champ_xml_field.txt");
-
   // Nothing to replace, or no document to take the Id from: an error for the caller.
   pugi::xml_node none, orphan_node = Cell().append_child("mn:iCell");
   EXPECT_EQ(ErrorNumberOf([&] { champ_->MajXmlNodeFromChampProperties(none); }), 91);
@@ -90,9 +86,8 @@ TEST_F(ChampXmlTest, DataContractElementIsUpdatedInPlace) {
   champ_->Groupe("Offre"), champ_->ToReport("AE");
   SetRulers(false, true);  // data-contract fields are read without horizontal ruler
   pugi::xml_node node = Contract();
-  // Unknown attributes stay; on its column no X; without horizontal ruler H,
-  // Y and W; the document's decimals and a cleared formula go; no value yet:
-  // the stored one stays.
+  // Unknown attributes stay; on its column no X; without horizontal ruler H, Y
+  // and W; the document's decimals and a cleared formula go; no value: kept.
   Write("first", node, true);
   EXPECT_EQ(node, Contract());
   // A formula is written while the value is a number or empty.
@@ -114,7 +109,6 @@ TEST_F(ChampXmlTest, DataContractElementIsUpdatedInPlace) {
   champ_->Font(nullptr), regle_v_->Underligne(true);
   Write("column's font", node, true);
   test_util::ExpectDescribedAs(transcript_, "xml/champ_xml_contract.txt");
-
   pugi::xml_node none;
   EXPECT_EQ(ErrorNumberOf([&] { champ_->MajXmlNodeDataContratFromChampProperties(none); }), 91);
 }

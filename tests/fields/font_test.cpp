@@ -38,7 +38,6 @@ TEST_F(FontTest, LetAdjustsSizeColourAndAlignment) {
   for (const auto& [let, get] : {std::pair{100, 72}, {-5, 4}}) EXPECT_EQ((font->Size(let), font->Size()), get);
   font->BackColor(1), font->Color(255), font->Color(-7);  // 1 means black; a negative colour is no override
   EXPECT_EQ(std::to_string(font->BackColor() + font->Color()) + Overrides(*font), "0zk");
-
   // Alignment texts are rounded half to even and keep three bits; 8 AND 7 is
   // the default left alignment, so no override.
   const struct { const char* let; const char* expected; int error; } aligns[] = {

@@ -34,20 +34,17 @@ TEST_F(FontXmlTest, WritesOnlyWhatDiffers) {
   // No override: the old record goes and no new one comes.
   EXPECT_FALSE(font.GetXmlFontFromFontClass(cell));
   EXPECT_EQ(Serialized(cell), "<mn:iCell mn:Name=\"L1_PU\"><a/><b/></mn:iCell>");
-
   font.Name("Verdana"), font.Size(11), font.Color(255), font.BackColor(4080);
   font.Transparent(false), font.Bold(false), font.Underline(true), font.Alignment("1");
   EXPECT_EQ(Serialized(font.GetXmlFontFromFontClass(cell)),
             "<mn:iFont mn:Name=\"Verdana\" mn:Size=\"11\" mn:Color=\"255\" mn:BackColor=\"4080\" mn:B=\"0\""
             " mn:U=\"1\" mn:Alignment=\"1\"/>");
-
   // Writing again replaces the record where it stands.
   cell.append_child("c");
   font.Transparent(true), font.Size(9);
   font.GetXmlFontFromFontClass(cell);
   EXPECT_EQ(Serialized(cell), "<mn:iCell mn:Name=\"L1_PU\"><a/><b/><mn:iFont mn:Name=\"Verdana\" mn:Color=\"255\""
                               " mn:BackColor=\"-4080\" mn:B=\"0\" mn:U=\"1\" mn:Alignment=\"1\"/><c/></mn:iCell>");
-
   // Only the transparency differs: "-1" when transparent.
   auto opaque_parent = std::make_shared<CFont>();
   opaque_parent->Transparent(false);

@@ -39,15 +39,13 @@ TEST_F(FctUtilTest, EscapesAndCharacterRemoval) {
 }
 
 TEST_F(FctUtilTest, ReadSectionAndFindValue) {
-  auto f = FileWith(
-      "[Constantes]\r\nA=1\r\n[Calage]\r\nX1_pixel=10\r\n\r\nX1=5\r\n  [Pages]\r\nNb=2\r\n");
+  auto f = FileWith("[Constantes]\r\nA=1\r\n[Calage]\r\nX1_pixel=10\r\n\r\nX1=5\r\n  [Pages]\r\nNb=2\r\n");
   const StringArray calage = ReadSection(*f, "[Calage]");
   EXPECT_EQ(calage, (StringArray{"", "X1_pixel=10", "", "X1=5"}));
   EXPECT_EQ(ReadSection(*f, "[Constantes]"), (StringArray{"", "A=1"})) << "rewinds first";
   EXPECT_TRUE(ReadSection(*f, "[Pages]").empty()) << "the header must start the line";
   auto last = FileWith("A=1\r\n[Fin]\r\n");  // a header on the last line reads past the end
   EXPECT_EQ(ErrorNumberOf([&] { ReadSection(*last, "[Fin]"); }), kInputPastEndOfFile);
-
   // FindValue takes the first line whose key starts with the name.
   EXPECT_EQ(FindValue(calage, " x1_PIXEL ") + "|" + FindValue(calage, "X1") + "|" + FindValue(calage, "Y1") + "|" +
                 FindValue(StringArray{"", "Nom= a = b "}, "Nom"), "10|10|| a = b ");
@@ -55,8 +53,7 @@ TEST_F(FctUtilTest, ReadSectionAndFindValue) {
 }
 
 TEST_F(FctUtilTest, DecimalSeparatorRoutinesFollowTheLocalesNumberText) {
-  // The locale uses a comma when its text of 0.15 holds one: a separator
-  // such as " ," counts as a comma, every reader and writer sees the same.
+  // The locale uses a comma when its text of 0.15 holds one (" ," too).
   const struct { const char* separator; bool comma; const char* local; const char* file; } cases[] = {
       {",", true, "1,5", "1.5"}, {".", false, "1.5", "1,5"}, {" ,", true, "1,5", "1.5"}};
   for (const auto& c : cases) {

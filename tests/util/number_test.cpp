@@ -39,9 +39,7 @@ TEST(NumberTest, IsNumericFollowsTheLocale) {
       {kComma, true, {" 12 ", "+0,5", ",5", "5,", "1 234,56", "1\xC2\xA0" "234", "1,5E+3", "2d-2", "&o17", "\t7\r\n"}},
       {kComma, false, {"", ",", "+,", "1.5", "1,2,3", "1  234", "12a", "1E+", "--1", "(1)", "&HG", "&H123456789", "1E400"}},
       {kPoint, true, {".5", "1,234.5", "-1.5e-3"}}, {kPoint, false, {",1", "1,,2", "1 234", "1.2.3", "."}}};
-  for (const auto& c : cases) {
-    for (const char* s : c.texts) EXPECT_EQ(IsNumericText(s, c.l), c.numeric) << s;
-  }
+  for (const auto& c : cases) for (const char* s : c.texts) EXPECT_EQ(IsNumericText(s, c.l), c.numeric) << s;
 }
 
 TEST(NumberTest, ParseNumberAndToDouble) {
@@ -52,9 +50,8 @@ TEST(NumberTest, ParseNumberAndToDouble) {
   for (const auto& c : cases) EXPECT_EQ(ParseNumber(c.s, c.l), c.v) << c.s;
   EXPECT_EQ(ToDouble(" 2,54 ", kComma), 2.54);
   for (const auto& [text, error] : {std::pair{"", kTypeMismatch}, {"2.54", kTypeMismatch}, {"1E400", kOverflow},
-                                    {"1E999999999999999999999", kOverflow}}) {
+                                    {"1E999999999999999999999", kOverflow}})
     EXPECT_EQ(ErrorNumberOf([&] { ToDouble(text, kComma); }), error) << text;
-  }
 }
 
 // Plain numbers take a shortcut (one division); they must read exactly as

@@ -1,6 +1,5 @@
-// The two platforms: the system one on a temporary folder and the in-memory
-// one, which the other tests run on. What they share is checked on both by
-// one function; each one's own behaviours follow.
+// The system platform on a temporary folder and the in-memory one the other
+// tests run on: what they share is checked on both by one function.
 #include "mandor/util/platform.h"
 
 #include <gtest/gtest.h>
@@ -51,9 +50,8 @@ void ExpectCommonBehaviour(Platform& p, const std::string& dir,
   EXPECT_EQ(ReadAll(p, dir + "doc.xnf"), (Lines{"é€Œ", "", "?\x7F\u00FF"}));
   p.OpenTextFile(dir + "doc.xnf", OpenMode::kOutput)->WriteLine("short");
   EXPECT_EQ(raw(dir + "doc.xnf"), "short\r\n");  // output truncates
-  // A file with CR LF ends its lines there only: a lone LF or CR belongs to
-  // its line (a value holding one is not split). A file without CR LF ends
-  // its lines at LF. An empty line between two line ends counts.
+  // A file with CR LF ends its lines there only (a lone LF or CR belongs to
+  // its line); a file without CR LF ends them at LF.
   const struct { std::string bytes; Lines lines; } cases[] = {
       {"one\ntwo\r\nthree", {"one\ntwo", "three"}}, {"a\r\n", {"a"}}, {"", {}}, {"\r\n", {""}},
       {"a\r\n\nb\rc\r\n\r\n", {"a", "\nb\rc", ""}}, {"one\ntwo\n\nthree", {"one", "two", "", "three"}},
@@ -63,7 +61,6 @@ void ExpectCommonBehaviour(Platform& p, const std::string& dir,
     EXPECT_EQ(ReadAll(p, dir + "in.cnf"), c.lines) << c.bytes;
   }
   EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile(dir + "none", OpenMode::kInput); }), kFileNotFound);
-
   // Copy and rename replace their target; folders are not files; the missing fail.
   for (const char* name : {"a", "b", "t"}) set_raw(dir + name, name);
   EXPECT_TRUE(p.FileExists(dir + "a") && !p.FileExists(dir + "sub"));
@@ -114,8 +111,7 @@ TEST(SystemPlatformTest, FilesMessagesAndRandom) {
     EXPECT_EQ(ErrorNumberOf([&] { full->WriteLine("x"), full->Close(); }), kPathFileAccessError);
   }
   fs::remove_all(dir);
-  // A question never waits for a terminal: the answer is "no".
-  EXPECT_FALSE(platform.AskYesNo("Écraser ?", "Mandor"));
+  EXPECT_FALSE(platform.AskYesNo("Écraser ?", "Mandor")) << "a question never waits for a terminal";
 }
 
 TEST(MemoryPlatformTest, FilesAsOnDisk) {
@@ -124,12 +120,9 @@ TEST(MemoryPlatformTest, FilesAsOnDisk) {
   ExpectCommonBehaviour(
       p, "d/", [&](const std::string& path) { return p.FileBytes(path).value_or("<missing>"); },
       [&](const std::string& path, const std::string& bytes) { p.SetFileBytes(path, bytes); });
-
-  // Read-only files refuse writes and are deleted too; a prefix is no folder.
+  // Read-only files refuse writes; a prefix is no folder.
   p.SetReadOnly("d/t");
   EXPECT_EQ(ErrorNumberOf([&] { p.OpenTextFile("d/t", OpenMode::kOutput); }), kPathFileAccessError);
-  p.DeleteFile("d/t");
-  EXPECT_FALSE(p.FileExists("d/t"));
   EXPECT_EQ(ErrorNumberOf([&] { p.ListFolder("d/su"); }), kPathNotFound);
 }
 

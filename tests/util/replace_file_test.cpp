@@ -1,7 +1,6 @@
-// Platform::ReplaceFile and its parts (CreateTemporaryFile, CommitFile) on
-// the real file system and on the in-memory one: the target is replaced
-// whole or not at all, the temporary file never takes a user's file, and
-// what was committed survives a power cut.
+// Platform::ReplaceFile on both platforms: the target is replaced whole or not
+// at all, the temporary file never takes a user's file, and what was
+// committed survives a power cut.
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -43,7 +42,6 @@ void ExpectSafeReplacement(Platform& p, const std::string& dir,
     EXPECT_EQ(raw(name), "taken");
     p.DeleteFile(name);
   }
-
   // A new file, then a replacement; the user's own ".tmp" stays.
   set_raw(target + ".tmp", "mine");
   p.ReplaceFileBytes(target, "first");
@@ -52,7 +50,6 @@ void ExpectSafeReplacement(Platform& p, const std::string& dir,
     EXPECT_EQ(raw(target), "first") << "replaced only once complete";
   });
   EXPECT_EQ(raw(target) + raw(target + ".tmp"), "second\r\nmine");
-
   // A write that fails leaves the target and no temporary file; committing
   // what does not exist fails and changes nothing.
   const std::set<std::string> before = paths();
@@ -97,9 +94,8 @@ TEST(ReplaceFileTest, MemoryPlatformModelsFailuresAndPowerLoss) {
         const std::vector<std::string> all = p.Paths();
         return std::set<std::string>(all.begin(), all.end());
       });
-
-  // Only what was committed (or set up) survives a power cut: a file
-  // written in place or renamed unflushed comes back empty.
+  // Only what was committed survives a power cut: a file written in place or
+  // renamed unflushed comes back empty.
   p.SetFileBytes("d/kept", "kept"), p.ReplaceFileBytes("d/committed", "committed");
   p.WriteFileBytes("d/written", "written"), p.WriteFileBytes("d/renamed.tmp", "renamed");
   p.RenameFile("d/renamed.tmp", "d/renamed"), p.CopyFile("d/kept", "d/copied");
@@ -109,7 +105,6 @@ TEST(ReplaceFileTest, MemoryPlatformModelsFailuresAndPowerLoss) {
     after += name + std::string("=") + p.FileBytes(std::string("d/") + name).value_or("<missing>") + " ";
   }
   EXPECT_EQ(after, "kept=kept committed=committed written= renamed= copied= ");
-
   // A flush or a rename that fails leaves the target and no temporary file.
   const size_t commits = p.CommitCount();
   using Op = MemoryPlatform::Operation;

@@ -70,13 +70,11 @@ TEST(TextTest, MalformedTextIsSplitAlikeByEveryRoutine) {
     SCOPED_TRACE(testing::PrintToString(s));
     const long n = static_cast<long>(CharLength(s));
     for (long k = 0; k <= n + 1; ++k) {
-      // Splitting anywhere and joining gives the text back.
       EXPECT_EQ(Left(s, k) + Mid(s, k + 1), s) << k;
       EXPECT_EQ(Left(s, k) + Right(s, n > k ? n - k : 0), s) << k;
       EXPECT_EQ(CharLength(Left(s, k)), static_cast<size_t>(std::min(k, n)));
     }
-    // The shared decoder cuts the text into the characters Mid sees, a
-    // malformed byte being one; re-encoding what it decodes gives the text back.
+    // The decoder cuts the characters Mid sees (a malformed byte is one); re-encoded, the text comes back.
     std::string again;
     long index = 1;
     for (size_t i = 0; i < s.size(); ++index) {

@@ -1,7 +1,6 @@
-// A catalogue save that reports success has written every field the
-// document holds, removed only the fields it no longer holds, and left
-// alone what the read did not see; one that cannot keep a field fails
-// visibly and leaves the file as it was.
+// A catalogue save that reports success has written every field, removed only
+// deleted ones and left alone what the read did not see; one that cannot keep
+// a field fails visibly and leaves the file as it was.
 
 #include <gtest/gtest.h>
 
@@ -41,13 +40,11 @@ size_t Occurrences(std::string_view text, std::string_view what) {
 
 class CatalogueSaveSafetyTest : public xml_test::CatalogueFixture {
  protected:
-  // The catalogue read last is kept: its documents hold it only weakly.
   std::shared_ptr<cMarquage> Read(const std::string& bytes) { return kept_ = CatalogueFixture::Read(kPath, &bytes); }
   std::shared_ptr<Mandor> ReadAgain() { return (kept_ = CatalogueFixture::Read(kPath))->Item("mn1"); }
   static bool Save(std::shared_ptr<Mandor> doc) { return doc->SauvegarderMarquageXml(doc); }
   std::string Bytes() const { return CatalogueFixture::Bytes(kPath); }
   bool Has(std::string_view what) const { return Bytes().find(what) != std::string::npos; }
-  // Saves doc, which must succeed, then expects a second save to write the same bytes.
   void ExpectSavedTwiceAlike(const std::shared_ptr<Mandor>& doc) {
     ASSERT_TRUE(Save(doc)) << LastMessage();
     const std::string once = Bytes();

@@ -46,7 +46,6 @@ class EngagementTest : public xml_test::CatalogueFixture {
     }
     return images;
   }
-
   FixedImagePdf pdf_{"AE Lot5.pdf", {{1653, 2339, 200, 200}, {2480.5, 3508, 300, 301}, {1700, 2200, 150, 150}}};
 };
 

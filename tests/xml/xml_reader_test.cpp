@@ -39,7 +39,6 @@ TEST_F(XmlReaderTest, TenderDocuments) {
   EXPECT_EQ(catalogue->Name() + "|" + catalogue->Path() + "|" + catalogue->File(), "Électricité|lots/|tender.xml");
   ASSERT_EQ(catalogue->Count(), 3);
   test_util::ExpectDescribedAs(Describe(*catalogue), "xml/tender.described.txt");
-
   const auto dqe = catalogue->Item("mn1");
   // Fields and rulers are shared objects, not copies; documents do not share them.
   const auto l1_qte = dqe->Champs.Item("L1_Qté");
@@ -48,8 +47,7 @@ TEST_F(XmlReaderTest, TenderDocuments) {
   EXPECT_EQ(dqe->Pages.Item(1)->Regles_H.Item("00002"), dqe->Regles_H.Item("00002"));
   EXPECT_EQ(catalogue->Item("mn3")->Champs.Item("SIRET"), catalogue->Item("mn3")->champsDataContrat.Item("SIRET"));
   EXPECT_NE(catalogue->Item("mn2")->Champs.Item("L1_PU"), dqe->Champs.Item("L1_PU"));
-  // Fonts inherit along the chain: a later change shows through.
-  catalogue->Font->Size(12);
+  catalogue->Font->Size(12);  // fonts inherit along the chain: a later change shows through
   EXPECT_EQ(catalogue->Item("mn2")->Font()->Size(), 12);
   EXPECT_EQ(dqe->Font()->Size(), 11);
 }
@@ -62,7 +60,6 @@ TEST_F(XmlReaderTest, FailedReadsChangeNothing) {
   for (const char* path : {"lots/missing.xml", "lots/broken.xml"}) EXPECT_EQ(fresh->XML_ReadCNF(path), nullptr);
   EXPECT_EQ(fresh->FullPath() + "|" + fresh->Name(), "lots/previous.xml|previous");
   EXPECT_TRUE(fresh->Count() == 0 && !fresh->Font && platform_->messages().empty());
-
   // A malformed header after a good image throws, the loaded catalogue unchanged.
   auto catalogue = Read("lots/tender.xml");
   const auto font = catalogue->Font;
@@ -85,7 +82,6 @@ TEST_F(XmlReaderTest, RowAndCellEdgeCases) {
     test_util::ExpectDescribedAs(Describe(*ReadBytes(Workbook(Image(""), DataFile(name + ".rows.xml")))),
                                  "xml/" + name + ".described.txt");
   }
-
   // A bad column (B) stops the columns, with a message; the rest is read.
   const auto document = ReadBytes(Workbook(DataFile("bad_columns.image.xml"), ""))->Item(1);
   EXPECT_EQ(std::to_string(document->Regles_V.Count()) + "/" + std::to_string(document->Pages.Count()), "1/1");

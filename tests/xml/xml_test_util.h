@@ -1,6 +1,5 @@
-// Helpers shared by the catalogue tests: data files, rulers and fields built
-// by hand, the one-text description of catalogues, and a fixture holding
-// catalogue files on an in-memory platform.
+// Helpers of the catalogue tests: data files, hand-built rulers and fields,
+// catalogue descriptions, and a fixture holding catalogue files in memory.
 #ifndef MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 #define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 
@@ -69,7 +68,6 @@ inline std::string Describe(const cMarquage& catalogue) {
 // An in-memory platform holding catalogue files.
 class CatalogueFixture : public test_util::MemoryPlatformTest {
  protected:
-  // Reads the catalogue at path (after storing bytes there, when given).
   std::shared_ptr<cMarquage> Read(const std::string& path, const std::string* bytes = nullptr) {
     if (bytes) platform_->SetFileBytes(path, *bytes);
     auto catalogue = std::make_shared<cMarquage>();

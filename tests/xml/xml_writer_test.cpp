@@ -131,7 +131,6 @@ TEST_F(XmlWriterTest, RecurrentAndDataContractFieldsAreRebuilt) {
   ASSERT_TRUE(Save(dqe));
   ExpectSaved("recurrent_contract.xml");
   EXPECT_TRUE(Read()->Item("mn1")->Champs.Item("1.1_Qté")->Recurrent());
-
   // Without recurrent fields no list. A document without mn:DataContrat has
   // no place for a new data-contract field: the save fails, file unchanged.
   dqe->Champs.Item("1.1_Qté")->Recurrent(false);
