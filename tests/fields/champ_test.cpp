@@ -58,8 +58,7 @@ TEST_F(ChampTest, NomSplitsAtTheUnderscoresAndAnchorsTheFirstPartAsVerticalRuler
   EXPECT_EQ(lower->oRegleV(), nullptr);
   lower->oRegleV(v_b), lower->Nom("plain");
   EXPECT_EQ(lower->NomRegleH() + "|" + lower->NomRegleV() + (lower->oRegleV() == v_b ? "|kept" : ""), "a|B|kept");
-  // The last match wins.
-  auto second = AddRegle(doc_->Regles_V, "A", "");
+  auto second = AddRegle(doc_->Regles_V, "A", "");  // the last match wins
   EXPECT_EQ(NewField("A_X")->oRegleV(), second);
 }
 

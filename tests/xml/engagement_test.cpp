@@ -41,7 +41,8 @@ class EngagementTest : public xml_test::CatalogueFixture {
   // The mn:ID and mn:Devise of each saved image, in order.
   std::string SavedImages() const {
     std::string images;
-    for (const auto& image : XmlSelectNodes(Saved(kPath)->document(), "Workbook/mn:MANDOR/mn:Image")) {
+    const auto saved = Saved(kPath);  // alive while its nodes are read
+    for (const auto& image : XmlSelectNodes(saved->document(), "Workbook/mn:MANDOR/mn:Image")) {
       images += std::string(image.attribute("mn:ID").value()) + "=" + image.attribute("mn:Devise").value() + " ";
     }
     return images;
