@@ -19,9 +19,7 @@ namespace mandor::test_util {
 inline int ErrorNumberOf(const std::function<void()>& f) {
   try {
     f();
-  } catch (const Error& e) {
-    return e.number();
-  }
+  } catch (const Error& e) { return e.number(); }
   return 0;
 }
 
@@ -31,9 +29,7 @@ inline std::string ReadBytes(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-inline void WriteBytes(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
+inline void WriteBytes(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
 // The bytes of tests/data/<name>.
 inline std::string DataFile(const std::string& name) {
@@ -42,14 +38,11 @@ inline std::string DataFile(const std::string& name) {
   return ReadBytes(path);
 }
 
-// Expects `actual` to equal tests/data/<data_file>. With MANDOR_UPDATE_DESCRIBED=1
-// in the environment the file is rewritten instead: review its diff before
-// committing it.
+// Expects `actual` to equal tests/data/<data_file>; with MANDOR_UPDATE_DESCRIBED=1
+// the file is rewritten instead (review its diff before committing it).
 inline void ExpectDescribedAs(const std::string& actual, const std::string& data_file) {
   const char* update = std::getenv("MANDOR_UPDATE_DESCRIBED");
-  if (update && std::string(update) == "1") {
-    return WriteBytes(std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file, actual);
-  }
+  if (update && std::string(update) == "1") return WriteBytes(std::string(MANDOR_TEST_DATA_DIR) + "/" + data_file, actual);
   EXPECT_EQ(actual, DataFile(data_file)) << data_file;
 }
 

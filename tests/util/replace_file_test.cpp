@@ -1,10 +1,8 @@
-// Platform::ReplaceFile and its parts (CreateTemporaryFile, CommitFile) on
-// the real file system and on the in-memory one: the target is replaced
-// whole or not at all, the temporary file never takes a user's file, and
-// what was committed survives a power cut.
+// Platform::ReplaceFile on both platforms: the target is replaced whole or not
+// at all, the temporary file never takes a user's file, and what was
+// committed survives a power cut.
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -31,13 +29,12 @@ void ExpectSafeReplacement(Platform& p, const std::string& dir,
                            const std::function<void(const std::string&, const std::string&)>& set_raw,
                            const std::function<std::set<std::string>()>& paths) {
   const std::string target = dir + "lot.xml";
-  // Temporary files: beside the target, ending in ".tmp", a new name each
-  // time, created empty; a file of the chosen name is never opened.
+  // Temporary files: beside the target, a new empty one each time; a file
+  // of the chosen name is never opened.
   std::set<std::string> names;
   for (int i = 0; i < 20; ++i) {
     const std::string temporary = p.CreateTemporaryFile(target);
-    EXPECT_TRUE(temporary.starts_with(target + ".~") && temporary.ends_with(".tmp")) << temporary;
-    EXPECT_EQ(raw(temporary), "");
+    EXPECT_TRUE(temporary.starts_with(target + ".~") && temporary.ends_with(".tmp") && raw(temporary).empty());
     EXPECT_TRUE(names.insert(temporary).second) << temporary;
     set_raw(temporary, "taken");  // now a file of someone else's
   }
@@ -45,29 +42,22 @@ void ExpectSafeReplacement(Platform& p, const std::string& dir,
     EXPECT_EQ(raw(name), "taken");
     p.DeleteFile(name);
   }
-
   // A new file, then a replacement; the user's own ".tmp" stays.
   set_raw(target + ".tmp", "mine");
   p.ReplaceFileBytes(target, "first");
-  EXPECT_EQ(raw(target), "first");
   p.ReplaceFile(target, [&](const std::string& temporary) {
-    auto out = p.OpenTextFile(temporary, OpenMode::kOutput);
-    out->WriteLine("second");
-    out->Close();
+    p.OpenTextFile(temporary, OpenMode::kOutput)->WriteLine("second");
     EXPECT_EQ(raw(target), "first") << "replaced only once complete";
   });
-  EXPECT_EQ(raw(target), "second\r\n");
-  EXPECT_EQ(raw(target + ".tmp"), "mine");
-
-  // A write that fails leaves the target and no temporary file.
+  EXPECT_EQ(raw(target) + raw(target + ".tmp"), "second\r\nmine");
+  // A write that fails leaves the target and no temporary file; committing
+  // what does not exist fails and changes nothing.
   const std::set<std::string> before = paths();
-  const auto half_written = [&](const std::string& temporary) {
+  EXPECT_THROW(p.ReplaceFile(target, [&](const std::string& temporary) {
     set_raw(temporary, "half");
     throw std::runtime_error("disk full");
-  };
-  EXPECT_THROW(p.ReplaceFile(target, half_written), std::runtime_error);
+  }), std::runtime_error);
   EXPECT_EQ(paths(), before);
-  // Committing what does not exist fails and changes nothing.
   EXPECT_EQ(ErrorNumberOf([&] { p.CommitFile(dir + "none.tmp", target); }), kFileNotFound);
   EXPECT_EQ(raw(target), "second\r\n");
 }
@@ -77,21 +67,18 @@ TEST(ReplaceFileTest, SystemPlatform) {
   fs::remove_all(dir);
   fs::create_directories(dir);
   SystemPlatform platform;
-  const auto paths = [&] {
+  ExpectSafeReplacement(platform, dir.string() + "/", test_util::ReadBytes, test_util::WriteBytes, [&] {
     std::set<std::string> all;
     for (const auto& entry : fs::directory_iterator(dir)) all.insert(entry.path().string());
     return all;
-  };
-  ExpectSafeReplacement(platform, dir.string() + "/", test_util::ReadBytes, test_util::WriteBytes, paths);
-
+  });
   // The replacement keeps the permissions the user gave the file.
   const fs::path target = dir / "lot.xml";
-  fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  const fs::perms perms = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+  fs::permissions(target, perms);
   platform.ReplaceFileBytes(target.string(), "third");
-  EXPECT_EQ(fs::status(target).permissions() & fs::perms::all,
-            fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+  EXPECT_EQ(fs::status(target).permissions() & fs::perms::all, perms);
   EXPECT_EQ(test_util::ReadBytes(target.string()), "third");
-  // No temporary file can be made in a missing folder.
   EXPECT_EQ(ErrorNumberOf([&] { platform.ReplaceFileBytes((dir / "none/lot.xml").string(), "x"); }),
             kPathFileAccessError);
   fs::remove_all(dir);
@@ -100,29 +87,24 @@ TEST(ReplaceFileTest, SystemPlatform) {
 TEST(ReplaceFileTest, MemoryPlatformModelsFailuresAndPowerLoss) {
   MemoryPlatform p;
   p.CreateFolder("d");
-  const auto paths = [&] {
-    const std::vector<std::string> all = p.Paths();
-    return std::set<std::string>(all.begin(), all.end());
-  };
   ExpectSafeReplacement(
       p, "d/", [&](const std::string& path) { return p.FileBytes(path).value_or("<missing>"); },
-      [&](const std::string& path, const std::string& bytes) { p.SetFileBytes(path, bytes); }, paths);
-
-  // Only what was committed (or set up) survives a power cut: a file
-  // written in place or renamed unflushed comes back empty.
-  p.SetFileBytes("d/kept", "kept");
-  p.ReplaceFileBytes("d/committed", "committed");
-  p.WriteFileBytes("d/written", "written");
-  p.WriteFileBytes("d/renamed.tmp", "renamed");
-  p.RenameFile("d/renamed.tmp", "d/renamed");
-  p.CopyFile("d/kept", "d/copied");
+      [&](const std::string& path, const std::string& bytes) { p.SetFileBytes(path, bytes); },
+      [&] {
+        const std::vector<std::string> all = p.Paths();
+        return std::set<std::string>(all.begin(), all.end());
+      });
+  // Only what was committed survives a power cut: a file written in place or
+  // renamed unflushed comes back empty.
+  p.SetFileBytes("d/kept", "kept"), p.ReplaceFileBytes("d/committed", "committed");
+  p.WriteFileBytes("d/written", "written"), p.WriteFileBytes("d/renamed.tmp", "renamed");
+  p.RenameFile("d/renamed.tmp", "d/renamed"), p.CopyFile("d/kept", "d/copied");
   p.SimulatePowerLoss();
   std::string after;
   for (const char* name : {"kept", "committed", "written", "renamed", "copied"}) {
     after += name + std::string("=") + p.FileBytes(std::string("d/") + name).value_or("<missing>") + " ";
   }
   EXPECT_EQ(after, "kept=kept committed=committed written= renamed= copied= ");
-
   // A flush or a rename that fails leaves the target and no temporary file.
   const size_t commits = p.CommitCount();
   using Op = MemoryPlatform::Operation;

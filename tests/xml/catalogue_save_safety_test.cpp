@@ -1,7 +1,6 @@
-// A catalogue save that reports success has written every field the
-// document holds, removed only the fields it no longer holds, and left
-// alone what the read did not see; one that cannot keep a field fails
-// visibly and leaves the file as it was.
+// A catalogue save that reports success has written every field, removed only
+// deleted ones and left alone what the read did not see; one that cannot keep
+// a field fails visibly and leaves the file as it was.
 
 #include <gtest/gtest.h>
 
@@ -20,11 +19,9 @@ namespace {
 constexpr const char* kPath = "lots/lot.xml";
 constexpr const char* kQte = "<mn:iCell mn:Name=\"L1_Qte\" mn:ID=\"mn1\" mn:Page=\"1\" mn:iPrint=\"1\" mn:Type=\"1\"/>";
 
-// The catalogue tests/data/xml/one_row_lot.xml: "Lot" with one detail
-// estimate (mn1) of one page, two columns Qte (named range C2) and PU (C3), a
-// column Total without named range, one row L1 at Y 500 holding the field
-// L1_Qte; `extra` elements appended to the image and `cells` to the row,
-// `sheet` naming the worksheet.
+// tests/data/xml/one_row_lot.xml: one detail estimate (mn1), columns Qte, PU
+// and Total (no named range), row L1 holding the field L1_Qte; `extra` is
+// appended to the image, `cells` to the row, `sheet` names the worksheet.
 std::string Catalogue(const std::string& extra = "", const std::string& cells = "", const std::string& sheet = "Lot",
                       const std::string& encoding = "UTF-8") {
   std::string xml = xml_test::DataFile("one_row_lot.xml");
@@ -43,13 +40,11 @@ size_t Occurrences(std::string_view text, std::string_view what) {
 
 class CatalogueSaveSafetyTest : public xml_test::CatalogueFixture {
  protected:
-  // The catalogue read last is kept: its documents hold it only weakly.
   std::shared_ptr<cMarquage> Read(const std::string& bytes) { return kept_ = CatalogueFixture::Read(kPath, &bytes); }
   std::shared_ptr<Mandor> ReadAgain() { return (kept_ = CatalogueFixture::Read(kPath))->Item("mn1"); }
   static bool Save(std::shared_ptr<Mandor> doc) { return doc->SauvegarderMarquageXml(doc); }
   std::string Bytes() const { return CatalogueFixture::Bytes(kPath); }
   bool Has(std::string_view what) const { return Bytes().find(what) != std::string::npos; }
-  // Saves doc, which must succeed, then expects a second save to write the same bytes.
   void ExpectSavedTwiceAlike(const std::shared_ptr<Mandor>& doc) {
     ASSERT_TRUE(Save(doc)) << LastMessage();
     const std::string once = Bytes();
@@ -68,13 +63,11 @@ class CatalogueSaveSafetyTest : public xml_test::CatalogueFixture {
 };
 
 TEST_F(CatalogueSaveSafetyTest, WorksheetFieldFlaggedDataContractIsKeptAndRewritten) {
-  // With or without the image's mn:DataContrat, a worksheet field marked as a
-  // data-contract field but not listed in champsDataContrat stays in the file.
+  // A worksheet field flagged data-contract but not in champsDataContrat stays.
   for (const std::string extra : {"", "<mn:DataContrat/>"}) {
     SCOPED_TRACE(extra);
     auto field = Read(Catalogue(extra))->Item("mn1")->Champs.Item("L1_Qte");
-    field->IsDataContrat(true);
-    field->Formule("Qte*2");
+    field->IsDataContrat(true), field->Formule("Qte*2");
     ASSERT_TRUE(Save(field->oOwnerMandor())) << LastMessage();
     EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 1u) << Bytes();
     EXPECT_TRUE(Has("mn:Formula=\"Qte*2\"")) << "rewritten, not left stale";
@@ -83,8 +76,7 @@ TEST_F(CatalogueSaveSafetyTest, WorksheetFieldFlaggedDataContractIsKeptAndRewrit
 }
 
 TEST_F(CatalogueSaveSafetyTest, SecondElementOfTheSameNameIsNotRemoved) {
-  // The reader keeps the first L1_Qte; the second, in the PU cell, with the
-  // value beside it, is the user's and stays, whatever the save rewrites.
+  // The reader keeps the first L1_Qte; the second, in the PU cell, stays.
   auto doc = Read(Catalogue("", "<Cell><Data ss:Type=\"Number\">12.5</Data><NamedCell ss:Name=\"PU\"/>" +
                                     ReplaceAll(kQte, "/>", " mn:Dec=\"3\"/>") + "</Cell>"))->Item("mn1");
   ASSERT_TRUE(doc->Champs.Contains("L1_Qte"));
@@ -92,16 +84,14 @@ TEST_F(CatalogueSaveSafetyTest, SecondElementOfTheSameNameIsNotRemoved) {
   EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 2u) << Bytes();
   EXPECT_TRUE(Has("mn:Dec=\"3\"") && Has(">12.5</Data>"));
   // A field deleted from the document loses all its elements of this document.
-  doc = ReadAgain();
-  doc->Champs.Remove("L1_Qte");
+  (doc = ReadAgain())->Champs.Remove("L1_Qte");
   ASSERT_TRUE(Save(doc));
   EXPECT_EQ(Occurrences(Bytes(), "mn:Name=\"L1_Qte\""), 0u) << Bytes();
 }
 
 TEST_F(CatalogueSaveSafetyTest, EditedFieldReadsBackAheadOfItsNamesakeInTheSameCell) {
-  // Two L1_Qte elements in one cell: the reader takes the first. The
-  // rewritten one must still be the first, or the next read would take the
-  // stale one and the edit would be lost.
+  // Of two L1_Qte elements in one cell the reader takes the first: the
+  // rewritten one must stay first, or the edit is lost on the next read.
   auto doc = Read(ReplaceAll(Catalogue(), kQte, kQte + ReplaceAll(kQte, "/>", " mn:Formula=\"old\"/>")))->Item("mn1");
   ASSERT_EQ(doc->Champs.Item("L1_Qte")->Formule(), "");
   doc->Champs.Item("L1_Qte")->Formule("Qte*7");
@@ -111,14 +101,12 @@ TEST_F(CatalogueSaveSafetyTest, EditedFieldReadsBackAheadOfItsNamesakeInTheSameC
 }
 
 TEST_F(CatalogueSaveSafetyTest, SingleByteCataloguesKeepEveryCharacter) {
-  // Characters that ISO-8859-1 or Windows-1252 cannot hold are written as
-  // character references and read back equal; é stays one byte.
+  // Characters the encoding cannot hold become character references.
   const std::string formula = "Qte*2 → 5 € Œuvre ✓ été 中", sub_name = "Ÿ‰“x”";
   for (const char* encoding : {"ISO-8859-1", "windows-1252"}) {
     SCOPED_TRACE(encoding);
     auto field = Read(Catalogue("", "", "Lot", encoding))->Item("mn1")->Champs.Item("L1_Qte");
-    field->Formule(formula);
-    field->SubName = sub_name;
+    field->Formule(formula), field->SubName = sub_name;
     ASSERT_TRUE(Save(field->oOwnerMandor())) << LastMessage();
     const std::string bytes = Bytes();
     EXPECT_EQ(bytes.find('?', bytes.find("mn:Formula")), bytes.find("?>", bytes.find("mn:Formula")))
@@ -133,9 +121,8 @@ TEST_F(CatalogueSaveSafetyTest, SingleByteCataloguesKeepEveryCharacter) {
 }
 
 TEST_F(CatalogueSaveSafetyTest, MislabelledCatalogueIsWrittenAsItWasRead) {
-  // Declared UTF-16, written in 8-bit text with a byte that is not UTF-8 in
-  // a field's name: the save keeps the file 8-bit, so the name survives and a
-  // second save finds the same element.
+  // Declared UTF-16, written 8-bit with a non-UTF-8 byte in a name: the save
+  // keeps the file 8-bit and the name.
   auto doc = Read(ReplaceAll(Catalogue("", "", "Lot", "UTF-16"), "L1_Qte", "L1_Q\xE5te"))->Item("mn1");
   ASSERT_TRUE(doc->Champs.Contains("L1_Q\xE5te"));
   doc->Champs.Item("L1_Q\xE5te")->Formule("Qté");
@@ -145,8 +132,7 @@ TEST_F(CatalogueSaveSafetyTest, MislabelledCatalogueIsWrittenAsItWasRead) {
 }
 
 TEST_F(CatalogueSaveSafetyTest, RenamedWorksheetIsNeitherReadNorWritten) {
-  // The marking worksheet was renamed in a spreadsheet program: the read sees
-  // no rows, so the save must not touch the rows and cells it holds.
+  // The worksheet was renamed: the read sees no rows, the save touches none.
   auto doc = Read(Catalogue("", "", "Lot (renamed)"))->Item("mn1");
   EXPECT_EQ(doc->Champs.Count(), 0);
   const std::string before = Bytes();
@@ -154,15 +140,10 @@ TEST_F(CatalogueSaveSafetyTest, RenamedWorksheetIsNeitherReadNorWritten) {
   for (const char* element : {"<mn:iCell", "<mn:iRow", "mn:Name=\"L1_Qte\""}) {
     EXPECT_EQ(Occurrences(Bytes(), element), Occurrences(before, element)) << element;
   }
-  // A new horizontal ruler has no worksheet to go to: the save fails visibly
-  // and the file stays as it was.
-  auto page = doc->Pages.Item(1L);
+  // A new row has no worksheet to go to: the save fails visibly, file unchanged.
   auto regle = std::make_shared<CRegle>();
-  regle->Nom = "L2";
-  regle->oOwnerMandor(doc);
-  regle->Page(page);
-  page->Regles_H.Add(regle, "00001");
-  doc->Regles_H.Add(regle, "00001");
+  regle->Nom = "L2", regle->oOwnerMandor(doc), regle->Page(doc->Pages.Item(1L));
+  doc->Pages.Item(1L)->Regles_H.Add(regle, "00001"), doc->Regles_H.Add(regle, "00001");
   const std::string saved = Bytes();
   EXPECT_FALSE(Save(doc));
   EXPECT_EQ(Bytes(), saved);
@@ -170,21 +151,17 @@ TEST_F(CatalogueSaveSafetyTest, RenamedWorksheetIsNeitherReadNorWritten) {
 }
 
 TEST_F(CatalogueSaveSafetyTest, NewFieldWithoutNamedColumnKeepsItsPosition) {
-  // Column Total has no named range: the field cannot go into the worksheet
-  // and becomes a page-level cell that states its whole position, although
-  // exactly on its rulers its own element would carry none.
+  // Column Total has no named range: the field becomes a page-level cell
+  // stating its whole position, though it sits exactly on its rulers.
   auto doc = Read(Catalogue())->Item("mn1");
   auto row = xml_test::Ruler(doc->Regles_H, "L1"), column = xml_test::Ruler(doc->Regles_V, "Total");
   ASSERT_TRUE(row && column);
   auto field = xml_test::AddField(doc, "L1_Total", row, column, 1);
   field->Position_pixel_Top = row->Position_pixel_Y, field->Position_pixel_Bottom = row->Position_pixel_Y + 40;
-  field->Position_pixel_Left = column->Position_pixel_X;
-  field->Position_pixel_Right = column->Position_pixel_X + column->WidthChamp();
+  field->Position_pixel_Left = column->Position_pixel_X, field->Position_pixel_Right = column->Position_pixel_X + 200;
   ASSERT_TRUE(Save(doc)) << LastMessage();
-  // Read back, and read again after saving what was read: it stays where it is.
   for (int pass = 0; pass < 2; ++pass) {
     auto again = ReadAgain();
-    ASSERT_TRUE(again->Champs.Contains("L1_Total")) << pass;
     auto read = again->Champs.Item("L1_Total");
     EXPECT_EQ(testing::PrintToString(std::tuple(read->Position_pixel_Top, read->Position_pixel_Bottom,
                                                 read->Position_pixel_Left, read->Position_pixel_Right, read->Page)),
@@ -194,34 +171,30 @@ TEST_F(CatalogueSaveSafetyTest, NewFieldWithoutNamedColumnKeepsItsPosition) {
 }
 
 TEST_F(CatalogueSaveSafetyTest, SavesLeaveUsersFilesAndSurviveAPowerCut) {
-  // Files that look like the save's temporary files are the user's; what
-  // the save and the new act wrote is there after a power cut.
+  // Files named like the save's temporary files are the user's.
   const std::string mine[] = {std::string(kPath) + ".tmp", TemporaryFileName(kPath, 1), TemporaryFileName(kPath, 2)};
   for (const auto& path : mine) platform_->SetFileBytes(path, "mine: " + path);
   auto catalogue = Read(Catalogue());
   catalogue->Item("mn1")->Champs.Item("L1_Qte")->Formule("Qte*3");
   ASSERT_TRUE(Save(catalogue->Item("mn1")));
-  const std::string saved = Bytes();
-  platform_->SimulatePowerLoss();
-  EXPECT_EQ(Bytes(), saved);
-  AddAct(*catalogue);
-  const std::string with_act = Bytes();
-  platform_->SimulatePowerLoss();
-  EXPECT_EQ(Bytes(), with_act);
+  for (int step = 0; step < 2; ++step) {  // the save, then a new act
+    if (step == 1) AddAct(*catalogue);
+    const std::string saved = Bytes();
+    platform_->SimulatePowerLoss();
+    EXPECT_EQ(Bytes(), saved) << step;
+  }
   EXPECT_TRUE(Has("mn:Type=\"AE\"") && Has("mn:Formula=\"Qte*3\""));
   for (const auto& path : mine) EXPECT_EQ(CatalogueFixture::Bytes(path), "mine: " + path);
   EXPECT_EQ(platform_->Paths().size(), std::size(mine) + 1);
 }
 
 TEST_F(CatalogueSaveSafetyTest, UnknownTypeIsNoEngagementActWhateverItsFileName) {
-  // "XYZ" is outside the type table: the document has no kind, although its
-  // file name ends in "_ae", and a new act does not replace it.
+  // "XYZ" is no type, whatever the file name: a new act does not replace it.
   auto catalogue = Read(Catalogue("</mn:Image><mn:Image mn:ID=\"mn2\" mn:Name=\"Annexe_ae.pdf\" mn:Type=\"XYZ\""
                                   " mn:Orientation=\"0\" mn:H=\"40\" mn:Devise=\"EUR\"><mn:iPage mn:ID=\"1\"/>"));
   ASSERT_EQ(catalogue->Count(), 2);
   auto annexe = catalogue->Item("mn2");
-  EXPECT_EQ(annexe->Nom_Document() + "|" + annexe->Type_Document, "Annexe_ae|");
-  EXPECT_EQ(catalogue->Item("mn1")->Type_Document, annexe->DOCUMENT_DETAIL());  // known codes still give kinds
+  EXPECT_EQ(annexe->Type_Document + "|" + catalogue->Item("mn1")->Type_Document, "|" + annexe->DOCUMENT_DETAIL());
   // The first act takes the next number; the next one replaces the real act only.
   for (int act = 0; act < 2; ++act) {
     EXPECT_EQ(AddAct(*catalogue)->Id, "mn3");

@@ -1,6 +1,5 @@
-// Helpers shared by the catalogue tests: data files, rulers and fields built
-// by hand, the one-text description of catalogues, and a fixture holding
-// catalogue files on an in-memory platform.
+// Helpers of the catalogue tests: data files, hand-built rulers and fields,
+// catalogue descriptions, and a fixture holding catalogue files in memory.
 #ifndef MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 #define MANDOR_TESTS_XML_XML_TEST_UTIL_H_
 
@@ -34,8 +33,7 @@ inline std::string Workbook(const std::string& images, const std::string& rows, 
          "<Worksheet ss:Name=\"Lot\"><Table>" + rows + "</Table></Worksheet>\n</Workbook>\n";
 }
 
-// An element as written without indentation.
-inline std::string Serialized(const pugi::xml_node& node) {
+inline std::string Serialized(const pugi::xml_node& node) {  // without indentation
   std::ostringstream out;
   node.print(out, "", pugi::format_raw);
   return out.str();
@@ -43,9 +41,7 @@ inline std::string Serialized(const pugi::xml_node& node) {
 
 // Rulers are keyed by their Id; tests look them up by name.
 inline std::shared_ptr<CRegle> Ruler(const Collection<CRegle>& rulers, const std::string& nom) {
-  for (const auto& regle : rulers) {
-    if (regle->Nom == nom) return regle;
-  }
+  for (const auto& regle : rulers) if (regle->Nom == nom) return regle;
   return nullptr;
 }
 
@@ -54,11 +50,9 @@ inline std::shared_ptr<CChamp> AddField(const std::shared_ptr<Mandor>& doc, cons
                                         std::shared_ptr<CRegle> regle_h, std::shared_ptr<CRegle> regle_v,
                                         int16_t page) {
   auto champ = std::make_shared<CChamp>();
-  champ->oOwnerMandor(doc);
-  champ->Nom(nom);
+  champ->oOwnerMandor(doc), champ->Nom(nom), champ->Page = page;
   if (regle_h) champ->oRegleH(regle_h);
   if (regle_v) champ->oRegleV(regle_v);
-  champ->Page = page;
   doc->Champs.Add(champ, nom);
   return champ;
 }
@@ -74,7 +68,6 @@ inline std::string Describe(const cMarquage& catalogue) {
 // An in-memory platform holding catalogue files.
 class CatalogueFixture : public test_util::MemoryPlatformTest {
  protected:
-  // Reads the catalogue at path (after storing bytes there, when given).
   std::shared_ptr<cMarquage> Read(const std::string& path, const std::string* bytes = nullptr) {
     if (bytes) platform_->SetFileBytes(path, *bytes);
     auto catalogue = std::make_shared<cMarquage>();
@@ -82,11 +75,9 @@ class CatalogueFixture : public test_util::MemoryPlatformTest {
     return catalogue;
   }
   std::string Bytes(const std::string& path) const { return platform_->FileBytes(path).value_or(""); }
-  // Expects the catalogue saved at lots/lot3.xml to be tests/data/xml/saved/<name>.
   void ExpectSaved(const std::string& name) const {
     test_util::ExpectDescribedAs(Bytes("lots/lot3.xml"), "xml/saved/" + name);
   }
-  // The file at path, parsed.
   std::unique_ptr<WorkbookDocument> Saved(const std::string& path) const {
     auto workbook = std::make_unique<WorkbookDocument>();
     EXPECT_TRUE(workbook->LoadFromBytes(Bytes(path)));
