@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <random>
 #include <string>
@@ -105,6 +106,25 @@ TEST(CollectionTest, KeyedLookUpsMatchALinearSearch) {
   Names expected;
   for (const auto& [name, key] : model) expected.push_back(name + ":" + key);
   EXPECT_EQ(Contents(c), expected);
+
+  // Small, crowded key tables, whose probe runs wrap past the table's end:
+  // removing a member must leave every other key found.
+  for (int round = 0; round < 300; ++round) {
+    Collection<Thing> small;
+    std::vector<std::string> keys;
+    for (int i = 0; i < 40; ++i) {
+      const std::string key = "k" + std::to_string(random() % 24);
+      if (std::find(keys.begin(), keys.end(), key) == keys.end() && keys.size() < 12) {
+        small.Add(T(key), key);
+        keys.push_back(key);
+      } else if (!keys.empty()) {
+        const size_t at = random() % keys.size();
+        small.Remove(keys[at]);
+        keys.erase(keys.begin() + static_cast<long>(at));
+      }
+      for (const std::string& kept : keys) ASSERT_TRUE(small.Contains(kept)) << "round " << round << ": " << kept;
+    }
+  }
 }
 
 }  // namespace
