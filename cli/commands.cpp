@@ -360,7 +360,8 @@ int SaveDocuments(const Marking& marking, const std::string& doc_id, const std::
       ++failures;
     }
   }
-  if (!page_values.empty()) {
+  // Nothing to put back when no document was written: the file is as it was.
+  if (!page_values.empty() && static_cast<size_t>(failures) < documents.size()) {
     const auto book = mandor::values::ValueBook::ForCatalogue(marking.catalogue);
     book->Restore(page_values);
     book->Save();
